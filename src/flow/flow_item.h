@@ -1,0 +1,161 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "flow/flow_file.h"
+#include "flow/flow_item_kind.h"
+#include "flow/parameter.h"
+#include "flow/parameter_dialog.h"
+#include "foundation/messages.h"
+#include "trace/header_definition.h"
+#include "trace/line_header.h"
+#include "trace/samples.h"
+
+namespace halvern {
+
+/// Whether a constructor logs: the job's items say that they start and list their parameters, the
+/// front door's are silent.
+enum class LogFlag : int { kQuiet = 0, kLog = 1 };
+
+/// What ProcessTrace answers.
+inline constexpr int kPassOn = 1;
+inline constexpr int kKeepBack = 0;
+
+/// 1 asks the input to stop after the current trace; a display sets it, the job runner clears it
+/// before the head starts or resumes. Process-wide.
+extern int ReadPauseFlag;
+
+/// Set from outside (a signal) to end the job as an error after the current trace. Process-wide;
+/// safe to call from a signal handler.
+void RequestJobStop();
+bool JobStopRequested();
+
+/// One step of a flow. Traces are pushed: the head reads them, every item works on a trace in place
+/// and sends it on, keeps it back or drops it; no item pulls. Items are created from the sections of
+/// a flow file, linked into a chain that owns them, prepared when the first trace comes, flushed and
+/// ended after the last one. They are neither copied nor moved.
+class FlowItem {
+public:
+    virtual ~FlowItem();  // 1: says "Completed Flow Item"
+    FlowItem(const FlowItem&) = delete;
+    FlowItem& operator=(const FlowItem&) = delete;
+
+    /// 2: the section line ("$" + keyword) and one KEY=value line a parameter.
+    virtual void WriteParameters(std::FILE* stream);
+    /// 3: opens the parameter window with the process-wide dialog host over `parent` (passed on
+    /// with a and b); *flow_changed becomes 1 when it is accepted. A window that is up already is
+    /// refused with a message; without a host nothing happens.
+    virtual void ShowInterface(void* parent, int a, int b, int* flow_changed);
+
+    // 4 to 8: what an item may ask the input, through the chain. Each forwards to the item before;
+    // at a head that is no input the queries give 0 (or null) and the requests do nothing.
+    virtual int GetInputTraceCount();
+    /// 5: how many traces the input has read so far, passed on or not.
+    virtual int GetInputPosition();
+    /// 6: sets the input's trace counter to `index` (from 0) and repositions its reader there.
+    virtual int SetInputPosition(int index);
+    /// 7: has the input store a range.
+    virtual int SetInputRange(int a, int b);
+    /// 8: the input's file name.
+    virtual const char* GetInputName();
+
+    // Beyond the sixteen places, of the same kind as 4 to 8:
+    /// The path of the header description that the input reads with.
+    virtual const char* GetInputHeaderName();
+    /// Whether the input can be asked for traces again and every item between it and this one,
+    /// this one included, would then make the same of them.
+    virtual bool CanReplayInput();
+    /// Has the input read the traces at `positions` (from 0, as GetInputPosition numbers them less
+    /// one) in that order and push each down the chain again. 1, or 0 when it cannot.
+    virtual int ReplayInput(std::span<const std::int32_t> positions);
+
+    /// 9: a trace arrives. Default: ProcessTrace, and when that says kPassOn, SendTrace with the
+    /// replacement line header and samples where they are set.
+    virtual void ReceiveTrace(LineHeader& line, TraceHeaderDefinition& header,
+                              TraceSamples& samples);
+    /// 10: once, before the first trace, with its line header, definition and samples; sizes the
+    /// item's buffers. `input_traces` is the input's trace count where it knows it, else 0.
+    virtual void PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples,
+                            int input_traces);
+    /// 11: once, after the end of the data, even when no trace came; frees what PrepareRun made.
+    virtual void EndRun();
+    /// 12: once at the end of the data: a buffering item sends what it holds. 1 lets the chain end.
+    virtual int FlushAtEnd();
+    virtual void SetDefaults();                               // 13
+    virtual void ReadParameters(const FlowSection& section);  // 14
+    virtual void LogParameters();                             // 15
+    /// 16: the work on one trace: kPassOn, or kKeepBack to drop or hold it.
+    virtual int ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
+                             TraceSamples& samples);
+
+    /// Counts the trace as sent and delivers it to the next item, if there is one.
+    void SendTrace(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples);
+    /// Counts the trace as received and calls ReceiveTrace.
+    void DeliverTrace(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples);
+    /// Prepares this item and then, with its replacements, every later one.
+    void PrepareChain(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples,
+                      int input_traces);
+    /// FlushAtEnd of every later item in order, until one gives 0. 1 when none did.
+    int FlushChain();
+    /// EndRun of every later item, in order.
+    void EndChain();
+    /// Links and takes over the item after this one.
+    FlowItem& SetNext(std::unique_ptr<FlowItem> item);
+    /// Destroys every item after this one, the last one first.
+    void DeleteChain();
+
+    const char* GetName() const { return entry_.name; }
+    FlowItemKind GetKindId() const { return entry_.kind; }
+    bool IsExclusive() const { return entry_.base == FlowItemBase::kExclusive; }
+    bool IsDisplay() const { return entry_.base == FlowItemBase::kDisplay; }
+    int GetReceivedCount() const { return received_; }
+    int GetSentCount() const { return sent_; }
+    FlowItem* next() const { return next_.get(); }
+    FlowItem* previous() const { return previous_; }
+
+    /// Log lines with the item's name; see foundation/messages.h. Error does not end the job.
+    HALVERN_PRINTF(2, 3) void Message(const char* format, ...) const;
+    HALVERN_PRINTF(2, 3) void Warning(const char* format, ...) const;
+    HALVERN_PRINTF(2, 3) void Error(const char* format, ...) const;
+
+    /// The item's parameters, declared once. The list points at the item's variables.
+    virtual ParameterList Parameters() { return {}; }
+    /// The words of the parameter window; default from the item's name.
+    virtual DialogTexts WindowTexts() const;
+    /// Why the window cannot even be opened, or an empty text.
+    virtual std::string WindowObstacle() const { return {}; }
+    /// Why the window must not be accepted with the values as they are, or an empty text.
+    virtual std::string RefuseParameters() { return {}; }
+
+protected:
+    FlowItem(FlowItemKind kind, LogFlag log);
+
+    /// The last step of every constructor: SetDefaults, ReadParameters and, when the log flag says
+    /// so, LogParameters.
+    void Configure(const FlowSection& section);
+
+    /// What later items see instead of what this one received; null: the same.
+    void ReplaceLine(std::unique_ptr<LineHeader> line) { replacement_line_ = std::move(line); }
+    LineHeader* replacement_line() { return replacement_line_.get(); }
+    void ReplaceSamples(TraceSamples* samples) { replacement_samples_ = samples; }
+
+    /// Whether a trace that comes again would leave this item as it did the first time and leave
+    /// nothing behind. Outputs, displays and items that keep traces say no.
+    virtual bool RepeatsItself() const { return true; }
+
+private:
+    const FlowItemKindEntry& entry_;
+    const LogFlag log_;
+    std::unique_ptr<LineHeader> replacement_line_;
+    TraceSamples* replacement_samples_ = nullptr;
+    std::unique_ptr<FlowItem> next_;
+    FlowItem* previous_ = nullptr;
+    int received_ = 0;
+    int sent_ = 0;
+};
+
+}  // namespace halvern

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "flow/process_flow_item.h"
+
+namespace halvern {
+
+/// What a read of an input gave.
+enum class ReadResult {
+    kTrace,    ///< a trace to send on
+    kSkipped,  ///< a trace was read, and is not wanted
+    kEnd,      ///< no more traces
+};
+
+/// The head of a flow: opens its source and pushes every trace of it down the chain. A kind fills
+/// the protected places; the loop, pausing, replay and the end of the data are the same for all.
+class InputFlowItem : public FlowItem, public RunsFlow {
+public:
+    /// Opens the source, says "Starting Data Read" and reads until the end, a pause or a request to
+    /// stop the job. At the end of the data the chain is flushed and, if every item agrees, ended.
+    void RunInput() override;
+    /// Says "Resuming Data Read" and goes on; record numbers from SetInputRange or ReplayInput that
+    /// are still to be read come in their order.
+    void ResumeInput() override;
+
+    int GetInputTraceCount() override { return SourceTraceCount(); }
+    int GetInputPosition() override { return position_; }
+    int SetInputPosition(int index) override;
+    int SetInputRange(int a, int b) override;
+    bool CanReplayInput() override { return CanReposition(); }
+    int ReplayInput(std::span<const std::int32_t> positions) override;
+
+    void ReceiveTrace(LineHeader&, TraceHeaderDefinition&, TraceSamples&) override {}
+
+protected:
+    using FlowItem::FlowItem;
+
+    /// Opens the source; ends the job, with the kind's own words, when it cannot. After it the
+    /// three accessors below answer.
+    virtual void OpenSource() = 0;
+    virtual LineHeader& SourceLine() = 0;
+    virtual TraceHeaderDefinition& SourceHeader() = 0;  ///< image of the current trace attached
+    virtual TraceSamples& SourceSamples() = 0;
+    /// Reads the next trace.
+    virtual ReadResult ReadNext() = 0;
+    /// Traces of the source, 0 when that is not known (a tape).
+    virtual int SourceTraceCount() { return 0; }
+    /// Moves the source so that ReadNext gives trace `index` (from 0). False when it cannot.
+    virtual bool Reposition(int index) = 0;
+    virtual bool CanReposition() const { return true; }
+    /// Called once at the end of the data, before the chain is flushed.
+    virtual void SourceEnded() {}
+
+private:
+    void ReadLoop();
+
+    int position_ = 0;  // traces read so far
+    bool prepared_ = false;
+    int range_first_ = 0;
+    int range_last_ = 0;
+    bool range_requested_ = false;
+};
+
+}  // namespace halvern

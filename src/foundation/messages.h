@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdarg>
+#include <cstdio>
+
+/// Lets the compiler hold a printf-like call's arguments against its format (positions from 1).
+#if defined(__MINGW32__)
+#define HALVERN_PRINTF(format_position, first_argument) \
+    [[gnu::format(gnu_printf, format_position, first_argument)]]
+#else
+#define HALVERN_PRINTF(format_position, first_argument) \
+    [[gnu::format(printf, format_position, first_argument)]]
+#endif
+
+namespace halvern {
+
+/// How a job ends, the argument of TerminateJob.
+inline constexpr int kJobError = 0;
+inline constexpr int kJobNormal = 1;
+
+/// Ends the job: writes its last log line, removes its scratch files and exits the process with
+/// status 1 (kJobError) or 0 (kJobNormal). Every program brings its own: the job program's returns
+/// only while it is already shutting down, the tests' throws, so that a fatal path is an ordinary
+/// assertion. Callers return right after it.
+void TerminateJob(int normal);
+
+/// Where the log goes. Chosen once, at start; process-wide.
+class LogDestination {
+public:
+    /// Standard output, which by intent means nowhere: a job without a log file is silent.
+    static void UseStandardOutput();
+
+    /// Creates (and empties) the file `path`, open to other readers while the job runs. Every
+    /// LogPrint is one write, so a reader sees each line as soon as it is printed. False, with the
+    /// destination unchanged, when it cannot be created.
+    [[nodiscard]] static bool UseFile(const char* path);
+
+    /// Another C stream, not owned: the front door's console, a test's memory stream.
+    static void UseStream(std::FILE* stream);
+
+    /// Closes a log file that is open; the destination becomes standard output.
+    static void Close();
+};
+
+/// Writes printf-formatted text to the log destination. To a log file at most 9,999 bytes a call:
+/// longer text is cut, never overrun. Write errors are ignored.
+HALVERN_PRINTF(1, 2) void LogPrint(const char* format, ...);
+void LogPrintV(const char* format, std::va_list arguments);
+
+/// Messages of a flow item. Each writes its prefix ("NAME: ", "*** WARNING in NAME: ",
+/// "*** ERROR in NAME: ") and then the text, as two writes. The text is data: a "%" that came in
+/// with an argument stays as it is. At most 999 bytes; longer text is cut.
+/// ItemError does not end the job; its caller calls TerminateJob(kJobError) next.
+HALVERN_PRINTF(2, 3) void ItemMessage(const char* item, const char* format, ...);
+HALVERN_PRINTF(2, 3) void ItemWarning(const char* item, const char* format, ...);
+HALVERN_PRINTF(2, 3) void ItemError(const char* item, const char* format, ...);
+void ItemMessageV(const char* item, const char* format, std::va_list arguments);
+void ItemWarningV(const char* item, const char* format, std::va_list arguments);
+void ItemErrorV(const char* item, const char* format, std::va_list arguments);
+
+}  // namespace halvern

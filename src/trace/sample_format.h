@@ -1,0 +1,31 @@
+#pragma once
+
+namespace halvern {
+
+/// How the samples of a raw record are encoded. The values are stored in flow files and datasets.
+enum class SampleFormat : int {
+    kIeee = 0,      ///< 32-bit IEEE float, big-endian
+    kIbm = 1,       ///< 32-bit IBM float, big-endian
+    kInt16 = 2,     ///< 16-bit integer, big-endian, times 2 to the power -WEIGHT
+    kSegd8015 = 3,  ///< 20-bit binary, groups of 4 samples in 10 bytes; read only
+    kSegd8048 = 4,  ///< base-16 float in 4 bytes; read only
+    kSegd8036 = 5,  ///< 24-bit two's-complement integer; read only
+};
+
+/// Bytes a sample takes in a record of the system's own: 2 for kInt16, 4 otherwise.
+constexpr int bytes_per_sample(SampleFormat format) {
+    return format == SampleFormat::kInt16 ? 2 : 4;
+}
+
+/// A trace header image: 240 bytes.
+inline constexpr int kTraceHeaderBytes = 240;
+/// The header block of a trace stream: 3200 bytes of text and 400 of binary header.
+inline constexpr int kTextHeaderBytes = 3200;
+inline constexpr int kBinaryHeaderBytes = 400;
+inline constexpr int kLineHeaderBytes = kTextHeaderBytes + kBinaryHeaderBytes;
+
+/// Internal sample intervals count 1/64 microsecond: 64 a microsecond, 64,000 a millisecond.
+inline constexpr int kInternalPerUs = 64;
+inline constexpr int kInternalPerMs = 64000;
+
+}  // namespace halvern

@@ -1,0 +1,39 @@
+#include "support/log_capture.h"
+
+#include <stdexcept>
+
+#include "foundation/messages.h"
+
+namespace halvern::testing_support {
+
+namespace {
+LogCapture* innermost = nullptr;
+}
+
+LogCapture::LogCapture() : stream_(std::tmpfile()), outer_(innermost) {
+    if (!stream_) throw std::runtime_error("no temporary file for the log");
+    innermost = this;
+    LogDestination::UseStream(stream_);
+}
+
+LogCapture::~LogCapture() {
+    innermost = outer_;
+    if (outer_) {
+        LogDestination::UseStream(outer_->stream_);
+    } else {
+        LogDestination::UseStandardOutput();
+    }
+    std::fclose(stream_);
+}
+
+std::string LogCapture::text() const {
+    std::fflush(stream_);
+    std::rewind(stream_);
+    std::string text;
+    char block[4096];
+    while (const std::size_t n = std::fread(block, 1, sizeof block, stream_)) text.append(block, n);
+    std::fseek(stream_, 0, SEEK_END);
+    return text;
+}
+
+}  // namespace halvern::testing_support

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace halvern::testing_support {
+
+/// Catches what is logged from its construction to its end; captures nest.
+class LogCapture {
+public:
+    LogCapture();
+    ~LogCapture();
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    /// Everything logged so far.
+    std::string text() const;
+
+private:
+    std::FILE* stream_;
+    LogCapture* outer_;
+};
+
+}  // namespace halvern::testing_support
