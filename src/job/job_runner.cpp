@@ -1,5 +1,6 @@
 #include "job/job_runner.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 
@@ -41,7 +42,7 @@ void FindSystemDirectory(const std::string& argument_0) {
         const std::size_t cut = path.find_last_of("/\\");
         return cut == std::string::npos ? std::string() : path.substr(0, cut);
     };
-    std::string program = platform::program_path(argument_0);
+    std::string program = program_path(argument_0);
     if (!program.empty() && program.back() == '\\') program.pop_back();
     SetSystemDirectory(parent(parent(program)));
 }
@@ -80,7 +81,7 @@ void RunJob(const std::vector<std::string>& arguments) {
     Job& job = CurrentJob();
     job.product_title = std::string("Halvern ") + kVersionText;
     if (!IsLaunched(arguments)) {
-        platform::message_box(
+        show_message_box(
             "Usage Error",
             "Invalid Usage of Halvern2.  This program should not be started by the user.");
         return TerminateJob(kJobError);
@@ -88,16 +89,18 @@ void RunJob(const std::vector<std::string>& arguments) {
     job.has_extra_argument = arguments.size() > kExtra;
     if (job.has_extra_argument) job.extra_argument = arguments[kExtra];
 
-    platform::on_stop_request(RequestJobStop);
+    on_stop_request(RequestJobStop);
     FindSystemDirectory(arguments[kProgram]);
     CreateInstallationTree();
     ReadConfiguration();
-    OpenProspect("default");
+    const auto open_prospect = [](const std::string& name) { return CurrentProspect().open(name); };
+    // The job starts in the default prospect; one that cannot be read has said so and is left.
+    (void)open_prospect("default");
 
     const std::string flow_path = arguments.size() > kFlowFile ? arguments[kFlowFile] : "";
     job.flow = std::make_unique<FlowParameterFile>(flow_path);
     if (job.flow->read_site_defaults(TreePath(SystemDirectory(), "defaults")) != 0 ||
-        job.flow->read(OpenProspect) != 0) {
+        job.flow->read(open_prospect) != 0) {
         LogPrint("Cannot Read parameters from '%s'\n", flow_path.c_str());
         return TerminateJob(kJobError);
     }

@@ -12,7 +12,7 @@
 int main(int argc, char** argv) {
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     std::vector<std::string> arguments(argv, argv + argc);
-    if (const std::optional<std::string> line = halvern::platform::raw_command_line()) {
+    if (const std::optional<std::string> line = halvern::raw_command_line()) {
         arguments = halvern::split_command_line(*line);
     }
     try {
