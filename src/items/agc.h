@@ -7,8 +7,9 @@
 namespace halvern {
 
 /// Instantaneous automatic gain control: divides each sample by the root of the summed energy of
-/// the input samples in a window centred on it. The sum, not its mean: the window length is meant to
-/// stay in the gain, so a trace of constant amplitude comes out at about 1 / sqrt(window samples).
+/// the input samples in a window centred on it. The sum, not its mean: the window length is meant
+/// to stay in the gain, so a trace of constant amplitude comes out at about 1 / sqrt(window
+/// samples).
 class Agc final : public ProcessFlowItem {
 public:
     Agc(const FlowSection& section, LogFlag log);

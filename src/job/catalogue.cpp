@@ -18,10 +18,14 @@ std::unique_ptr<FlowItem> create(const FlowSection& section, LogFlag log) {
 
 std::unique_ptr<FlowItem> CreateFlowItem(const FlowSection& section, LogFlag log) {
     switch (section.kind) {
-        case FlowItemKind::kSegyDiskInput: return create<SegyDiskInput>(section, log);
-        case FlowItemKind::kSegyDiskOutput: return create<SegyDiskOutput>(section, log);
-        case FlowItemKind::kAgc: return create<Agc>(section, log);
-        default: break;
+        case FlowItemKind::kSegyDiskInput:
+            return create<SegyDiskInput>(section, log);
+        case FlowItemKind::kSegyDiskOutput:
+            return create<SegyDiskOutput>(section, log);
+        case FlowItemKind::kAgc:
+            return create<Agc>(section, log);
+        default:
+            break;
     }
     const int id = static_cast<int>(section.kind);
     if (id < 0 || id >= kFlowItemKinds) return nullptr;

@@ -41,8 +41,11 @@ constexpr auto kDisplay = FlowItemKind::kTraceDisplay2d;
 constexpr auto kExclusive = FlowItemKind::kGeometryDisplay;
 
 TEST(BuildChain, LinksEnabledItemsInOrder) {
-    EXPECT_THAT(names({{kInput, false}, {FlowItemKind::kAgc, true},
-                       {FlowItemKind::kTraceMix, false}, {kDisplay, false}, {kSort, false}}),
+    EXPECT_THAT(names({{kInput, false},
+                       {FlowItemKind::kAgc, true},
+                       {FlowItemKind::kTraceMix, false},
+                       {kDisplay, false},
+                       {kSort, false}}),
                 ElementsAre("SEG-Y Disk Input", "Trace Display 2D", "Trace Sort"));
     EXPECT_THAT(names({{kInput, true}, {kExclusive, false}, {kInput, true}}),
                 ElementsAre("Geometry Display"));
@@ -53,8 +56,9 @@ TEST(BuildChain, RefusesWhatCannotRunTogether) {
     EXPECT_JOB_ERROR(names({{kInput, false}, {kSort, false}, {kDisplay, false}}),
                      "PARAMETER ERROR:  A display 'Trace Display 2D' cannot be run with a 'TRACE "
                      "SORT' process.\nRun the 'TRACE SORT' to an output file");
-    constexpr char kAlone[] = "PARAMETER ERROR:  An exclusive process 'Geometry Display' cannot be "
-                              "run with other flow items.\n";
+    constexpr char kAlone[] =
+        "PARAMETER ERROR:  An exclusive process 'Geometry Display' cannot be "
+        "run with other flow items.\n";
     EXPECT_JOB_ERROR(names({{kInput, false}, {kExclusive, false}}), kAlone);
     EXPECT_JOB_ERROR(names({{kExclusive, false}, {kInput, false}}), kAlone);
 }
