@@ -1,7 +1,8 @@
 #include "items/agc.h"
 
-#include <cmath>
 #include <limits>
+
+#include "numerics/running_gain.h"
 
 namespace halvern {
 
@@ -54,13 +55,14 @@ void Agc::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&, in
             "It is being reduced to the trace length.\n");
         window = line.samples();
     }
-    half_window_ = window / 2;  // an odd window works as one of a sample less
+    half_window_ = static_cast<std::size_t>(window / 2);  // an odd window works as one of a sample less
     energies_.resize(static_cast<std::size_t>(line.samples()));
 }
 
 int Agc::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {
     const std::span<float> trace = samples.floats(header);
-    numerics::running_gain(trace, half_window_, energies_);
+    // Refused for a trace of another length only, which the line does not have.
+    if (!numerics::running_gain(trace, half_window_, energies_)) return kKeepBack;
     samples.set_floats(trace);
     return kPassOn;
 }

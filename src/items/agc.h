@@ -28,7 +28,7 @@ private:
     ParameterList Parameters() override;
 
     int window_ms_{};
-    int half_window_{};             // samples before the centre; as many after, less one
+    std::size_t half_window_{};     // samples before the centre; as many after, less one
     std::vector<double> energies_;  // [samples] of the input trace; empty outside a run
 };
 

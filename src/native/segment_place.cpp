@@ -27,7 +27,9 @@ NativePlaces NativePlaces::configured() {
     NativePlaces places{.directories = {},
                         .min_disk_space_mb = CurrentConfig().min_disk_space_mb(),
                         .max_file_size_mb = CurrentConfig().max_file_size_mb(),
-                        .free_space = free_disk_space};
+                        .free_space = [](const std::string& path) {
+                                return free_disk_bytes(path).value_or(-1);
+                            }};
     const std::string prospect =
         CurrentProspect().is_open() ? CurrentProspect().name() : std::string("default");
     for (const std::string& root : CurrentConfig().data_directories()) {
@@ -51,7 +53,7 @@ std::optional<std::string> NativePlaces::create_file(const char* prefix) const {
     if (!directory) return std::nullopt;
     for (;;) {
         const std::string path = *directory + "/" + prefix + std::to_string(random_number());
-        const std::error_code failed = create_new_file(path);
+        const std::error_code failed = create_exclusively(path);
         if (!failed) return path;
         if (failed != std::errc::file_exists) return std::nullopt;
     }
@@ -63,10 +65,10 @@ std::optional<NativeSegment> NativePlaces::create_segment() const {
     for (;;) {
         const std::string number = std::to_string(random_number());
         const NativeSegment segment{*directory + "/HEAD" + number, *directory + "/DATA" + number};
-        std::error_code failed = create_new_file(segment.head_path);
+        std::error_code failed = create_exclusively(segment.head_path);
         if (failed == std::errc::file_exists) continue;
         if (failed) return std::nullopt;
-        failed = create_new_file(segment.data_path);
+        failed = create_exclusively(segment.data_path);
         if (!failed) return segment;
         std::error_code ignored;
         std::filesystem::remove(segment.head_path, ignored);

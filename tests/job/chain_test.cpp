@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "job/command_line.h"
 #include "support/item_bench.h"
 
 namespace halvern {
@@ -61,14 +60,6 @@ TEST(BuildChain, RefusesWhatCannotRunTogether) {
         "run with other flow items.\n";
     EXPECT_JOB_ERROR(names({{kInput, false}, {kExclusive, false}}), kAlone);
     EXPECT_JOB_ERROR(names({{kExclusive, false}, {kInput, false}}), kAlone);
-}
-
-TEST(CommandLine, SplitsAtBlanksOutsideQuotes) {
-    EXPECT_THAT(split_command_line("\"C:\\a b\\halvern2.exe\"  \"log 1\" rv3086 \"f\" \"\""),
-                ElementsAre("C:\\a b\\halvern2.exe", "log 1", "rv3086", "f", ""));
-    EXPECT_THAT(split_command_line(" a\"b c\"d e"), ElementsAre("ab cd", "e"));
-    EXPECT_TRUE(split_command_line("").empty());
-    EXPECT_THAT(split_command_line("\"open end"), ElementsAre("open end"));
 }
 
 }  // namespace
