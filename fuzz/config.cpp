@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 
 #include "foundation/global_config.h"
@@ -25,7 +26,8 @@ struct Root {
         std::error_code ignored;
         fs::remove_all(path, ignored);
     }
-    fs::path path = fs::temp_directory_path() / ("halvern-fuzz-" + std::to_string(std::rand()));
+    fs::path path =
+        fs::temp_directory_path() / ("halvern-fuzz-" + std::to_string(std::random_device{}()));
 };
 
 void write(const fs::path& path, const std::string& bytes) {
