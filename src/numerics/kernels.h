@@ -46,9 +46,6 @@ struct Kernels {
     /// As solve_toeplitz, the lengths already checked.
     bool (*levinson)(const double* row, const double* right, double* solution, std::size_t length,
                      double* work);
-    /// As the function, the lengths already checked.
-    void (*running_gain)(float* samples, std::size_t length, std::size_t half_window,
-                         double* energies);
 };
 
 /// Zeros behind every array of the solver, so that its sums may end in full registers.

@@ -583,55 +583,6 @@ struct SolverKernels {
 };
 
 template <int L>
-struct GainKernels {
-    static void running_gain(float* samples, std::size_t n, std::size_t h, double* energies) {
-        for (std::size_t i = 0; i < n; ++i) {
-            energies[i] = static_cast<double>(samples[i]) * static_cast<double>(samples[i]);
-        }
-        double sum = 0;
-        for (std::size_t i = 0; i < h; ++i) sum += energies[i];
-        // The chain of sums waits for one addition after the other; meanwhile the processor takes
-        // the roots and quotients of the block before, which do not depend on one another.
-        constexpr std::size_t kBlock = 32;
-        for (std::size_t start = 0; start < n; start += kBlock) {
-            double sums[kBlock];
-            const std::size_t end = start + kBlock < n ? start + kBlock : n;
-            const std::size_t rising = end < h ? end : h;
-            const std::size_t full = end < n - h ? end : n - h;
-            std::size_t j = start;
-            for (; j < rising; ++j) {
-                sums[j - start] = sum;
-                sum += energies[j + h];
-            }
-            for (; j < full; ++j) {
-                sums[j - start] = sum;
-                sum -= energies[j - h];
-                sum += energies[j + h];
-            }
-            for (; j < end; ++j) {
-                sums[j - start] = sum;
-                sum -= energies[j - h];
-            }
-            if (end - start == kBlock) {
-                divide(samples + start, sums, kBlock);
-            } else {
-                divide(samples + start, sums, end - start);
-            }
-        }
-    }
-
-    [[gnu::always_inline]] static void divide(float* samples, const double* sums,
-                                              std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto root = static_cast<float>(__builtin_sqrt(sums[i]));
-            const bool live = root > 0;
-            const float quotient = samples[i] / (live ? root : 1.0f);
-            samples[i] = live ? quotient : samples[i];
-        }
-    }
-};
-
-template <int L>
 constexpr Kernels kernel_table(const char* name) {
     return {.name = name,
             .lanes = L,
@@ -639,8 +590,7 @@ constexpr Kernels kernel_table(const char* name) {
             .fft_inverse = FftKernels<L>::inverse,
             .convolve = SumKernels<L>::convolve,
             .correlate = SumKernels<L>::correlate,
-            .levinson = SolverKernels<L>::levinson,
-            .running_gain = GainKernels<L>::running_gain};
+            .levinson = SolverKernels<L>::levinson};
 }
 
 }  // namespace halvern::numerics
