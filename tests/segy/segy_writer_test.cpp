@@ -140,7 +140,7 @@ TEST(SegyWriterTest, AFullDiskIsReportedAtOnceOrWhenItEnds) {
     ASSERT_EQ(writer.open("/dev/full", SegyWriter::Mode::kCreate), 0);
     std::size_t accepted = 0;
     for (int i = 0; i < 100; ++i) accepted += writer.write_record(bytes_of(record));
-    EXPECT_LT(accepted, 1'000'000u);
+    EXPECT_LT(accepted, 5'000'000u) << "not only at the end";
     EXPECT_EQ(writer.finish(), -1) << "a failed write stays failed";
 }
 
