@@ -8,8 +8,8 @@ namespace halvern {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n\v\f";
-
+/// What the decimal conversions skip in front of a number: blank, tab to carriage return.
+constexpr bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 /// Where the number in a field begins and ends.
@@ -26,7 +26,7 @@ struct Scan {
 Scan scan_number(std::string_view field) {
     const char* at = field.data();
     const char* const stop = at + field.size();
-    while (at != stop && kBlanks.find(*at) != kBlanks.npos) ++at;
+    while (at != stop && is_space(*at)) ++at;
     Scan scan{.start = at, .end = at};
     if (at != stop && (*at == '-' || *at == '+')) scan.negative = *at++ == '-';
     bool point = false;
@@ -59,7 +59,7 @@ Scan scan_number(std::string_view field) {
 int decimal_int(std::string_view field) {
     const char* at = field.data();
     const char* const stop = at + field.size();
-    while (at != stop && kBlanks.find(*at) != kBlanks.npos) ++at;
+    while (at != stop && is_space(*at)) ++at;
     bool negative = false;
     if (at != stop && (*at == '-' || *at == '+')) negative = *at++ == '-';
     constexpr std::int64_t kBeyond = std::int64_t{1} << 32;
@@ -98,16 +98,20 @@ double decimal_real(std::string_view field) {
                          : std::numeric_limits<double>::max();
 }
 
-bool is_decimal(std::string_view field) {
-    const std::string_view text = trimmed(field);
-    const Scan scan = scan_number(text);
-    return scan.start == text.data() && scan.end == text.data() + text.size() && !text.empty();
-}
-
-std::string_view trimmed(std::string_view field) {
-    const std::size_t first = field.find_first_not_of(" \t");
-    if (first == field.npos) return {};
-    return field.substr(first, field.find_last_not_of(" \t") - first + 1);
+FieldText classify_field(std::string_view field) {
+    const char* at = field.data();
+    const char* stop = at + field.size();
+    while (at != stop && (*at == ' ' || *at == '\t')) ++at;
+    if (at == stop) return FieldText::kBlank;
+    while (stop[-1] == ' ' || stop[-1] == '\t') --stop;
+    const char* end = at;
+    while (end != stop && is_digit(*end)) ++end;
+    if (end != stop) {  // more than digits
+        const Scan scan = scan_number({at, static_cast<std::size_t>(stop - at)});
+        if (scan.start != at) return FieldText::kOther;
+        end = scan.end;
+    }
+    return end == stop ? FieldText::kNumber : FieldText::kOther;
 }
 
 }  // namespace halvern

@@ -11,10 +11,8 @@ namespace halvern {
 int decimal_int(std::string_view field);
 double decimal_real(std::string_view field);
 
-/// Whether the field is one decimal number with nothing but blanks around it.
-bool is_decimal(std::string_view field);
-
-/// Without the blanks and tabs on both sides.
-std::string_view trimmed(std::string_view field);
+/// What a field holds beside blanks and tabs on both sides.
+enum class FieldText { kBlank, kNumber, kOther };
+FieldText classify_field(std::string_view field);
 
 }  // namespace halvern

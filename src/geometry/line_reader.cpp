@@ -8,7 +8,8 @@ namespace {
 constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
 }
 
-LineReader::LineReader(std::size_t longest) : longest_(std::clamp<std::size_t>(longest, 1, kLongest)) {}
+LineReader::LineReader(std::size_t longest)
+    : longest_(std::clamp<std::size_t>(longest, 1, kLongest)) {}
 
 LineReader::LineReader(const std::string& path, std::size_t longest) : LineReader(longest) {
     file_.reset(std::fopen(path.c_str(), "rb"));

@@ -44,10 +44,10 @@ private:
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
     std::unique_ptr<std::FILE, Closer> file_;
-    std::vector<char> block_;           // of the file; empty for a text in memory
-    std::string_view text_;             // the text in memory
-    std::string_view window_;           // what is being read: a filled part of the block, or the text
-    std::size_t at_ = 0;                // of the next character in the window
+    std::vector<char> block_;  // of the file; empty for a text in memory
+    std::string_view text_;    // the text in memory
+    std::string_view window_;  // what is being read: a filled part of the block, or the text
+    std::size_t at_ = 0;       // of the next character in the window
     std::array<char, kLongest> carry_;  // a line that began in an earlier window
     std::size_t longest_;
     std::int64_t line_number_ = 0;

@@ -43,8 +43,10 @@ void refuse_empty(const SpsFileKind& kind, const std::string& file, std::int64_t
     const auto number = static_cast<long long>(line_number);
     const std::size_t first = line.find_first_not_of(" \t");
     if (first != line.npos && first > 0 && line[first] == kind.letter) {
-        LogPrint("SPS Error: line %lld: '%c' stands in column %d, not in column 1: the record is"
-                 " shifted.\n", number, kind.letter, static_cast<int>(first) + 1);
+        LogPrint(
+            "SPS Error: line %lld: '%c' stands in column %d, not in column 1: the record is"
+            " shifted.\n",
+            number, kind.letter, static_cast<int>(first) + 1);
     } else if (std::isprint(static_cast<unsigned char>(line[0]))) {
         LogPrint("SPS Error: line %lld: column 1 holds '%c', not '%c'.\n", number, line[0],
                  kind.letter);
@@ -78,8 +80,10 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
         if (line.empty()) continue;
         if (line[0] != kind.letter) {
             if (names_revision_2(line)) {
-                LogPrint("SPS Warning: %s file '%s' says that it is of SPS revision 2.  It is read"
-                         " with the columns of revision 0.\n", kind.name, file.c_str());
+                LogPrint(
+                    "SPS Warning: %s file '%s' says that it is of SPS revision 2.  It is read"
+                    " with the columns of revision 0.\n",
+                    kind.name, file.c_str());
             }
             if (first_other_line == 0 && line[0] != 'H' &&
                 line.find_first_not_of(" \t\x1a") != line.npos) {
@@ -138,14 +142,11 @@ constexpr std::uint64_t mix(std::uint64_t value) {
     return value ^ value >> 32;
 }
 
-/// Slots of a hash table for `entries` that is at most half full; at least 2.
-std::size_t table_size(std::size_t entries) { return std::bit_ceil(entries * 2 + 2); }
-
 /// The sources by point number, index and line name; of equal ones the first in the file.
 class SourceIndex {
 public:
     explicit SourceIndex(std::span<const SpsPoint> sources)
-        : sources_(sources), slots_(table_size(sources.size()), -1) {
+        : sources_(sources), slots_(std::bit_ceil(sources.size() * 2 + 2), -1) {
         for (std::size_t i = 0; i < sources.size(); ++i) {
             const SpsPoint& source = sources[i];
             int& slot = slot_of(source.point, source.index, source.line_name);
@@ -171,7 +172,7 @@ private:
     }
 
     std::span<const SpsPoint> sources_;
-    std::vector<int> slots_;
+    std::vector<int> slots_;  // [power of two] places of sources, at most half of them taken; or -1
 };
 
 }  // namespace
@@ -222,8 +223,7 @@ int SpsDataSet::prepare(Progress* progress) {
     ProgressStep step(progress, "Preparing SPS Files.");
     const auto total = static_cast<long long>(relations_.size());
     links_.assign(relations_.size(), {.source = -1, .first_receiver = 0, .end_receiver = 0});
-    ffid_heads_.clear();
-    next_of_ffid_.clear();
+    by_ffid_.clear();
     cursor_ = last_receiver_ = 0;
 
     SourceIndex index(sources_);
@@ -280,17 +280,8 @@ SpsMatch SpsDataSet::find(int ffid, int channel) {
     } else if (cursor_ + 1 < count && holds(cursor_ + 1)) {
         ++cursor_;
     } else {
-        if (ffid_heads_.empty()) index_ffids();
-        std::size_t slot = mix(static_cast<std::uint32_t>(ffid)) & (ffid_heads_.size() - 1);
-        while (ffid_heads_[slot] >= 0 &&
-               relations_[static_cast<std::size_t>(ffid_heads_[slot])].ffid != ffid) {
-            slot = (slot + 1) & (ffid_heads_.size() - 1);
-        }
-        int place = ffid_heads_[slot];
-        if (place < 0) return {.status = SpsStatus::kNoFfid};
-        while (place >= 0 && !holds(place)) place = next_of_ffid_[static_cast<std::size_t>(place)];
-        if (place < 0) return {.status = SpsStatus::kNoRelation};
-        cursor_ = place;
+        const SpsStatus status = search_relations(ffid, channel);
+        if (status != SpsStatus::kFound) return {.status = status};
     }
 
     const SpsRelation& relation = relations_[static_cast<std::size_t>(cursor_)];
@@ -327,20 +318,25 @@ const SpsPoint* SpsDataSet::find_receiver(const Link& link, int point, int index
     return &*found;
 }
 
-void SpsDataSet::index_ffids() {
-    ffid_heads_.assign(table_size(relations_.size()), -1);
-    next_of_ffid_.assign(relations_.size(), -1);
-    // From the last to the first, so that every chain runs in the order of the file.
-    for (std::size_t i = relations_.size(); i-- > 0;) {
-        const int ffid = relations_[i].ffid;
-        std::size_t slot = mix(static_cast<std::uint32_t>(ffid)) & (ffid_heads_.size() - 1);
-        while (ffid_heads_[slot] >= 0 &&
-               relations_[static_cast<std::size_t>(ffid_heads_[slot])].ffid != ffid) {
-            slot = (slot + 1) & (ffid_heads_.size() - 1);
+SpsStatus SpsDataSet::search_relations(int ffid, int channel) {
+    if (by_ffid_.empty()) {
+        by_ffid_.reserve(relations_.size());
+        for (std::size_t i = 0; i < relations_.size(); ++i) {
+            const SpsRelation& relation = relations_[i];
+            by_ffid_.push_back({relation.ffid, relation.first_channel, relation.last_channel,
+                                static_cast<int>(i)});
         }
-        next_of_ffid_[i] = ffid_heads_[slot];
-        ffid_heads_[slot] = static_cast<int>(i);
+        std::ranges::stable_sort(by_ffid_, {}, &FfidEntry::ffid);
     }
+    auto entry = std::ranges::lower_bound(by_ffid_, ffid, {}, &FfidEntry::ffid);
+    if (entry == by_ffid_.end() || entry->ffid != ffid) return SpsStatus::kNoFfid;
+    for (; entry != by_ffid_.end() && entry->ffid == ffid; ++entry) {
+        if (entry->first_channel <= channel && channel <= entry->last_channel) {
+            cursor_ = entry->place;
+            return SpsStatus::kFound;
+        }
+    }
+    return SpsStatus::kNoRelation;
 }
 
 int write_sps_points(const std::string& path, std::span<const SpsPoint> points, char letter) {

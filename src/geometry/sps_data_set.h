@@ -78,7 +78,7 @@ private:
 
     void link_receivers(std::size_t relation);
     const SpsPoint* find_receiver(const Link& link, int point, int index);
-    void index_ffids();
+    SpsStatus search_relations(int ffid, int channel);
 
     std::vector<SpsPoint> sources_;
     std::vector<SpsPoint> receivers_;
@@ -89,10 +89,14 @@ private:
     int cursor_ = 0;         // place of the relation that was found last
     int last_receiver_ = 0;  // place of the receiver that was found last
 
-    // The relations of one file number, chained in the order of the file: made when the first trace
-    // leaves the order of the relations.
-    std::vector<int> ffid_heads_;  // [power of two] place of a file number's first relation, or -1
-    std::vector<int> next_of_ffid_;  // [relations] place of the next of the same number, or -1
+    /// A relation in the order of file numbers, those of one number in the order of the file.
+    struct FfidEntry {
+        int ffid;
+        int first_channel;
+        int last_channel;
+        int place;  // in relations_
+    };
+    std::vector<FfidEntry> by_ffid_;  // made when the first trace leaves the order of the relations
 };
 
 /// Writes a point file. 0, or -1 with a line in the log when it cannot be opened or written.

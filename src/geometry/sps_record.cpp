@@ -67,9 +67,10 @@ float short_real(std::string_view line, Columns columns) {
     return static_cast<float>(real(line, columns));
 }
 
-int digit(std::string_view line, Columns columns) {
+std::uint8_t digit(std::string_view line, Columns columns) {
     const std::string_view field = cut(line, columns);
-    return !field.empty() && field[0] >= '0' && field[0] <= '9' ? field[0] - '0' : 0;
+    const bool decimal = !field.empty() && field[0] >= '0' && field[0] <= '9';
+    return decimal ? static_cast<std::uint8_t>(field[0] - '0') : 0;
 }
 
 SpsLineName name(std::string_view line, Columns columns) {
@@ -89,8 +90,7 @@ struct NamedColumns {
 template <std::size_t N>
 std::optional<SpsFault> find_fault(std::string_view line, const NamedColumns (&fields)[N]) {
     for (const auto& [name, columns] : fields) {
-        const std::string_view text = cut(line, columns);
-        if (!trimmed(text).empty() && !is_decimal(text)) {
+        if (classify_field(cut(line, columns)) == FieldText::kOther) {
             return SpsFault{name, columns.first, columns.last};
         }
     }
@@ -98,7 +98,7 @@ std::optional<SpsFault> find_fault(std::string_view line, const NamedColumns (&f
 }
 
 bool is_blank(std::string_view line, Columns columns) {
-    return trimmed(cut(line, columns)).empty();
+    return classify_field(cut(line, columns)) == FieldText::kBlank;
 }
 
 HALVERN_PRINTF(2, 3) void append_format(std::string& text, const char* format, ...) {
@@ -192,15 +192,15 @@ std::optional<SpsFault> find_sps_relation_fault(std::string_view line) {
         return SpsFault{"field record number", kFfid.first, kFfid.last};
     }
     static constexpr NamedColumns kFields[] = {
-        {"field record number", kFfid},    {"source point number", kSourcePoint},
-        {"first channel", kFirstChannel},  {"last channel", kLastChannel},
+        {"field record number", kFfid},     {"source point number", kSourcePoint},
+        {"first channel", kFirstChannel},   {"last channel", kLastChannel},
         {"first receiver", kFirstReceiver}, {"last receiver", kLastReceiver}};
     return find_fault(line, kFields);
 }
 
 void append_sps_point(std::string& text, char letter, const SpsPoint& point) {
     append_format(text, "%c%-16d%8d%1d  %4d%s%4d%2d%4s%9.1f%10.1f%6.1f%3d%6d\r\n", letter,
-                  point.line, point.point, std::min(point.index, 9), point.static_ms,
+                  point.line, point.point, std::min<int>(point.index, 9), point.static_ms,
                   DepthText(point.depth).text, point.datum, point.uphole_ms,
                   DepthText(point.water_depth).text, point.easting, point.northing,
                   static_cast<double>(point.elevation), point.day, point.time);
@@ -209,20 +209,18 @@ void append_sps_point(std::string& text, char letter, const SpsPoint& point) {
 void append_sps_relation(std::string& text, std::string_view tape, const SpsRelation& relation) {
     append_format(text, "X%-6.*s%4d%1d%1d%-16d%8d%1d%4d%4d%1d%-16d%8d%8d%1d\r\n",
                   static_cast<int>(std::min<std::size_t>(tape.size(), 6)), tape.data(),
-                  relation.ffid, relation.ffid_increment, relation.instrument,
-                  relation.source_line, relation.source_point, relation.source_index,
-                  relation.first_channel, relation.last_channel, relation.channel_increment,
-                  relation.receiver_line, relation.first_receiver, relation.last_receiver,
-                  relation.receiver_index);
+                  relation.ffid, relation.ffid_increment, relation.instrument, relation.source_line,
+                  relation.source_point, relation.source_index, relation.first_channel,
+                  relation.last_channel, relation.channel_increment, relation.receiver_line,
+                  relation.first_receiver, relation.last_receiver, relation.receiver_index);
 }
 
 void append_sps_header(std::string& text, std::string_view type, std::string_view description,
                        std::string_view data) {
-    append_format(text, "%-4.*s%-28.*s%-48.*s\r\n",
-                  static_cast<int>(std::min<std::size_t>(type.size(), 4)), type.data(),
-                  static_cast<int>(std::min<std::size_t>(description.size(), 28)),
-                  description.data(), static_cast<int>(std::min<std::size_t>(data.size(), 48)),
-                  data.data());
+    append_format(
+        text, "%-4.*s%-28.*s%-48.*s\r\n", static_cast<int>(std::min<std::size_t>(type.size(), 4)),
+        type.data(), static_cast<int>(std::min<std::size_t>(description.size(), 28)),
+        description.data(), static_cast<int>(std::min<std::size_t>(data.size(), 48)), data.data());
 }
 
 SpsLineName sps_line_name(int line) {

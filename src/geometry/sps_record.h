@@ -17,7 +17,7 @@ struct SpsPoint {
     SpsLineName line_name{};
     int line = 0;  ///< the name's integer value
     int point = 0;
-    int index = 0;               ///< 0 … 9; tells points of one number apart
+    std::uint8_t index = 0;      ///< 0 … 9; tells points of one number apart
     std::int16_t static_ms = 0;  ///< static correction
     float depth = 0;             ///< of the source or receiver below the surface
     std::int16_t datum = 0;      ///< seismic datum
@@ -34,20 +34,20 @@ struct SpsPoint {
 /// first_receiver, then one receiver_increment further each. The channels ascend.
 struct SpsRelation {
     int ffid = 0;
-    int ffid_increment = 0;
-    int instrument = 0;
+    std::uint8_t ffid_increment = 0;
+    std::uint8_t instrument = 0;
     SpsLineName source_line_name{};
     int source_line = 0;
     int source_point = 0;
-    int source_index = 0;
+    std::uint8_t source_index = 0;
     int first_channel = 0;
     int last_channel = 0;
-    int channel_increment = 0;
+    std::uint8_t channel_increment = 0;
     SpsLineName receiver_line_name{};
     int receiver_line = 0;
     int first_receiver = 0;
     int last_receiver = 0;
-    int receiver_index = 0;
+    std::uint8_t receiver_index = 0;
     int receiver_increment = 0;  ///< derived: receivers per channel, a whole number; 0: all on one
 
     /// The receiver point of a channel within first_channel … last_channel.
@@ -77,8 +77,8 @@ std::optional<SpsFault> find_sps_relation_fault(std::string_view line);
 void append_sps_point(std::string& text, char letter, const SpsPoint& point);
 /// `tape` fills the six columns of the field tape number.
 void append_sps_relation(std::string& text, std::string_view tape, const SpsRelation& relation);
-/// A header line: type and modifier ("H00", "H26"), a description of up to 28 characters and data of
-/// up to 48.
+/// A header line: type and modifier ("H00", "H26"), a description of up to 28 characters and data
+/// of up to 48.
 void append_sps_header(std::string& text, std::string_view type, std::string_view description,
                        std::string_view data);
 
