@@ -34,6 +34,11 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     halvern::add_synthesize_command(app);
 
+    const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
+    if (argc > 1 && argv[1][0] != '-' && app.get_subcommands(named).empty()) {
+        std::fprintf(stderr, "halvern: there is no command '%s'; --help lists them.\n", argv[1]);
+        return kWrongUsage;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::RuntimeError& failure) {  // the command has said what it is

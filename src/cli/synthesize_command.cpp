@@ -80,7 +80,7 @@ void check_outputs(const Options& options) {
     std::set<fs::path> seen;
     for (const std::string& path : paths) {
         std::error_code error;
-        const fs::path whole = fs::weakly_canonical(path, error);
+        const fs::path whole = fs::weakly_canonical(fs::absolute(path), error);
         if (!seen.insert(error ? fs::path(path) : whole).second) {
             throw CLI::ValidationError("two outputs would be the same file '" + path + "'");
         }
