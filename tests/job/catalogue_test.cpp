@@ -82,8 +82,7 @@ TEST_P(EveryKind, ReadsBackWhatItWrites) {
         }
     }
     const std::string first = written(*item);
-    EXPECT_EQ(first.substr(0, first.find('\n')),
-              "$" + std::string(flow_item_kind(kind).keyword));
+    EXPECT_EQ(first.substr(0, first.find('\n')), "$" + std::string(flow_item_kind(kind).keyword));
     auto lines = lines_of(first);
     lines.erase(lines.begin());
     const auto again = CreateFlowItem(section_of(kind, lines), LogFlag::kQuiet);

@@ -79,8 +79,9 @@ template <class Item>
 class ItemBench : public ItemBenchBase {
 public:
     ItemBench(const BenchLine& line, std::vector<std::string> lines)
-        : ItemBenchBase(line, std::make_unique<Item>(
-                                  FlowSection{.lines = std::move(lines)}, LogFlag::kLog)) {}
+        : ItemBenchBase(
+              line, std::make_unique<Item>(FlowSection{.lines = std::move(lines)}, LogFlag::kLog)) {
+    }
     Item& item() { return static_cast<Item&>(base_item()); }
 };
 
