@@ -1,21 +1,24 @@
 #include "items/deconvolution.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <numbers>
 
 #include "items/whole_milliseconds.h"
-#include "numerics/complex_log_exp.h"
 #include "numerics/convolution.h"
 #include "numerics/toeplitz.h"
+#include "numerics/vector_math.h"
 
 namespace halvern {
 
 namespace {
+
+// The logarithm of the smallest normal number, 2 to the -1022.
+constexpr double kLeastLogarithm = -1022 * std::numbers::ln2;
 
 // What can be a sample: neither too large for single precision nor no number at all.
 bool all_fit(std::span<const double> values) {
@@ -26,16 +29,9 @@ bool all_fit(std::span<const double> values) {
     return fit;
 }
 
-// Applies a function of complex numbers to a packed spectrum: its first two values are real numbers
-// each, of the zero and the Nyquist frequency, the others pairs.
-template <class Function>
-void on_packed(std::span<double> spectrum, Function function) {
-    std::array<double, 4> ends{spectrum[0], 0, spectrum[1], 0};
-    function(ends);
-    function(spectrum);
-    spectrum[0] = ends[0];
-    spectrum[1] = ends[2];
-}
+// A packed spectrum's real and imaginary part at a bin between the zero and the Nyquist frequency.
+constexpr std::size_t re(std::size_t bin) { return 2 * bin; }
+constexpr std::size_t im(std::size_t bin) { return 2 * bin + 1; }
 
 }  // namespace
 
@@ -136,6 +132,7 @@ void Deconvolution::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSa
     const std::size_t points = std::bit_floor(4 * samples - 1);
     fft_ = numerics::RealFft::make(static_cast<std::int64_t>(points));
     spectrum_.resize(points);
+    for (auto* bins : {&amplitudes_, &sines_, &cosines_}) bins->resize(points / 2 + 1);
     // Measured: three transforms' values and levels against a term of the direct convolution.
     if (samples * length > 7 * points * static_cast<std::size_t>(std::bit_width(points))) {
         trace_spectrum_.resize(points);
@@ -190,10 +187,23 @@ void Deconvolution::DesignSpikingOperator() {
     std::ranges::fill(std::ranges::copy(autocorrelation_, p.begin()).out, p.end(), 0.0);
     for (std::size_t lag = 2; lag <= length; ++lag) p[points + 1 - lag] = autocorrelation_[lag];
     fft_->transform(p, 1);
-    on_packed(p, numerics::log_magnitudes);
-    fft_->transform(p, -1);
 
-    // The cepstrum c, folded to positive times, all of it taken -1/2 times.
+    // Logarithm of the amplitude. A bin without energy counts as the smallest normal number.
+    const std::span<double> amplitude = amplitudes_;  // [half + 1], as the next two
+    amplitude[0] = p[0] * p[0];
+    amplitude[half] = p[1] * p[1];
+    for (std::size_t k = 1; k < half; ++k) amplitude[k] = p[re(k)] * p[re(k)] + p[im(k)] * p[im(k)];
+    numerics::logarithms(amplitude, amplitude);
+    const auto bounded = [](double log) { return std::max(0.5 * log, kLeastLogarithm); };
+    p[0] = bounded(amplitude[0]);
+    p[1] = bounded(amplitude[half]);
+    for (std::size_t k = 1; k < half; ++k) {
+        p[re(k)] = bounded(amplitude[k]);
+        p[im(k)] = 0;
+    }
+
+    // The cepstrum, folded to positive times, all of it taken -1/2 times.
+    fft_->transform(p, -1);
     const double scale = -0.5 / static_cast<double>(half);
     p[0] *= scale;
     for (std::size_t i = 1; i <= half; ++i) p[i] *= 2 * scale;
@@ -201,8 +211,22 @@ void Deconvolution::DesignSpikingOperator() {
     fft_->transform(p, 1);
 
     // One over the amplitude; the phase enters whole, not by half as the amplitude's logarithm.
-    for (std::size_t i = 3; i < points; i += 2) p[i] *= 2;
-    on_packed(p, numerics::exponentials);
+    const std::span<double> sine = sines_;
+    const std::span<double> cosine = cosines_;
+    amplitude[0] = p[0];
+    amplitude[half] = p[1];
+    for (std::size_t k = 1; k < half; ++k) {
+        amplitude[k] = p[re(k)];
+        sine[k] = 2 * p[im(k)];
+    }
+    numerics::exponentials(amplitude, amplitude);
+    numerics::sines_and_cosines(sine, sine, cosine);
+    p[0] = amplitude[0];
+    p[1] = amplitude[half];
+    for (std::size_t k = 1; k < half; ++k) {
+        p[re(k)] = amplitude[k] * cosine[k];
+        p[im(k)] = amplitude[k] * sine[k];
+    }
     fft_->transform(p, -1);
     for (std::size_t i = 0; i < length; ++i) operator_[i] = p[i] / static_cast<double>(half);
 }
@@ -247,7 +271,7 @@ void Deconvolution::EndRun() {
     correlator_.reset();
     fft_.reset();
     for (auto* buffer : {&trace_, &autocorrelation_, &operator_, &result_, &solver_work_,
-                         &spectrum_, &trace_spectrum_}) {
+                         &spectrum_, &trace_spectrum_, &amplitudes_, &sines_, &cosines_}) {
         *buffer = {};
     }
 }

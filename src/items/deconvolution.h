@@ -54,7 +54,10 @@ private:
     std::optional<numerics::RealFft> fft_;      // frequency domain, as what follows
     numerics::AlignedDoubles spectrum_;         // [transform length] packed, of the operator
     numerics::AlignedDoubles trace_spectrum_;   // likewise; empty: the operator is short enough
-    int lost_ = 0;                              // traces that could not be deconvolved
+    numerics::AlignedDoubles amplitudes_;       // [transform length / 2 + 1], as the next two
+    numerics::AlignedDoubles sines_;
+    numerics::AlignedDoubles cosines_;
+    int lost_ = 0;  // traces that could not be deconvolved
 };
 
 }  // namespace halvern
