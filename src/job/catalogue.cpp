@@ -2,6 +2,10 @@
 
 #include "flow/unbuilt_flow_item.h"
 #include "items/agc.h"
+#include "items/deconvolution.h"
+#include "items/filter.h"
+#include "items/time_shift.h"
+#include "items/trace_math.h"
 #include "native/native_disk_input.h"
 #include "native/native_disk_output.h"
 #include "segy/segy_disk_input.h"
@@ -30,6 +34,10 @@ std::unique_ptr<FlowItem> CreateFlowItem(const FlowSection& section, LogFlag log
             return create<SegyDiskOutput>(section, log);
         case FlowItemKind::kAgc:
             return create<Agc>(section, log);
+        case FlowItemKind::kFilter: return create<Filter>(section, log);
+        case FlowItemKind::kDeconvolution: return create<Deconvolution>(section, log);
+        case FlowItemKind::kTimeShift: return create<TimeShift>(section, log);
+        case FlowItemKind::kTraceMath: return create<TraceMath>(section, log);
         default:
             break;
     }
