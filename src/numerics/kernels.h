@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// The inner loops, once per register width. Internal to this room: callers use the functions of the
+// other headers. Every width rounds every result alike, since a width changes only how many
+// results are worked on at a time, never the order of operations that leads to one of them.
+
+namespace halvern::numerics {
+
+/// One pass of a Stockham transform: `radix` inputs, a stride of `stride` between outputs.
+struct FftStage {
+    int radix;               ///< 4 or 8
+    std::size_t groups;      ///< butterflies with different twiddles
+    std::size_t stride;      ///< butterflies that share a twiddle; 1 in the first stage
+    const double* twiddles;  ///< see make_tables; null in the last stage, which needs none
+};
+
+/// A complex transform of `points`, and what turns it into a real one of twice the length.
+struct FftTables {
+    static constexpr int kMaxStages = 16;
+    std::size_t points;
+    int stages;
+    FftStage stage[kMaxStages];
+    const double* half_cosines;  ///< cos(pi k / points) / 2 for k = 1 ... points / 2
+    const double* half_sines;    ///< sin(pi k / points) / 2 likewise
+    double* work;                ///< 4 x points doubles
+};
+
+struct Kernels {
+    const char* name;
+    int lanes;  ///< doubles in a register
+    void (*fft_forward)(const FftTables& tables, double* values);
+    void (*fft_inverse)(const FftTables& tables, double* values);
+    /// out[i] = sum over j of operand[i - j] shorter[j], j rising, for i = 0 ... outputs - 1.
+    void (*convolve)(const double* longer, std::size_t longer_length, const double* shorter,
+                     std::size_t shorter_length, double* out, std::size_t outputs);
+    /// out[k] = sum over i of a[i] b[i + k], i rising, for k = 0 ... lags - 1.
+    void (*correlate)(const double* a, std::size_t a_length, const double* b, std::size_t b_length,
+                      double* out, std::size_t lags);
+    /// As solve_toeplitz, the lengths already checked.
+    bool (*levinson)(const double* row, const double* right, double* solution, std::size_t length,
+                     double* work);
+};
+
+enum class KernelChoice { kBaseline, kAvx2, kAvx512 };
+
+/// The kernels of a width, or null when this processor (or this build) does not have it.
+const Kernels* kernels_of(KernelChoice choice);
+
+/// The fastest kernels that this processor runs.
+const Kernels& kernels();
+
+const Kernels& baseline_kernels();
+const Kernels& avx2_kernels();
+const Kernels& avx512_kernels();
+
+}  // namespace halvern::numerics

@@ -1,0 +1,10 @@
+#include "numerics/kernels_impl.h"
+
+namespace halvern::numerics {
+
+const Kernels& avx2_kernels() {
+    static constexpr Kernels kTable = kernel_table<4>("AVX2");
+    return kTable;
+}
+
+}  // namespace halvern::numerics

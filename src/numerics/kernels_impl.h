@@ -1,0 +1,534 @@
+#pragma once
+
+#include "numerics/kernels.h"
+
+// What the kernels_*.cpp instantiate, each for its own width and with its own compiler flags. For
+// that reason nothing in here may be shared between them: everything depends on the number of
+// lanes, and no function of the standard library is used that might be compiled into a shared copy.
+
+namespace halvern::numerics {
+
+/// The vector type of L doubles. (GCC loses the attribute where its size depends on L.)
+template <int L>
+struct Register;
+template <>
+struct Register<2> {
+    typedef double V __attribute__((vector_size(16)));
+};
+template <>
+struct Register<4> {
+    typedef double V __attribute__((vector_size(32)));
+};
+template <>
+struct Register<8> {
+    typedef double V __attribute__((vector_size(64)));
+};
+
+/// The moves between registers of L doubles and memory.
+template <int L>
+struct Lanes {
+    using V = typename Register<L>::V;
+    struct Complex {
+        V re, im;
+    };
+
+    [[gnu::always_inline]] static V load(const double* from) {
+        V v;
+        __builtin_memcpy(&v, from, sizeof v);
+        return v;
+    }
+    [[gnu::always_inline]] static void store(double* to, V v) {
+        __builtin_memcpy(to, &v, sizeof v);
+    }
+
+    [[gnu::always_inline]] static V broadcast(double x) {
+        if constexpr (L == 2) return V{x, x};
+        if constexpr (L == 4) return V{x, x, x, x};
+        if constexpr (L == 8) return V{x, x, x, x, x, x, x, x};
+    }
+
+    [[gnu::always_inline]] static V reverse(V v) {
+        if constexpr (L == 2) return __builtin_shufflevector(v, v, 1, 0);
+        if constexpr (L == 4) return __builtin_shufflevector(v, v, 3, 2, 1, 0);
+        if constexpr (L == 8) return __builtin_shufflevector(v, v, 7, 6, 5, 4, 3, 2, 1, 0);
+    }
+
+    /// L complex values, whose parts alternate in memory.
+    [[gnu::always_inline]] static Complex load_complex(const double* from) {
+        if constexpr (L == 2) {
+            const V a = load(from);
+            const V b = load(from + 2);
+            return {__builtin_shufflevector(a, b, 0, 2), __builtin_shufflevector(a, b, 1, 3)};
+        }
+        if constexpr (L == 4) {
+            const V a = load(from);
+            const V b = load(from + 4);
+            const V c = __builtin_shufflevector(a, b, 0, 1, 4, 5);
+            const V d = __builtin_shufflevector(a, b, 2, 3, 6, 7);
+            return {__builtin_shufflevector(c, d, 0, 4, 2, 6),
+                    __builtin_shufflevector(c, d, 1, 5, 3, 7)};
+        }
+        if constexpr (L == 8) {
+            const V a = load(from);
+            const V b = load(from + 8);
+            return {__builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14),
+                    __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15)};
+        }
+    }
+    [[gnu::always_inline]] static void store_complex(double* to, Complex z) {
+        if constexpr (L == 2) {
+            store(to, __builtin_shufflevector(z.re, z.im, 0, 2));
+            store(to + 2, __builtin_shufflevector(z.re, z.im, 1, 3));
+        }
+        if constexpr (L == 4) {
+            const V a = __builtin_shufflevector(z.re, z.im, 0, 4, 2, 6);
+            const V b = __builtin_shufflevector(z.re, z.im, 1, 5, 3, 7);
+            store(to, __builtin_shufflevector(a, b, 0, 1, 4, 5));
+            store(to + 4, __builtin_shufflevector(a, b, 2, 3, 6, 7));
+        }
+        if constexpr (L == 8) {
+            store(to, __builtin_shufflevector(z.re, z.im, 0, 8, 1, 9, 2, 10, 3, 11));
+            store(to + 8, __builtin_shufflevector(z.re, z.im, 4, 12, 5, 13, 6, 14, 7, 15));
+        }
+    }
+
+    /// Stores the L columns of 8 rows one behind the other: to[8 c + r] = rows[r][c].
+    [[gnu::always_inline]] static void store_transposed(double* to, const V (&rows)[8]) {
+        if constexpr (L == 2) {
+            for (int r = 0; r < 8; r += 2) {
+                store(to + r, __builtin_shufflevector(rows[r], rows[r + 1], 0, 2));
+                store(to + 8 + r, __builtin_shufflevector(rows[r], rows[r + 1], 1, 3));
+            }
+        }
+        if constexpr (L == 4) {
+            for (int r = 0; r < 8; r += 4) {
+                const V a = __builtin_shufflevector(rows[r], rows[r + 1], 0, 4, 2, 6);
+                const V b = __builtin_shufflevector(rows[r], rows[r + 1], 1, 5, 3, 7);
+                const V c = __builtin_shufflevector(rows[r + 2], rows[r + 3], 0, 4, 2, 6);
+                const V d = __builtin_shufflevector(rows[r + 2], rows[r + 3], 1, 5, 3, 7);
+                store(to + r, __builtin_shufflevector(a, c, 0, 1, 4, 5));
+                store(to + 8 + r, __builtin_shufflevector(b, d, 0, 1, 4, 5));
+                store(to + 16 + r, __builtin_shufflevector(a, c, 2, 3, 6, 7));
+                store(to + 24 + r, __builtin_shufflevector(b, d, 2, 3, 6, 7));
+            }
+        }
+        if constexpr (L == 8) {
+            V a[8];  // columns 0, 2, 4, 6 of two rows, then columns 1, 3, 5, 7 of them
+            for (int r = 0; r < 8; r += 2) {
+                a[r] = __builtin_shufflevector(rows[r], rows[r + 1], 0, 8, 2, 10, 4, 12, 6, 14);
+                a[r + 1] = __builtin_shufflevector(rows[r], rows[r + 1], 1, 9, 3, 11, 5, 13, 7, 15);
+            }
+            for (int odd = 0; odd < 2; ++odd) {
+                const V* const b = a + odd;
+                const V p = __builtin_shufflevector(b[0], b[2], 0, 1, 4, 5, 8, 9, 12, 13);
+                const V q = __builtin_shufflevector(b[0], b[2], 2, 3, 6, 7, 10, 11, 14, 15);
+                const V s = __builtin_shufflevector(b[4], b[6], 0, 1, 4, 5, 8, 9, 12, 13);
+                const V t = __builtin_shufflevector(b[4], b[6], 2, 3, 6, 7, 10, 11, 14, 15);
+                double* const column = to + 8 * odd;
+                store(column, __builtin_shufflevector(p, s, 0, 1, 4, 5, 8, 9, 12, 13));
+                store(column + 16, __builtin_shufflevector(q, t, 0, 1, 4, 5, 8, 9, 12, 13));
+                store(column + 32, __builtin_shufflevector(p, s, 2, 3, 6, 7, 10, 11, 14, 15));
+                store(column + 48, __builtin_shufflevector(q, t, 2, 3, 6, 7, 10, 11, 14, 15));
+            }
+        }
+    }
+};
+
+template <int L>
+struct FftKernels {
+    using Ops = Lanes<L>;
+    using V = typename Ops::V;
+    using Complex = typename Ops::Complex;
+
+    // Real and imaginary parts lie in arrays of their own, so that no arithmetic needs a shuffle.
+    // The inverse transform is the forward one with the two arrays in each other's place.
+    struct Split {
+        double* re;
+        double* im;
+    };
+
+    [[gnu::always_inline]] static void butterfly4(Complex (&z)[8]) {
+        const V ar = z[0].re + z[2].re, ai = z[0].im + z[2].im;
+        const V br = z[0].re - z[2].re, bi = z[0].im - z[2].im;
+        const V cr = z[1].re + z[3].re, ci = z[1].im + z[3].im;
+        const V dr = z[1].re - z[3].re, di = z[1].im - z[3].im;
+        z[0] = {ar + cr, ai + ci};
+        z[1] = {br + di, bi - dr};
+        z[2] = {ar - cr, ai - ci};
+        z[3] = {br - di, bi + dr};
+    }
+
+    [[gnu::always_inline]] static void butterfly8(Complex (&z)[8]) {
+        const V half_root = Ops::broadcast(0.70710678118654752440);
+        const V s0r = z[0].re + z[4].re, s0i = z[0].im + z[4].im;
+        const V d0r = z[0].re - z[4].re, d0i = z[0].im - z[4].im;
+        const V s2r = z[2].re + z[6].re, s2i = z[2].im + z[6].im;
+        const V d2r = z[2].re - z[6].re, d2i = z[2].im - z[6].im;
+        const V s1r = z[1].re + z[5].re, s1i = z[1].im + z[5].im;
+        const V d1r = z[1].re - z[5].re, d1i = z[1].im - z[5].im;
+        const V s3r = z[3].re + z[7].re, s3i = z[3].im + z[7].im;
+        const V d3r = z[3].re - z[7].re, d3i = z[3].im - z[7].im;
+        {
+            const V ar = s0r + s2r, ai = s0i + s2i, br = s0r - s2r, bi = s0i - s2i;
+            const V cr = s1r + s3r, ci = s1i + s3i, dr = s1r - s3r, di = s1i - s3i;
+            z[0] = {ar + cr, ai + ci};
+            z[4] = {ar - cr, ai - ci};
+            z[2] = {br + di, bi - dr};
+            z[6] = {br - di, bi + dr};
+        }
+        const V p = (d1r + d1i) * half_root, q = (d1i - d1r) * half_root;
+        const V s = (d3r + d3i) * half_root, t = (d3i - d3r) * half_root;
+        {
+            const V br = d0r + d2i, bi = d0i - d2r, cr = p + t, ci = q - s;
+            z[1] = {br + cr, bi + ci};
+            z[5] = {br - cr, bi - ci};
+        }
+        {
+            const V br = d0r - d2i, bi = d0i + d2r, cr = q + s, ci = t - p;
+            z[3] = {br + cr, bi + ci};
+            z[7] = {br - cr, bi - ci};
+        }
+    }
+
+    [[gnu::always_inline]] static Complex times(Complex z, V wr, V wi) {
+        return {z.re * wr - z.im * wi, z.re * wi + z.im * wr};
+    }
+
+    /// Radix 8 with stride 1. The twiddles of L groups lie together, register by register.
+    /// `Packed`: the parts alternate in from.re, from.im is not used.
+    template <bool Packed>
+    static void first_stage(const FftStage& stage, Split from, Split to) {
+        const std::size_t m = stage.groups;
+        const double* w = stage.twiddles;
+        for (std::size_t p = 0; p < m; p += L, w += 14 * L) {
+            Complex z[8];
+            for (int k = 0; k < 8; ++k) {
+                if constexpr (Packed) {
+                    z[k] = Ops::load_complex(from.re + 2 * (p + m * k));
+                } else {
+                    z[k] = {Ops::load(from.re + p + m * k), Ops::load(from.im + p + m * k)};
+                }
+            }
+            butterfly8(z);
+            V re[8], im[8];
+            re[0] = z[0].re;
+            im[0] = z[0].im;
+            for (int k = 1; k < 8; ++k) {
+                const Complex y =
+                    times(z[k], Ops::load(w + (2 * k - 2) * L), Ops::load(w + (2 * k - 1) * L));
+                re[k] = y.re;
+                im[k] = y.im;
+            }
+            Ops::store_transposed(to.re + 8 * p, re);
+            Ops::store_transposed(to.im + 8 * p, im);
+        }
+    }
+
+    template <int Radix>
+    static void middle_stage(const FftStage& stage, Split from, Split to) {
+        const std::size_t m = stage.groups;
+        const std::size_t s = stage.stride;
+        const double* w = stage.twiddles;
+        for (std::size_t p = 0; p < m; ++p, w += 2 * (Radix - 1)) {
+            for (std::size_t q = 0; q < s; q += L) {
+                Complex z[8];
+                for (int k = 0; k < Radix; ++k) {
+                    const std::size_t i = q + s * (p + m * k);
+                    z[k] = {Ops::load(from.re + i), Ops::load(from.im + i)};
+                }
+                if constexpr (Radix == 8) butterfly8(z);
+                if constexpr (Radix == 4) butterfly4(z);
+                const std::size_t j = q + s * Radix * p;
+                Ops::store(to.re + j, z[0].re);
+                Ops::store(to.im + j, z[0].im);
+                for (int k = 1; k < Radix; ++k) {
+                    const Complex y =
+                        times(z[k], Ops::broadcast(w[2 * k - 2]), Ops::broadcast(w[2 * k - 1]));
+                    Ops::store(to.re + j + s * k, y.re);
+                    Ops::store(to.im + j + s * k, y.im);
+                }
+            }
+        }
+    }
+
+    /// One group and hence no twiddles. `Packed`: the parts alternate in to.im (the inverse's real
+    /// part), to.re is not used.
+    template <int Radix, bool Packed>
+    static void last_stage(const FftStage& stage, Split from, Split to) {
+        const std::size_t s = stage.stride;
+        for (std::size_t q = 0; q < s; q += L) {
+            Complex z[8];
+            for (int k = 0; k < Radix; ++k) {
+                z[k] = {Ops::load(from.re + q + s * k), Ops::load(from.im + q + s * k)};
+            }
+            if constexpr (Radix == 8) butterfly8(z);
+            if constexpr (Radix == 4) butterfly4(z);
+            for (int k = 0; k < Radix; ++k) {
+                if constexpr (Packed) {
+                    Ops::store_complex(to.im + 2 * (q + s * k), {z[k].im, z[k].re});
+                } else {
+                    Ops::store(to.re + q + s * k, z[k].re);
+                    Ops::store(to.im + q + s * k, z[k].im);
+                }
+            }
+        }
+    }
+
+    /// All stages but the first, ending in `last`. `now` and `next` are used in turn.
+    template <bool Packed>
+    static void remaining_stages(const FftTables& tables, Split now, Split next, Split last) {
+        for (int i = 1; i < tables.stages; ++i) {
+            const FftStage& stage = tables.stage[i];
+            const bool eight = stage.radix == 8;
+            if (i + 1 == tables.stages) {
+                (eight ? last_stage<8, Packed> : last_stage<4, Packed>)(stage, now, last);
+            } else {
+                (eight ? middle_stage<8> : middle_stage<4>)(stage, now, next);
+                const Split swap = now;
+                now = next;
+                next = swap;
+            }
+        }
+    }
+
+    static void forward(const FftTables& tables, double* x) {
+        const std::size_t m = tables.points;
+        const Split a{tables.work, tables.work + m};
+        const Split b{tables.work + 2 * m, tables.work + 3 * m};
+        first_stage<true>(tables.stage[0], {x, nullptr}, a);
+        const Split z = tables.stages % 2 == 0 ? b : a;
+        remaining_stages<false>(tables, a, b, z);
+
+        // Z[k] = E[k] + i O[k], the spectra of the even and the odd samples: E and O from Z[k] and
+        // Z[m - k], then X[k] = E[k] + W^k O[k] and X[m - k] = conj(E[k] - W^k O[k]).
+        x[0] = z.re[0] + z.im[0];
+        x[1] = z.re[0] - z.im[0];
+        const V half = Ops::broadcast(0.5);
+        for (std::size_t k = 1; k <= m / 2; k += L) {
+            const std::size_t back = m - k - L + 1;
+            const V ar = Ops::load(z.re + k), ai = Ops::load(z.im + k);
+            const V br = Ops::reverse(Ops::load(z.re + back));
+            const V bi = Ops::reverse(Ops::load(z.im + back));
+            const V c = Ops::load(tables.half_cosines + k - 1);
+            const V s = Ops::load(tables.half_sines + k - 1);
+            const V er = (ar + br) * half, ei = (ai - bi) * half;
+            const V dr = ar - br, di = ai + bi;
+            const V tr = c * di - s * dr, ti = c * dr + s * di;
+            Ops::store_complex(x + 2 * k, {er + tr, ei - ti});
+            Ops::store_complex(x + 2 * back, {Ops::reverse(er - tr), Ops::reverse(-(ei + ti))});
+        }
+    }
+
+    static void inverse(const FftTables& tables, double* x) {
+        const std::size_t m = tables.points;
+        const Split a{tables.work, tables.work + m};
+        const Split b{tables.work + 2 * m, tables.work + 3 * m};
+        const V half = Ops::broadcast(0.5);
+        a.re[0] = (x[0] + x[1]) * 0.5;
+        a.im[0] = (x[0] - x[1]) * 0.5;
+        for (std::size_t k = 1; k <= m / 2; k += L) {
+            const std::size_t back = m - k - L + 1;
+            const Complex u = Ops::load_complex(x + 2 * k);
+            const Complex v = Ops::load_complex(x + 2 * back);
+            const V vr = Ops::reverse(v.re), vi = Ops::reverse(v.im);
+            const V c = Ops::load(tables.half_cosines + k - 1);
+            const V s = Ops::load(tables.half_sines + k - 1);
+            const V er = (u.re + vr) * half, ei = (u.im - vi) * half;
+            const V tr = u.re - vr, ti = u.im + vi;
+            const V odd_re = c * tr - s * ti, odd_im = s * tr + c * ti;
+            Ops::store(a.re + k, er - odd_im);
+            Ops::store(a.im + k, ei + odd_re);
+            Ops::store(a.re + back, Ops::reverse(er + odd_im));
+            Ops::store(a.im + back, Ops::reverse(odd_re - ei));
+        }
+        first_stage<false>(tables.stage[0], {a.im, a.re}, {b.im, b.re});
+        remaining_stages<true>(tables, {b.im, b.re}, {a.im, a.re}, {nullptr, x});
+    }
+};
+
+/// Sums of products, each in the order of its own terms whatever the width.
+template <int L>
+struct SumKernels {
+    using Ops = Lanes<L>;
+    using V = typename Ops::V;
+    static constexpr std::size_t kMaxRegisters = 12;
+
+    static std::size_t smaller(std::size_t a, std::size_t b) { return a < b ? a : b; }
+    /// a - b, or 0 where that is below.
+    static std::size_t beyond(std::size_t a, std::size_t b) { return a > b ? a - b : 0; }
+
+    /// R registers of lags from k0 on; all that a register holds, but only `wanted` lags are
+    /// stored.
+    template <int R>
+    static void correlate_block(const double* a, std::size_t a_length, const double* b,
+                                std::size_t b_length, std::size_t k0, double* out,
+                                std::size_t wanted) {
+        V sum[R]{};
+        // Up to here every lag of a register finds its partner within b.
+        const auto common = [=](std::size_t last_lag) {
+            return smaller(a_length, beyond(b_length, last_lag));
+        };
+        const std::size_t all = common(k0 + R * L - 1);
+        const double* const shifted = b + k0;
+        for (std::size_t i = 0; i < all; ++i) {
+            const V x = Ops::broadcast(a[i]);
+            for (int r = 0; r < R; ++r) sum[r] += x * Ops::load(shifted + i + r * L);
+        }
+        for (int r = 0; r < R; ++r) {
+            const std::size_t first = k0 + static_cast<std::size_t>(r) * L;
+            const std::size_t whole = common(first + L - 1);
+            std::size_t i = all;
+            V total = sum[r];
+            for (; i < whole; ++i) total += Ops::broadcast(a[i]) * Ops::load(b + first + i);
+            for (std::size_t lane = 0; lane < L && first + lane < k0 + wanted; ++lane) {
+                double lag = total[lane];
+                for (std::size_t j = i; j < common(first + lane); ++j) {
+                    lag += a[j] * b[first + lane + j];
+                }
+                out[first + lane] = lag;
+            }
+        }
+    }
+
+    /// R registers of outputs from i0 on, all of them wanted.
+    template <int R>
+    static void convolve_block(const double* a, std::size_t a_length, const double* b,
+                               std::size_t b_length, std::size_t i0, double* out) {
+        constexpr std::size_t kWidth = R * L;
+        // Terms j of output i: those with a sample at i - j. Every output of the block has those of
+        // [low, high); an output's own others come before and behind.
+        const auto first_term = [=](std::size_t i) { return beyond(i + 1, a_length); };
+        const auto end_term = [=](std::size_t i) { return smaller(b_length, i + 1); };
+        const std::size_t low = first_term(i0 + kWidth - 1);
+        const std::size_t high = end_term(i0);
+        double* const y = out + i0;
+        for (std::size_t i = i0; i < i0 + kWidth; ++i) {
+            double before = 0;
+            for (std::size_t j = first_term(i); j < smaller(low, end_term(i)); ++j) {
+                before += b[j] * a[i - j];
+            }
+            out[i] = before;
+        }
+        if (low < high) {
+            V sum[R];
+            for (int r = 0; r < R; ++r) sum[r] = Ops::load(y + r * L);
+            for (std::size_t j = low; j < high; ++j) {
+                const V x = Ops::broadcast(b[j]);
+                const double* const shifted = a + (i0 - j);
+                for (int r = 0; r < R; ++r) sum[r] += x * Ops::load(shifted + r * L);
+            }
+            for (int r = 0; r < R; ++r) Ops::store(y + r * L, sum[r]);
+        }
+        const std::size_t behind = low < high ? high : low;
+        for (std::size_t i = i0; i < i0 + kWidth; ++i) {
+            double rest = out[i];
+            for (std::size_t j = behind; j < end_term(i); ++j) rest += b[j] * a[i - j];
+            out[i] = rest;
+        }
+    }
+
+    static void correlate(const double* a, std::size_t a_length, const double* b,
+                          std::size_t b_length, double* out, std::size_t lags) {
+        // As many blocks as it takes, all of about the same number of registers.
+        std::size_t registers = (lags + L - 1) / L;
+        std::size_t blocks = (registers + kMaxRegisters - 1) / kMaxRegisters;
+        for (std::size_t k = 0; blocks > 0; --blocks) {
+            const std::size_t width = (registers + blocks - 1) / blocks;
+            const std::size_t wanted = smaller(width * L, lags - k);
+            dispatch<kMaxRegisters>(width, [&](auto count) {
+                correlate_block<count.value>(a, a_length, b, b_length, k, out, wanted);
+            });
+            k += width * L;
+            registers -= width;
+        }
+    }
+
+    static void convolve(const double* a, std::size_t a_length, const double* b,
+                         std::size_t b_length, double* out, std::size_t outputs) {
+        constexpr std::size_t kWide = 8 * L;
+        std::size_t i = 0;
+        // Narrow blocks where the operator runs on and off the samples, to have few odd terms.
+        for (; i + L <= outputs && i + 1 < b_length; i += L) {
+            convolve_block<1>(a, a_length, b, b_length, i, out);
+        }
+        for (; i + kWide <= smaller(outputs, a_length); i += kWide) {
+            convolve_block<8>(a, a_length, b, b_length, i, out);
+        }
+        for (; i + L <= outputs; i += L) convolve_block<1>(a, a_length, b, b_length, i, out);
+        for (; i < outputs; ++i) {
+            double sum = 0;
+            for (std::size_t j = beyond(i + 1, a_length); j < smaller(b_length, i + 1); ++j) {
+                sum += b[j] * a[i - j];
+            }
+            out[i] = sum;
+        }
+    }
+
+    template <int N>
+    struct Count {
+        static constexpr int value = N;
+    };
+    /// Calls work(Count<n>{}) for n in 1 ... Max.
+    template <int Max, class Work>
+    [[gnu::always_inline]] static void dispatch(std::size_t n, const Work& work) {
+        if constexpr (Max > 1) {
+            if (n < Max) return dispatch<Max - 1>(n, work);
+        }
+        work(Count<Max>{});
+    }
+
+    static bool levinson(const double* row, const double* right, double* solution,
+                         std::size_t length, double* work) {
+        // Of the order reached: the prediction-error filter, a[0] = 1, and the same backwards,
+        // which begins one place earlier with every order, so that it never has to move.
+        double* const a = work;
+        double* b = work + 2 * length - 1;
+        double* const row_backwards = work + 2 * length;
+        for (std::size_t i = 0; i < length; ++i) row_backwards[i] = row[length - 1 - i];
+        const double least = static_cast<double>(length) * 0x1p-52 * row[0];
+        double power = row[0];
+        if (!(power > least)) return false;
+        a[0] = b[0] = 1;
+        solution[0] = right[0] / power;
+        for (std::size_t n = 1; n < length; ++n) {
+            // How far the filter of n terms is from predicting, and the solution from the n'th
+            // right-hand side.
+            double error = 0;
+            double miss = 0;
+            const double* const reaching = row_backwards + (length - 1 - n);
+            for (std::size_t i = 0; i < n; ++i) {
+                error += a[i] * reaching[i];
+                miss += solution[i] * reaching[i];
+            }
+            const double reflection = -error / power;
+            power += reflection * error;
+            if (!(power > least)) return false;
+            a[n] = 0;
+            --b;
+            b[0] = 0;
+            for (std::size_t i = 0; i <= n; ++i) {
+                const double forward = a[i];
+                const double backward = b[i];
+                a[i] = forward + reflection * backward;
+                b[i] = backward + reflection * forward;
+            }
+            const double step = (right[n] - miss) / power;
+            solution[n] = 0;
+            for (std::size_t i = 0; i <= n; ++i) solution[i] += step * b[i];
+        }
+        return true;
+    }
+};
+
+template <int L>
+constexpr Kernels kernel_table(const char* name) {
+    return {.name = name,
+            .lanes = L,
+            .fft_forward = FftKernels<L>::forward,
+            .fft_inverse = FftKernels<L>::inverse,
+            .convolve = SumKernels<L>::convolve,
+            .correlate = SumKernels<L>::correlate,
+            .levinson = SumKernels<L>::levinson};
+}
+
+}  // namespace halvern::numerics

@@ -1,0 +1,84 @@
+#include "numerics/running_gain.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "widths.h"
+
+namespace halvern::numerics {
+namespace {
+
+// By hand, for h = 2: windows of 2, 3, 4, 4, 4 and 3 samples of energy 9.
+TEST(RunningGain, DividesByTheRootOfTheWindowsEnergy) {
+    std::vector<float> samples{3, -3, 3, 3, 3, -3};
+    std::vector<double> energies(6);
+    ASSERT_TRUE(running_gain(samples, 2, energies));
+    const float two = std::sqrt(.5f), three = std::sqrt(1 / 3.f);
+    const float expected[] = {two, -three, .5f, .5f, .5f, -three};
+    for (std::size_t i = 0; i < 6; ++i) EXPECT_NEAR(samples[i], expected[i], 1e-7) << i;
+}
+
+// Each window summed on its own in extended precision.
+TEST(RunningGain, MeasuresTheWindowsOnTheInput) {
+    constexpr std::ptrdiff_t n = 500, h = 31;
+    const std::vector<double> random = noise(n);
+    std::vector<float> samples(random.begin(), random.end());
+    const std::vector<float> input = samples;
+    std::vector<double> energies(n);
+    ASSERT_TRUE(running_gain(samples, h, energies));
+    for (std::ptrdiff_t j = 0; j < n; ++j) {
+        long double sum = 0;
+        for (auto i = std::max<std::ptrdiff_t>(0, j - h); i <= std::min(n - 1, j + h - 1); ++i) {
+            sum += static_cast<long double>(input[static_cast<std::size_t>(i)]) *
+                   input[static_cast<std::size_t>(i)];
+        }
+        const auto at = static_cast<std::size_t>(j);
+        EXPECT_NEAR(samples[at], static_cast<double>(input[at] / std::sqrt(sum)), 1e-6) << j;
+    }
+}
+
+TEST(RunningGain, IsThePlainOneBitForBit) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+    struct Odd {
+        const char* name;
+        float value;
+    };
+    const Odd odds[] = {{"none", 1},          {"silence", 0},          {"huge", 3e38f},
+                        {"denormal", 1e-42f}, {"infinite", kInfinity}, {"not a number", kNaN}};
+    for (const std::size_t n : {0u, 1u, 2u, 3u, 17u, 64u, 255u, 1501u}) {
+        for (const std::size_t h : {std::size_t{0}, std::size_t{1}, n / 5, n / 2}) {
+            for (const Odd& odd : odds) {
+                SCOPED_TRACE(testing::Message() << n << " samples, h " << h << ", " << odd.name);
+                const std::vector<double> random = noise(n, n + h);
+                std::vector<float> fast(random.begin(), random.end());
+                for (std::size_t i = n / 3; i < n / 2; ++i) fast[i] = odd.value;
+                std::vector<float> plain = fast;
+                std::vector<double> energies(n);
+                const bool fits = h <= n / 2;
+                ASSERT_EQ(running_gain(fast, h, energies), fits);
+                ASSERT_EQ(running_gain_plain(plain, h, energies), fits);
+                const auto same = [](float a, float b) {
+                    return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
+                };
+                ASSERT_TRUE(std::ranges::equal(fast, plain, same));
+            }
+        }
+    }
+}
+
+TEST(RunningGain, RefusesAWindowOrBufferThatDoesNotFit) {
+    std::vector<float> samples{1, 2, 3, 4};
+    std::vector<double> energies(4);
+    EXPECT_FALSE(running_gain(samples, 3, energies));
+    EXPECT_FALSE(running_gain(samples, 1, std::span(energies).first(3)));
+    EXPECT_EQ(samples, (std::vector<float>{1, 2, 3, 4}));
+}
+
+}  // namespace
+}  // namespace halvern::numerics
