@@ -82,8 +82,10 @@ int FlowParameterFile::read_sections(const std::string& path, const ProspectOpen
                 LogPrint("UNDEFINED STRING:        %s\n", text);
                 return -1;
             }
-            sections.push_back({.disabled = disabled, .kind = *kind,
-                                .keyword = flow_item_kind(*kind).keyword, .lines = {},
+            sections.push_back({.disabled = disabled,
+                                .kind = *kind,
+                                .keyword = flow_item_kind(*kind).keyword,
+                                .lines = {},
                                 .line_number = line_number});
         } else if (!sections.empty()) {
             sections.back().lines.emplace_back(line);

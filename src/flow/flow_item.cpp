@@ -37,7 +37,9 @@ void FlowItem::WriteParameters(std::FILE* stream) {
 
 DialogTexts FlowItem::WindowTexts() const {
     const std::string name = GetName();
-    return {.title = name + " Parameters", .help_title = "", .help_page = "",
+    return {.title = name + " Parameters",
+            .help_title = "",
+            .help_page = "",
             .already_up = name + " Interface is already up."};
 }
 
@@ -54,8 +56,11 @@ void FlowItem::ShowInterface(void* /*parent*/, int /*a*/, int /*b*/, int* flow_c
     std::stable_sort(fields.begin(), fields.end(), [](const Parameter& a, const Parameter& b) {
         return a.field.position < b.field.position;
     });
-    host->Open({.item = this, .texts = std::move(texts), .fields = std::move(fields),
-                .refuse = [this] { return RefuseParameters(); }, .flow_changed = flow_changed});
+    host->Open({.item = this,
+                .texts = std::move(texts),
+                .fields = std::move(fields),
+                .refuse = [this] { return RefuseParameters(); },
+                .flow_changed = flow_changed});
 }
 
 int FlowItem::GetInputTraceCount() { return previous_ ? previous_->GetInputTraceCount() : 0; }
@@ -63,9 +68,7 @@ int FlowItem::GetInputPosition() { return previous_ ? previous_->GetInputPositio
 int FlowItem::SetInputPosition(int index) {
     return previous_ ? previous_->SetInputPosition(index) : 0;
 }
-int FlowItem::SetInputRange(int a, int b) {
-    return previous_ ? previous_->SetInputRange(a, b) : 0;
-}
+int FlowItem::SetInputRange(int a, int b) { return previous_ ? previous_->SetInputRange(a, b) : 0; }
 const char* FlowItem::GetInputName() { return previous_ ? previous_->GetInputName() : nullptr; }
 const char* FlowItem::GetInputHeaderName() {
     return previous_ ? previous_->GetInputHeaderName() : nullptr;

@@ -62,19 +62,44 @@ constexpr std::array<FlowItemKindEntry, kFlowItemKinds> kKinds = {{
 // A keyword is matched as a prefix of the line, so one that is the start of another stands after
 // it: DECONDISPLAY before DECON, MERGE before P1MERGE does no harm.
 constexpr Kind kMatchOrder[] = {
-    Kind::kSegdTapeInput,    Kind::kSegyTapeInput,   Kind::kNativeDiskInput,
-    Kind::kNativeDiskOutput, Kind::kSegyDiskInput,   Kind::kSegyDiskOutput,
-    Kind::kSegyTapeOutput,   Kind::kHeaderMap2d,     Kind::kHeaderMap3d,
-    Kind::kTraceDisplay2d,   Kind::kSpectralDisplay, Kind::kDeconvolutionDisplay,
-    Kind::kGeometryDisplay,  Kind::kMultiComponentDisplay, Kind::kBinningDisplay,
-    Kind::kCoordinateDisplay, Kind::kHeaderMath,     Kind::kMergeSps,
-    Kind::kMergeP1,          Kind::kTraceSort,       Kind::kStack,
-    Kind::kNormalMoveout,    Kind::kLinearMoveout,   Kind::kAgc,
-    Kind::kTraceMix,         Kind::kTimeShift,       Kind::kTraceMath,
-    Kind::kMute,             Kind::kFilter,          Kind::kDeconvolution,
-    Kind::kWriteCoordinates, Kind::kResample,        Kind::kAttribute,
-    Kind::kTraceBinning,     Kind::kTraceSelect,     Kind::kTraceWindow,
-    Kind::kAsciiInput,       Kind::kAsciiOutput,
+    Kind::kSegdTapeInput,
+    Kind::kSegyTapeInput,
+    Kind::kNativeDiskInput,
+    Kind::kNativeDiskOutput,
+    Kind::kSegyDiskInput,
+    Kind::kSegyDiskOutput,
+    Kind::kSegyTapeOutput,
+    Kind::kHeaderMap2d,
+    Kind::kHeaderMap3d,
+    Kind::kTraceDisplay2d,
+    Kind::kSpectralDisplay,
+    Kind::kDeconvolutionDisplay,
+    Kind::kGeometryDisplay,
+    Kind::kMultiComponentDisplay,
+    Kind::kBinningDisplay,
+    Kind::kCoordinateDisplay,
+    Kind::kHeaderMath,
+    Kind::kMergeSps,
+    Kind::kMergeP1,
+    Kind::kTraceSort,
+    Kind::kStack,
+    Kind::kNormalMoveout,
+    Kind::kLinearMoveout,
+    Kind::kAgc,
+    Kind::kTraceMix,
+    Kind::kTimeShift,
+    Kind::kTraceMath,
+    Kind::kMute,
+    Kind::kFilter,
+    Kind::kDeconvolution,
+    Kind::kWriteCoordinates,
+    Kind::kResample,
+    Kind::kAttribute,
+    Kind::kTraceBinning,
+    Kind::kTraceSelect,
+    Kind::kTraceWindow,
+    Kind::kAsciiInput,
+    Kind::kAsciiOutput,
 };
 static_assert(std::size(kMatchOrder) == kFlowItemKinds);
 
@@ -82,11 +107,16 @@ static_assert(std::size(kMatchOrder) == kFlowItemKinds);
 
 std::string_view menu_label(FlowItemMenu menu) {
     switch (menu) {
-        case Menu::kInput: return "Input Flow Items";
-        case Menu::kOutput: return "Output Flow Items";
-        case Menu::kProcess: return "Process Flow Items";
-        case Menu::kDisplay: return "Display Flow Items";
-        case Menu::kNone: break;
+        case Menu::kInput:
+            return "Input Flow Items";
+        case Menu::kOutput:
+            return "Output Flow Items";
+        case Menu::kProcess:
+            return "Process Flow Items";
+        case Menu::kDisplay:
+            return "Display Flow Items";
+        case Menu::kNone:
+            break;
     }
     return {};
 }

@@ -48,8 +48,8 @@ struct Field {
 
 /// Rows that repeat one key, such as offset and time pairs: the item reads and writes them itself.
 struct Rows {
-    std::function<void()> clear;                       ///< SetDefaults
-    std::function<bool(const char* rest)> read;        ///< the text behind "KEY="; false: malformed
+    std::function<void()> clear;                 ///< SetDefaults
+    std::function<bool(const char* rest)> read;  ///< the text behind "KEY="; false: malformed
     std::function<void(std::FILE*, const char* key)> write;  ///< one "KEY=…\n" a row
     /// The rows as a spreadsheet for the window: column titles, and the cells as text.
     std::vector<const char*> columns = {};

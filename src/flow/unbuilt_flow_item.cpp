@@ -22,9 +22,10 @@ int UnbuiltFlowItem::FlushAtEnd() {
 }
 
 void UnbuiltFlowItem::Refuse() {
-    Error("The flow item '%s' is not available in this version.  "
-          "Remove or disable it and re-run.\n",
-          GetName());
+    Error(
+        "The flow item '%s' is not available in this version.  "
+        "Remove or disable it and re-run.\n",
+        GetName());
     TerminateJob(kJobError);
 }
 

@@ -85,7 +85,7 @@ int GlobalConfig::read(const std::string& path) {
     }
     int result = -1;
     const std::unique_ptr<std::FILE, CloseFile> file(
-        is_directory(path_) ? nullptr : std::fopen(path_.c_str(), "rb"));
+        fs::is_regular_file(path_, ignored) ? std::fopen(path_.c_str(), "rb") : nullptr);
     if (file) {
         char line[199];  // a longer line is read in pieces
         while (std::fgets(line, sizeof line, file.get())) {

@@ -1,5 +1,6 @@
 #include "foundation/key_readers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>

@@ -1,18 +1,35 @@
 #include "foundation/prospect.h"
 
+#include <algorithm>
 #include <filesystem>
-#include <fstream>
+#include <optional>
+#include <sstream>
 #include <utility>
 
 #include "foundation/global_config.h"
 #include "foundation/key_readers.h"
 #include "foundation/messages.h"
 #include "foundation/system_paths.h"
+#include "platform/input_file.h"
 #include "platform/replace_file.h"
 
 namespace halvern {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// The lines of a file that should be small; of one that is not, the beginning.
+std::optional<std::istringstream> open_small_file(const std::string& path) {
+    constexpr std::int64_t kMost = 1 << 20;
+    const std::optional<InputFile> file = InputFile::open(path);
+    if (!file) return {};
+    std::string text(static_cast<std::size_t>(std::min(file->size(), kMost)), '\0');
+    text.resize(file->read_at(0, std::as_writable_bytes(std::span(text))));
+    return std::istringstream(std::move(text));
+}
+
+}  // namespace
 
 const std::vector<std::string_view>& ProspectSubdirectories() {
     static const std::vector<std::string_view> names = {
@@ -32,17 +49,16 @@ std::string Prospect::file_path(std::string_view name) {
 
 int Prospect::open(const std::string& name) {
     const std::string path = file_path(name);
-    std::error_code error;
-    std::ifstream file;
-    if (is_name(name) && !fs::is_directory(path, error)) file.open(path, std::ios::binary);
-    if (!file.is_open()) {
+    std::optional<std::istringstream> file;
+    if (is_name(name)) file = open_small_file(path);
+    if (!file) {
         LogPrint("Cannot open prospect file '%s' to read.\n", path.c_str());
         return -1;
     }
     LogPrint("Loading Prospect        = %s\n", name.c_str());
     std::vector<std::string> directories;
     std::string directory;
-    for (std::string line; std::getline(file, line);) {
+    for (std::string line; std::getline(*file, line);) {
         if (ReadKey(line.c_str(), "DATADIR=", directory)) directories.push_back(directory);
     }
     assign(name, std::move(directories));
@@ -99,9 +115,10 @@ Prospect& CurrentProspect() {
 }
 
 std::string LastProspect() {
-    std::ifstream file(TreePath(SystemDirectory(), "Halvern.defaults"), std::ios::binary);
+    std::optional<std::istringstream> file =
+        open_small_file(TreePath(SystemDirectory(), "Halvern.defaults"));
     std::string path;
-    for (std::string line; std::getline(file, line);) {
+    for (std::string line; file && std::getline(*file, line);) {
         (void)ReadKey(line.c_str(), "PROSPECT=", path);
     }
     const std::size_t cut = path.find_last_of("/\\");

@@ -1,7 +1,8 @@
 #include "items/agc.h"
 
-#include <cmath>
 #include <limits>
+
+#include "numerics/running_gain.h"
 
 namespace halvern {
 
@@ -17,9 +18,12 @@ Agc::Agc(int window_ms, LogFlag log) : ProcessFlowItem(FlowItemKind::kAgc, log) 
 
 ParameterList Agc::Parameters() {
     return {
-        {.key = "WINDOWSIZE", .format = "%d", .value = Bound{&window_ms_, 256},
+        {.key = "WINDOWSIZE",
+         .format = "%d",
+         .value = Bound{&window_ms_, 256},
          .log = "Window Size = %d\n",
-         .field = {.label = "Window", .prompt = "Window Size (in msec.)?",
+         .field = {.label = "Window",
+                   .prompt = "Window Size (in msec.)?",
                    .help = "Choose the window size for the AGC (Automatic Gain Control).\n"
                            "The AGC that is performed is an Instantaneous AGC.\n"
                            "Common window sizes are between 256 and 1024 milliseconds."}},
@@ -29,9 +33,10 @@ ParameterList Agc::Parameters() {
 void Agc::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&, int) {
     constexpr int kLongestMs = std::numeric_limits<int>::max() / kInternalPerMs;
     if (window_ms_ < 1) {
-        Error("The window size parameter must be greater than or equal to 1.  "
-              "You have entered '%d'.\n",
-              window_ms_);
+        Error(
+            "The window size parameter must be greater than or equal to 1.  "
+            "You have entered '%d'.\n",
+            window_ms_);
         return TerminateJob(kJobError);
     }
     if (window_ms_ > kLongestMs) {
@@ -45,17 +50,19 @@ void Agc::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&, in
     }
     int window = window_ms_ * kInternalPerMs / line.sample_interval();
     if (window > line.samples()) {
-        Warning("The window size is greater than the trace length.  "
-                "It is being reduced to the trace length.\n");
+        Warning(
+            "The window size is greater than the trace length.  "
+            "It is being reduced to the trace length.\n");
         window = line.samples();
     }
-    half_window_ = window / 2;  // an odd window works as one of a sample less
+    half_window_ = static_cast<std::size_t>(window / 2);  // an odd window works as one of a sample less
     energies_.resize(static_cast<std::size_t>(line.samples()));
 }
 
 int Agc::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {
     const std::span<float> trace = samples.floats(header);
-    numerics::running_gain(trace, half_window_, energies_);
+    // Refused for a trace of another length only, which the line does not have.
+    if (!numerics::running_gain(trace, half_window_, energies_)) return kKeepBack;
     samples.set_floats(trace);
     return kPassOn;
 }

@@ -7,8 +7,9 @@
 namespace halvern {
 
 /// Instantaneous automatic gain control: divides each sample by the root of the summed energy of
-/// the input samples in a window centred on it. The sum, not its mean: the window length is meant to
-/// stay in the gain, so a trace of constant amplitude comes out at about 1 / sqrt(window samples).
+/// the input samples in a window centred on it. The sum, not its mean: the window length is meant
+/// to stay in the gain, so a trace of constant amplitude comes out at about 1 / sqrt(window
+/// samples).
 class Agc final : public ProcessFlowItem {
 public:
     Agc(const FlowSection& section, LogFlag log);
@@ -27,7 +28,7 @@ private:
     ParameterList Parameters() override;
 
     int window_ms_{};
-    int half_window_{};             // samples before the centre; as many after, less one
+    std::size_t half_window_{};     // samples before the centre; as many after, less one
     std::vector<double> energies_;  // [samples] of the input trace; empty outside a run
 };
 

@@ -2,6 +2,8 @@
 
 #include "flow/unbuilt_flow_item.h"
 #include "items/agc.h"
+#include "native/native_disk_input.h"
+#include "native/native_disk_output.h"
 #include "segy/segy_disk_input.h"
 #include "segy/segy_disk_output.h"
 
@@ -18,10 +20,18 @@ std::unique_ptr<FlowItem> create(const FlowSection& section, LogFlag log) {
 
 std::unique_ptr<FlowItem> CreateFlowItem(const FlowSection& section, LogFlag log) {
     switch (section.kind) {
-        case FlowItemKind::kSegyDiskInput: return create<SegyDiskInput>(section, log);
-        case FlowItemKind::kSegyDiskOutput: return create<SegyDiskOutput>(section, log);
-        case FlowItemKind::kAgc: return create<Agc>(section, log);
-        default: break;
+        case FlowItemKind::kSegyDiskInput:
+            return create<SegyDiskInput>(section, log);
+        case FlowItemKind::kNativeDiskInput:
+            return create<NativeDiskInput>(section, log);
+        case FlowItemKind::kNativeDiskOutput:
+            return create<NativeDiskOutput>(section, log);
+        case FlowItemKind::kSegyDiskOutput:
+            return create<SegyDiskOutput>(section, log);
+        case FlowItemKind::kAgc:
+            return create<Agc>(section, log);
+        default:
+            break;
     }
     const int id = static_cast<int>(section.kind);
     if (id < 0 || id >= kFlowItemKinds) return nullptr;

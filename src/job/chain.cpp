@@ -7,9 +7,8 @@ namespace halvern {
 namespace {
 
 void RefuseExclusive(const FlowItem& item) {
-    LogPrint(
-        "PARAMETER ERROR:  An exclusive process '%s' cannot be run with other flow items.\n",
-        item.GetName());
+    LogPrint("PARAMETER ERROR:  An exclusive process '%s' cannot be run with other flow items.\n",
+             item.GetName());
     TerminateJob(kJobError);
 }
 

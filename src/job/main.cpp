@@ -5,16 +5,12 @@
 #include <exception>
 
 #include "foundation/messages.h"
-#include "job/command_line.h"
 #include "job/job_runner.h"
-#include "platform/program_path.h"
+#include "platform/command_line.h"
 
 int main(int argc, char** argv) {
     std::setvbuf(stdout, nullptr, _IONBF, 0);
-    std::vector<std::string> arguments(argv, argv + argc);
-    if (const std::optional<std::string> line = halvern::raw_command_line()) {
-        arguments = halvern::split_command_line(*line);
-    }
+    const std::vector<std::string> arguments = halvern::program_arguments(argc, argv);
     try {
         halvern::RunJob(arguments);
     } catch (const std::exception& failure) {  // memory, above all: the job still says how it ended

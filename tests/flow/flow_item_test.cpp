@@ -71,9 +71,9 @@ TEST(Chain, PassesTracesWithReplacementsAndCounts) {
     chain.head->SendTrace(chain.line, chain.header, chain.samples);
     chain.second.answer = 2;  // anything but 1 keeps a trace back
     chain.head->SendTrace(chain.line, chain.header, chain.samples);
-    EXPECT_THAT(chain.events, ElementsAre("a: prepare 8 of 5", "b: prepare 8 of 5",
-                                          "c: prepare 4 of 5", "b: trace 8", "c: trace 4",
-                                          "b: trace 8"));
+    EXPECT_THAT(chain.events,
+                ElementsAre("a: prepare 8 of 5", "b: prepare 8 of 5", "c: prepare 4 of 5",
+                            "b: trace 8", "c: trace 4", "b: trace 8"));
     EXPECT_EQ(chain.head->GetSentCount(), 2);
     EXPECT_EQ(chain.second.GetReceivedCount(), 2);
     EXPECT_EQ(chain.second.GetSentCount(), 1);
@@ -87,9 +87,8 @@ TEST(Chain, FlushesUntilOneRefusesAndDestroysFromTheTail) {
     EXPECT_EQ(chain.head->FlushChain(), 0);
     chain.head->EndChain();
     chain.head->DeleteChain();
-    EXPECT_THAT(chain.events,
-                ElementsAre("b: flush", "c: flush", "b: flush", "b: end", "c: end", "c: destroyed",
-                            "b: destroyed"));
+    EXPECT_THAT(chain.events, ElementsAre("b: flush", "c: flush", "b: flush", "b: end", "c: end",
+                                          "c: destroyed", "b: destroyed"));
     EXPECT_EQ(chain.head->next(), nullptr);
     EXPECT_EQ(chain.head->FlushChain(), 1);
 }

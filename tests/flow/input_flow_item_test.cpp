@@ -58,7 +58,8 @@ public:
 };
 
 struct Flow {
-    explicit Flow(int count) : input(count), noting(dynamic_cast<Noting&>(input.SetNext(std::make_unique<Noting>()))) {
+    explicit Flow(int count)
+        : input(count), noting(dynamic_cast<Noting&>(input.SetNext(std::make_unique<Noting>()))) {
         ReadPauseFlag = 0;
     }
     Counting input;

@@ -22,19 +22,32 @@ public:
     ParameterList Parameters() override {
         return {
             {.key = "COUNT", .format = "%d", .value = Bound{&count, 3}, .log = "Count = %d\n"},
-            {.key = "MODE", .format = "%d", .value = Bound{&mode, 1}, .log = "Mode = %s\n",
-             .field = {.label = "Mode", .prompt = "Which?", .choices = {{"ONE", 1}, {"TWO", 2}},
+            {.key = "MODE",
+             .format = "%d",
+             .value = Bound{&mode, 1},
+             .log = "Mode = %s\n",
+             .field = {.label = "Mode",
+                       .prompt = "Which?",
+                       .choices = {{"ONE", 1}, {"TWO", 2}},
                        .position = 2}},
-            {.key = "GAIN", .format = "%3.1f", .value = Bound{&gain, 0.5f}, .log = "Gain = %f\n",
+            {.key = "GAIN",
+             .format = "%3.1f",
+             .value = Bound{&gain, 0.5f},
+             .log = "Gain = %f\n",
              .field = {.label = "Gain", .prompt = "Gain?", .position = 1}},
-            {.key = "NAME", .format = "%s", .value = Bound{&name, "NONE"},
-             .log = "Name = '%s'\n", .longest = 4},
-            {.key = "PAIR", .format = "",
+            {.key = "NAME",
+             .format = "%s",
+             .value = Bound{&name, "NONE"},
+             .log = "Name = '%s'\n",
+             .longest = 4},
+            {.key = "PAIR",
+             .format = "",
              .value = Rows{.clear = [this] { pairs.clear(); },
-                           .read = [this](const char* rest) {
-                               pairs.emplace_back(rest);
-                               return true;
-                           },
+                           .read =
+                               [this](const char* rest) {
+                                   pairs.emplace_back(rest);
+                                   return true;
+                               },
                            .write =
                                [this](std::FILE* stream, const char* key) {
                                    for (const std::string& pair : pairs) {
@@ -63,17 +76,18 @@ std::string written(FlowItem& item) {
 
 TEST(Parameters, DefaultsLinesAndLogFollowFromTheList) {
     LogCapture log;
-    Sample item(section_of(FlowItemKind::kTraceMath,
-                           {"MODE=2", "COUNT=x", "GAIN=2.25", "count=9", "PAIR=1 2", "NAME=ABCDEF",
-                            "PAIR=3 4", "MODE=1"}),
-                LogFlag::kLog);
+    Sample item(
+        section_of(FlowItemKind::kTraceMath, {"MODE=2", "COUNT=x", "GAIN=2.25", "count=9",
+                                              "PAIR=1 2", "NAME=ABCDEF", "PAIR=3 4", "MODE=1"}),
+        LogFlag::kLog);
     EXPECT_EQ(item.count, 0);  // no number reads as 0
     EXPECT_EQ(item.mode, 1);   // the later line wins
     EXPECT_EQ(written(item),
               "$TRACEMATH\nCOUNT=0\nMODE=1\nGAIN=2.2\nNAME=ABCD\nPAIR=1 2\nPAIR=3 4\n");
-    EXPECT_EQ(log.text(), "Trace Math: Initializing Flow Item\nTrace Math: Count = 0\n"
-                          "Trace Math: Mode = ONE\nTrace Math: Gain = 2.250000\n"
-                          "Trace Math: Name = 'ABCD'\n");
+    EXPECT_EQ(log.text(),
+              "Trace Math: Initializing Flow Item\nTrace Math: Count = 0\n"
+              "Trace Math: Mode = ONE\nTrace Math: Gain = 2.250000\n"
+              "Trace Math: Name = 'ABCD'\n");
     item.SetDefaults();
     EXPECT_EQ(item.count, 3);
     EXPECT_EQ(item.gain, 0.5f);

@@ -48,7 +48,7 @@ TEST_P(AgcWindow, DividesByTheRootOfTheSummedEnergy) {
 
 INSTANTIATE_TEST_SUITE_P(Lengths, AgcWindow,
                          testing::Values(Window{20, 40, 5}, Window{22, 40, 5},  // 11 works as 10
-                                         Window{2, 9, 0}, Window{1, 9, 0},       // no window at all
+                                         Window{2, 9, 0}, Window{1, 9, 0},      // no window at all
                                          Window{500, 600, 125}, Window{502, 600, 125},
                                          Window{80, 40, 20}, Window{33554, 7, 3}));
 
@@ -68,8 +68,9 @@ TEST(Agc, ChecksTheWindow) {
     EXPECT_THAT(longer.log(), HasSubstr("*** WARNING in AGC: The window size is greater than the "
                                         "trace length.  It is being reduced"));
     ItemBench<Agc> zero({.interval_us = 2000, .samples = 4}, {"WINDOWSIZE=0"});
-    EXPECT_JOB_ERROR(zero.prepare(), "*** ERROR in AGC: The window size parameter must be greater "
-                                     "than or equal to 1.  You have entered '0'.\n");
+    EXPECT_JOB_ERROR(zero.prepare(),
+                     "*** ERROR in AGC: The window size parameter must be greater "
+                     "than or equal to 1.  You have entered '0'.\n");
     ItemBench<Agc> overflow({.interval_us = 2000, .samples = 4}, {"WINDOWSIZE=33555"});
     EXPECT_JOB_ERROR(overflow.prepare(), "greater than 33554.  You have entered '33555'");
     ItemBench<Agc> unsampled({.interval_us = 0, .samples = 4}, {});

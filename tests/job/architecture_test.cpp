@@ -45,9 +45,8 @@ TEST(Architecture, EveryIncludeGoesToARoomThatIsDeclaredToBeUsed) {
             std::smatch match;
             if (!std::regex_search(line, match, include) || match[1] == room) continue;
             ++includes;
-            EXPECT_TRUE(rooms.at(room).count(match[1]))
-                << relative << " includes from " << match[1] << ", which " << room
-                << " does not use";
+            EXPECT_TRUE(rooms.at(room).count(match[1])) << relative << " includes from " << match[1]
+                                                        << ", which " << room << " does not use";
         }
     }
     EXPECT_GT(includes, 50);

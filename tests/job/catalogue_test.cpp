@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
 #include <set>
+#include <sstream>
 
 #include "support/item_bench.h"
 
@@ -59,7 +61,7 @@ TEST_P(EveryKind, DeclaresItsParametersSoundly) {
                               : std::holds_alternative<Bound<float>>(parameter.value) ? "f"
                                                                                       : "s";
         EXPECT_TRUE(fits(parameter.format, letters)) << parameter.format;
-        if (parameter.log) EXPECT_TRUE(fits(parameter.log, chosen ? "s" : letters));
+        EXPECT_TRUE(!parameter.log || fits(parameter.log, chosen ? "s" : letters));
         if (!parameter.field.label) continue;
         EXPECT_STRNE(parameter.field.prompt, "");
         if (const auto* number = std::get_if<Bound<int>>(&parameter.value); number && chosen) {
@@ -82,8 +84,7 @@ TEST_P(EveryKind, ReadsBackWhatItWrites) {
         }
     }
     const std::string first = written(*item);
-    EXPECT_EQ(first.substr(0, first.find('\n')),
-              "$" + std::string(flow_item_kind(kind).keyword));
+    EXPECT_EQ(first.substr(0, first.find('\n')), "$" + std::string(flow_item_kind(kind).keyword));
     auto lines = lines_of(first);
     lines.erase(lines.begin());
     const auto again = CreateFlowItem(section_of(kind, lines), LogFlag::kQuiet);

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "job/command_line.h"
 #include "support/item_bench.h"
 
 namespace halvern {
@@ -41,8 +40,11 @@ constexpr auto kDisplay = FlowItemKind::kTraceDisplay2d;
 constexpr auto kExclusive = FlowItemKind::kGeometryDisplay;
 
 TEST(BuildChain, LinksEnabledItemsInOrder) {
-    EXPECT_THAT(names({{kInput, false}, {FlowItemKind::kAgc, true},
-                       {FlowItemKind::kTraceMix, false}, {kDisplay, false}, {kSort, false}}),
+    EXPECT_THAT(names({{kInput, false},
+                       {FlowItemKind::kAgc, true},
+                       {FlowItemKind::kTraceMix, false},
+                       {kDisplay, false},
+                       {kSort, false}}),
                 ElementsAre("SEG-Y Disk Input", "Trace Display 2D", "Trace Sort"));
     EXPECT_THAT(names({{kInput, true}, {kExclusive, false}, {kInput, true}}),
                 ElementsAre("Geometry Display"));
@@ -53,18 +55,11 @@ TEST(BuildChain, RefusesWhatCannotRunTogether) {
     EXPECT_JOB_ERROR(names({{kInput, false}, {kSort, false}, {kDisplay, false}}),
                      "PARAMETER ERROR:  A display 'Trace Display 2D' cannot be run with a 'TRACE "
                      "SORT' process.\nRun the 'TRACE SORT' to an output file");
-    constexpr char kAlone[] = "PARAMETER ERROR:  An exclusive process 'Geometry Display' cannot be "
-                              "run with other flow items.\n";
+    constexpr char kAlone[] =
+        "PARAMETER ERROR:  An exclusive process 'Geometry Display' cannot be "
+        "run with other flow items.\n";
     EXPECT_JOB_ERROR(names({{kInput, false}, {kExclusive, false}}), kAlone);
     EXPECT_JOB_ERROR(names({{kExclusive, false}, {kInput, false}}), kAlone);
-}
-
-TEST(CommandLine, SplitsAtBlanksOutsideQuotes) {
-    EXPECT_THAT(split_command_line("\"C:\\a b\\halvern2.exe\"  \"log 1\" rv3086 \"f\" \"\""),
-                ElementsAre("C:\\a b\\halvern2.exe", "log 1", "rv3086", "f", ""));
-    EXPECT_THAT(split_command_line(" a\"b c\"d e"), ElementsAre("ab cd", "e"));
-    EXPECT_TRUE(split_command_line("").empty());
-    EXPECT_THAT(split_command_line("\"open end"), ElementsAre("open end"));
 }
 
 }  // namespace

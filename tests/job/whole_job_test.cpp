@@ -41,7 +41,8 @@ protected:
         log.clear();
         if (fs::exists(folder.file("log1"))) log = file_bytes(folder.file("log1"));
         log = std::regex_replace(
-            log, std::regex("at '[A-Z][a-z]{2} [ 0-9]\\d \\d\\d:\\d\\d:\\d\\d \\d{4}'"), "at 'TIME'");
+            log, std::regex("at '[A-Z][a-z]{2} [ 0-9]\\d \\d\\d:\\d\\d:\\d\\d \\d{4}'"),
+            "at 'TIME'");
         for (std::size_t at; (at = log.find(folder.path().string())) != std::string::npos;) {
             log.replace(at, folder.path().string().size(), "ROOT");
         }
@@ -59,18 +60,19 @@ protected:
 };
 
 TEST_F(WholeJob, ReadsProcessesAndWrites) {
-    const std::string input = folder.write(
-        "in.sgy", small_segy(4000, 4, {{.ffid = 7, .samples = {3, 4, 0, 0}},
-                                       {.ffid = 8, .samples = {1, 1, 1, 1}},
-                                       {.ffid = 9, .samples = {0, 0, 0, 2}}}));
+    const std::string input =
+        folder.write("in.sgy", small_segy(4000, 4,
+                                          {{.ffid = 7, .samples = {3, 4, 0, 0}},
+                                           {.ffid = 8, .samples = {1, 1, 1, 1}},
+                                           {.ffid = 9, .samples = {0, 0, 0, 2}}}));
     EXPECT_EQ(run("$SEGYDINPUT\nFILE=" + input +
                   "\nREADALLTRACES=0\nSELECTHEADER=FFID\nSELECTRANGE=7-9(2)\n$$MUTE\n$AGC\n"
                   "WINDOWSIZE=8\n$SEGYDOUTPUT\nFILE=" +
                   folder.file("out.sgy") + "\nOUTPUTFORMAT=0\n"),
               0);
     // By hand: the window of 2 samples has h = 1, so sample j sees j-1 and j: 3/3, 4/5; 2/2.
-    std::string expected = small_segy(4000, 4, {{.ffid = 7, .samples = {1, .8f, 0, 0}},
-                                                {.ffid = 9, .samples = {0, 0, 0, 1}}});
+    std::string expected = small_segy(
+        4000, 4, {{.ffid = 7, .samples = {1, .8f, 0, 0}}, {.ffid = 9, .samples = {0, 0, 0, 1}}});
     for (int trace = 0; trace < 2; ++trace) {  // stamped: TRNUML, TRNUMR, NUMSAMPS, SAMPRATE
         const std::size_t at = 3600 + static_cast<std::size_t>(trace) * 256;
         expected[at + 3] = expected[at + 7] = static_cast<char>(trace + 1);
@@ -88,8 +90,8 @@ TEST_F(WholeJob, ReadsProcessesAndWrites) {
                               "SEG-Y Disk Input: Completed Flow Item\n"
                               "Job completed normally at 'TIME'\n"));
     EXPECT_EQ(scratch_files(), 0u);
-    for (const char* made : {"Prospects/default", "Data/default/segy", "halvern.cfg",
-                             "Halvern.defaults"}) {
+    for (const char* made :
+         {"Prospects/default", "Data/default/segy", "halvern.cfg", "Halvern.defaults"}) {
         EXPECT_TRUE(fs::exists(folder.path() / made)) << made;
     }
 }
@@ -119,8 +121,8 @@ TEST_F(WholeJob, AProcessAtTheHeadRunsNothingAndEndsNormally) {
 
 TEST_F(WholeJob, IsNotStartedByHand) {
     const std::string flow = folder.write("flow1", "$AGC\n");
-    for (const std::string& arguments :
-         {std::string(), std::string(" log"), " log1 wrong " + flow, " a rv3086 " + flow + " b c"}) {
+    for (const std::string& arguments : {std::string(), std::string(" log"), " log1 wrong " + flow,
+                                         " a rv3086 " + flow + " b c"}) {
         EXPECT_EQ(start("cd " + folder.path().string() + " && " + quoted(program) + arguments), 1);
         EXPECT_THAT(errors, HasSubstr("Invalid Usage of Halvern2.  This program should not be "
                                       "started by the user."));

@@ -10,15 +10,16 @@ namespace halvern::testing_support {
 int CaptureItem::ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
                               TraceSamples& samples) {
     const std::span<float> floats = samples.floats(header);
-    traces.push_back({{header.image(), header.image() + kTraceHeaderBytes},
-                      {floats.begin(), floats.end()}});
+    traces.push_back(
+        {{header.image(), header.image() + kTraceHeaderBytes}, {floats.begin(), floats.end()}});
     line_samples = line.samples();
     line_interval_us = line.sample_interval() / kInternalPerUs;
     return kPassOn;
 }
 
-ItemBenchBase::ItemBenchBase(const BenchLine& line, std::unique_ptr<FlowItem> item)
-    : image_(kTraceHeaderBytes), item_(std::move(item)) {
+ItemBenchBase::ItemBenchBase(const BenchLine& line,
+                             const std::function<std::unique_ptr<FlowItem>()>& make)
+    : image_(kTraceHeaderBytes), item_(make()) {
     EXPECT_EQ(definition_.load(HALVERN_SOURCE_DIR "/header/default"), 0);
     definition_.attach(image_.data());
     line_.set_sample_interval(line.interval_us * kInternalPerUs);
@@ -80,8 +81,11 @@ double ItemBenchBase::word(std::string_view name, int passed) {
 }
 
 FlowSection section_of(FlowItemKind kind, std::vector<std::string> lines) {
-    return {.disabled = false, .kind = kind, .keyword = flow_item_kind(kind).keyword,
-            .lines = std::move(lines), .line_number = 1};
+    return {.disabled = false,
+            .kind = kind,
+            .keyword = flow_item_kind(kind).keyword,
+            .lines = std::move(lines),
+            .line_number = 1};
 }
 
 void expect_near(const std::vector<float>& actual, const std::vector<float>& expected,
