@@ -2,6 +2,11 @@
 
 #include "flow/unbuilt_flow_item.h"
 #include "items/agc.h"
+#include "items/linear_moveout.h"
+#include "items/mute.h"
+#include "items/normal_moveout.h"
+#include "items/stack.h"
+#include "items/trace_sort.h"
 #include "native/native_disk_input.h"
 #include "native/native_disk_output.h"
 #include "segy/segy_disk_input.h"
@@ -30,6 +35,16 @@ std::unique_ptr<FlowItem> CreateFlowItem(const FlowSection& section, LogFlag log
             return create<SegyDiskOutput>(section, log);
         case FlowItemKind::kAgc:
             return create<Agc>(section, log);
+        case FlowItemKind::kLinearMoveout:
+            return create<LinearMoveout>(section, log);
+        case FlowItemKind::kMute:
+            return create<Mute>(section, log);
+        case FlowItemKind::kNormalMoveout:
+            return create<NormalMoveout>(section, log);
+        case FlowItemKind::kStack:
+            return create<Stack>(section, log);
+        case FlowItemKind::kTraceSort:
+            return create<TraceSort>(section, log);
         default:
             break;
     }
