@@ -97,29 +97,6 @@ void gain(benchmark::State& state) {
 }
 BENCHMARK(gain);
 
-/// What no order of evaluation can avoid: two dependent additions for every sample.
-void gain_against_its_chain(benchmark::State& state) {
-    const AlignedDoubles values = noise(kSamples);
-    const std::vector<float> input(values.begin(), values.end());
-    std::vector<float> trace = input;
-    AlignedDoubles energies(kSamples);
-    compare(
-        state,
-        [&] {
-            std::memcpy(trace.data(), input.data(), kSamples * sizeof(float));
-            benchmark::DoNotOptimize(running_gain(trace, 64, energies));
-        },
-        [&] {
-            double sum = 0;
-            for (const double value : values) {
-                sum -= value;
-                sum += value;
-            }
-            benchmark::DoNotOptimize(sum);
-        });
-}
-BENCHMARK(gain_against_its_chain);
-
 void direct_over_spectral_correlation(benchmark::State& state) {
     const AlignedDoubles trace = noise(static_cast<std::size_t>(state.range(0)));
     AlignedDoubles out(static_cast<std::size_t>(state.range(1)));

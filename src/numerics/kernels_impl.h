@@ -8,20 +8,24 @@
 
 namespace halvern::numerics {
 
-/// The vector type of L doubles. (GCC loses the attribute where its size depends on L.)
+/// The vector types of L doubles and of their bits. (GCC loses the attribute where its size depends
+/// on L.)
 template <int L>
 struct Register;
 template <>
 struct Register<2> {
     typedef double V __attribute__((vector_size(16)));
+    typedef unsigned long long Bits __attribute__((vector_size(16)));
 };
 template <>
 struct Register<4> {
     typedef double V __attribute__((vector_size(32)));
+    typedef unsigned long long Bits __attribute__((vector_size(32)));
 };
 template <>
 struct Register<8> {
     typedef double V __attribute__((vector_size(64)));
+    typedef unsigned long long Bits __attribute__((vector_size(64)));
 };
 
 /// The moves between registers of L doubles and memory.
@@ -582,52 +586,147 @@ struct SolverKernels {
     }
 };
 
+/// Elementary functions without branches or tables: the argument reduced to a small interval, there
+/// a series cut where its terms no longer count.
 template <int L>
-struct GainKernels {
-    static void running_gain(float* samples, std::size_t n, std::size_t h, double* energies) {
-        for (std::size_t i = 0; i < n; ++i) {
-            energies[i] = static_cast<double>(samples[i]) * static_cast<double>(samples[i]);
-        }
-        double sum = 0;
-        for (std::size_t i = 0; i < h; ++i) sum += energies[i];
-        // The chain of sums waits for one addition after the other; meanwhile the processor takes
-        // the roots and quotients of the block before, which do not depend on one another.
-        constexpr std::size_t kBlock = 32;
-        for (std::size_t start = 0; start < n; start += kBlock) {
-            double sums[kBlock];
-            const std::size_t end = start + kBlock < n ? start + kBlock : n;
-            const std::size_t rising = end < h ? end : h;
-            const std::size_t full = end < n - h ? end : n - h;
-            std::size_t j = start;
-            for (; j < rising; ++j) {
-                sums[j - start] = sum;
-                sum += energies[j + h];
-            }
-            for (; j < full; ++j) {
-                sums[j - start] = sum;
-                sum -= energies[j - h];
-                sum += energies[j + h];
-            }
-            for (; j < end; ++j) {
-                sums[j - start] = sum;
-                sum -= energies[j - h];
-            }
-            if (end - start == kBlock) {
-                divide(samples + start, sums, kBlock);
-            } else {
-                divide(samples + start, sums, end - start);
+struct FunctionKernels {
+    using Ops = Lanes<L>;
+    using V = typename Ops::V;
+    using Bits = typename Register<L>::Bits;
+
+    // Added to a number below 2^51, it rounds it to a whole one, which then stands in the lowest
+    // bits.
+    static constexpr double kRounder = 0x1.8p52;
+
+    [[gnu::always_inline]] static V all(double x) { return Ops::broadcast(x); }
+    [[gnu::always_inline]] static Bits bits(V v) { return reinterpret_cast<Bits>(v); }
+    [[gnu::always_inline]] static V number(Bits b) { return reinterpret_cast<V>(b); }
+
+    /// The polynomial with these coefficients, the highest power's first: four interleaved ones in
+    /// x^4, whose chains of operations are short and run side by side.
+    template <std::size_t N>
+    [[gnu::always_inline]] static V polynomial(V x, const double (&coefficients)[N]) {
+        const V square = x * x;
+        const V fourth = square * square;
+        V part[4];
+        for (std::size_t p = 0; p < 4; ++p) {  // powers p, p + 4, ..., N - 1 at most
+            std::size_t power = (N - 1 - p) / 4 * 4 + p;
+            part[p] = all(coefficients[N - 1 - power]);
+            while (power >= 4) {
+                power -= 4;
+                part[p] = part[p] * fourth + all(coefficients[N - 1 - power]);
             }
         }
+        return (part[0] + x * part[1]) + square * (part[2] + x * part[3]);
     }
 
-    [[gnu::always_inline]] static void divide(float* samples, const double* sums,
-                                              std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto root = static_cast<float>(__builtin_sqrt(sums[i]));
-            const bool live = root > 0;
-            const float quotient = samples[i] / (live ? root : 1.0f);
-            samples[i] = live ? quotient : samples[i];
+    /// 2^k for a whole k within the exponents of normal numbers.
+    [[gnu::always_inline]] static V power_of_two(V k) {
+        return number((bits(k + all(kRounder)) << 52) + bits(all(1.0)));
+    }
+
+    [[gnu::always_inline]] static V exponential(V x) {
+        static constexpr double kTaylor[] = {1 / 6227020800.0, 1 / 479001600.0, 1 / 39916800.0,
+                                             1 / 3628800.0,    1 / 362880.0,    1 / 40320.0,
+                                             1 / 5040.0,       1 / 720.0,       1 / 120.0,
+                                             1 / 24.0,         1 / 6.0,         1 / 2.0};
+        x = x > all(710.0) ? all(710.0) : x;
+        x = x < all(-746.0) ? all(-746.0) : x;
+        const V k = x * all(1.44269504088896340736) + all(kRounder) - all(kRounder);
+        const V r = x - k * all(0x1.62e42feep-1) - k * all(0x1.a39ef35793c76p-33);
+        // In two steps, for results beyond the normal numbers.
+        const V half = k * all(0.5) + all(kRounder) - all(kRounder);
+        const V power = all(1.0) + (r + r * r * polynomial(r, kTaylor));
+        return power * power_of_two(half) * power_of_two(k - half);
+    }
+
+    [[gnu::always_inline]] static V logarithm(V x) {
+        static constexpr double kSeries[] = {2 / 23.0, 2 / 21.0, 2 / 19.0, 2 / 17.0,
+                                             2 / 15.0, 2 / 13.0, 2 / 11.0, 2 / 9.0,
+                                             2 / 7.0,  2 / 5.0,  2 / 3.0};
+        constexpr double kSmallest = 0x1p-1022;
+        constexpr double kInfinity = __builtin_inf();
+        const auto tiny = x < all(kSmallest);
+        const V y = tiny ? x * all(0x1p54) : x;
+        // y = m 2^k with m from about the root of 1/2 to the root of 2.
+        constexpr unsigned long long kRootOfHalf = 0x3fe6a09e00000000;
+        const Bits shifted = bits(y) + (0x3ff0000000000000 - kRootOfHalf);
+        const V m = number((shifted & 0x000fffffffffffff) + kRootOfHalf);
+        V k = number((shifted >> 52) | 0x4330000000000000) - all(0x1p52 + 1023);
+        k = tiny ? k - all(54.0) : k;
+        const V f = m - all(1.0);
+        const V s = f / (all(2.0) + f);
+        const V z = s * s;
+        const V square = all(0.5) * f * f;
+        const V rest = z * polynomial(z, kSeries);
+        V result = k * all(0x1.62e42feep-1) -
+                   ((square - (s * (square + rest) + k * all(0x1.a39ef35793c76p-33))) - f);
+        result = x == all(kInfinity) ? x : result;
+        result = x == all(0.0) ? all(-kInfinity) : result;
+        return x >= all(0.0) ? result : all(__builtin_nan(""));
+    }
+
+    struct SineCosine {
+        V sine, cosine;
+    };
+    [[gnu::always_inline]] static SineCosine sine_and_cosine(V x) {
+        static constexpr double kSine[] = {
+            1 / 355687428096000.0, -1 / 1307674368000.0, 1 / 6227020800.0, -1 / 39916800.0,
+            1 / 362880.0,          -1 / 5040.0,          1 / 120.0,        -1 / 6.0};
+        static constexpr double kCosine[] = {
+            -1 / 6402373705728000.0, 1 / 20922789888000.0, -1 / 87178291200.0, 1 / 479001600.0,
+            -1 / 3628800.0,          1 / 40320.0,          -1 / 720.0,         1 / 24.0};
+        const V shifted = x * all(0.63661977236758134308) + all(kRounder);
+        const V quarters = shifted - all(kRounder);
+        // A quarter turn in three parts, the first two short enough for exact products; what the
+        // remainder r loses by rounding is kept as its error e.
+        const V most = x - quarters * all(0x1.921fb544p0);
+        const V second_part = quarters * all(0x1.0b4611a6p-34);
+        const V near = most - second_part;
+        const V low = ((most - near) - second_part) - quarters * all(0x1.3198a2e037073p-69);
+        const V r = near + low;
+        const V e = (near - r) + low;
+        const V z = r * r;
+        const V half = all(0.5) * z;
+        const V sine = r + (r * z * polynomial(z, kSine) + e * (all(1.0) - half));
+        const V cosine = all(1.0) - (half - (z * z * polynomial(z, kCosine) - r * e));
+        const Bits quarter = bits(shifted);
+        const Bits swapped = Bits{} - (quarter & 1);
+        const V first = number((bits(sine) & ~swapped) | (bits(cosine) & swapped));
+        const V second = number((bits(cosine) & ~swapped) | (bits(sine) & swapped));
+        return {number(bits(first) ^ ((quarter & 2) << 62)),
+                number(bits(second) ^ (((quarter + 1) & 2) << 62))};
+    }
+
+    /// The function of L values at a time, the last ones filled up with ones.
+    template <class Function>
+    [[gnu::always_inline]] static void each(const double* x, std::size_t count, Function apply) {
+        std::size_t i = 0;
+        for (; i + L <= count; i += L) apply(Ops::load(x + i), i, L);
+        if (i < count) {
+            V last = all(1.0);
+            for (std::size_t lane = 0; i + lane < count; ++lane) last[lane] = x[i + lane];
+            apply(last, i, count - i);
         }
+    }
+    [[gnu::always_inline]] static void put(double* to, V v, std::size_t count) {
+        if (count == L) return Ops::store(to, v);
+        for (std::size_t lane = 0; lane < count; ++lane) to[lane] = v[lane];
+    }
+
+    static void logarithms(const double* x, double* out, std::size_t count) {
+        each(x, count, [=](V v, std::size_t i, std::size_t n) { put(out + i, logarithm(v), n); });
+    }
+    static void exponentials(const double* x, double* out, std::size_t count) {
+        each(x, count, [=](V v, std::size_t i, std::size_t n) { put(out + i, exponential(v), n); });
+    }
+    static void sines_and_cosines(const double* x, double* sines, double* cosines,
+                                  std::size_t count) {
+        each(x, count, [=](V v, std::size_t i, std::size_t n) {
+            const SineCosine both = sine_and_cosine(v);
+            put(sines + i, both.sine, n);
+            put(cosines + i, both.cosine, n);
+        });
     }
 };
 
@@ -640,7 +739,9 @@ constexpr Kernels kernel_table(const char* name) {
             .convolve = SumKernels<L>::convolve,
             .correlate = SumKernels<L>::correlate,
             .levinson = SolverKernels<L>::levinson,
-            .running_gain = GainKernels<L>::running_gain};
+            .logarithms = FunctionKernels<L>::logarithms,
+            .exponentials = FunctionKernels<L>::exponentials,
+            .sines_and_cosines = FunctionKernels<L>::sines_and_cosines};
 }
 
 }  // namespace halvern::numerics
