@@ -25,7 +25,7 @@ struct RecordHead {
 static_assert(sizeof(RecordHead) == 24);
 
 constexpr std::size_t kSamplesAt = sizeof(RecordHead) + kTraceHeaderBytes;
-constexpr std::size_t kStreamBytes = std::size_t{1} << 20;
+constexpr std::size_t kStreamBytes = std::size_t{256} << 10;
 
 // SEG-D codes need a multiplier that the record does not hold, so their samples are kept as floats.
 bool keeps_record(const TraceSamples& samples) {
