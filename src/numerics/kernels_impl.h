@@ -918,13 +918,20 @@ struct FunctionKernels {
     static void exponentials(const double* x, double* out, std::size_t count) {
         each(x, count, [=](V v, std::size_t i, std::size_t n) { put(out + i, exponential(v), n); });
     }
-    static void sines_and_cosines(const double* x, double* sines, double* cosines,
+    static bool sines_and_cosines(const double* x, double* sines, double* cosines,
                                   std::size_t count) {
-        each(x, count, [=](V v, std::size_t i, std::size_t n) {
+        V exact = all(1.0);
+        each(x, count, [&](V v, std::size_t i, std::size_t n) {
+            const V size = v < all(0.0) ? -v : v;
+            exact = size <= all(kLargestAngle) ? exact : all(0.0);
             const SineCosine both = sine_and_cosine(v);
             put(sines + i, both.sine, n);
             put(cosines + i, both.cosine, n);
         });
+        for (int lane = 0; lane < L; ++lane) {
+            if (exact[lane] == 0) return false;
+        }
+        return true;
     }
 };
 

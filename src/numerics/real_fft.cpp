@@ -73,7 +73,8 @@ void RealFft::make_tables() {
     work_.resize(4 * (points + kFftPadding));
     tables_.work = work_.data();
 
-    // Eights first; the last stage is a four, which leaves room in the registers for its counterpart.
+    // Eights first; the last stage is a four, which leaves room in the registers for its
+    // counterpart.
     int bits = std::countr_zero(points);
     std::size_t stride = 1;
     std::size_t size = 0;
