@@ -2,10 +2,14 @@
 
 #include <cmath>
 
+#include "numerics/kernels.h"
+
 namespace halvern::numerics {
 
 bool running_gain(std::span<float> samples, std::size_t half_window, std::span<double> energies) {
-    return running_gain_plain(samples, half_window, energies);
+    if (energies.size() < samples.size() || half_window > samples.size() / 2) return false;
+    kernels().running_gain(samples.data(), samples.size(), half_window, energies.data());
+    return true;
 }
 
 bool running_gain_plain(std::span<float> samples, std::size_t half_window,
