@@ -77,13 +77,16 @@ std::optional<std::string> SyntheticLine::fault() const {
     if (!within(spacing_m, 1, 1000)) return "the spacing must be 1 to 1000 m";
     if (!within(shot_stations, 1, 1000)) return "shots must be 1 to 1000 stations apart";
     if (!within(gap, 0, 1000)) return "the gap must be 0 to 1000 stations";
-    const double stations = double{channels} + gap * 2 + double{shot_stations} * shots;
-    if (stations * spacing_m > 9e6) return "the line is longer than 9000 km";
+    const std::int64_t length = channels + 2 * gap + std::int64_t{shot_stations} * shots;
+    if (length * spacing_m > 9000000) return "the line is longer than 9000 km";
     if (!within(first_ffid, 0, std::numeric_limits<int>::max() - shots)) {
         return "the first file number must not be negative";
     }
     if (!within(wavelet_hz, 1, 500000.0 / interval_us)) {
         return "the wavelet's frequency must be between 1 Hz and half the sampling frequency";
+    }
+    if (1e6 / wavelet_hz > 2000.0 * interval_us) {
+        return "a period of the wavelet must not have more than 2000 samples";
     }
     if (!within(statics_ms, 0, 100)) return "the statics must be 0 to 100 ms";
     if (!within(dip_ms_per_km, -1000, 1000)) return "the dip must be -1000 to 1000 ms/km";
@@ -199,8 +202,8 @@ double SyntheticLine::zero_offset_ms(int reflection, double x) const {
 
 double SyntheticLine::reflection_ms(int reflection, int shot, int channel) const {
     const double t0 = zero_offset_ms(reflection, midpoint_x(shot, channel));
-    const double moveout = 1000 * offset(shot, channel) /
-                           reflections[static_cast<std::size_t>(reflection)].velocity;
+    const double moveout =
+        1000 * offset(shot, channel) / reflections[static_cast<std::size_t>(reflection)].velocity;
     return std::sqrt(t0 * t0 + moveout * moveout) + source_delay_ms(shot) +
            receiver_delay_ms(receiver_station(shot, channel));
 }
@@ -227,27 +230,33 @@ std::string SyntheticLine::description() const {
     append(text, "shots %d, channels %d, traces %lld\n", shots, channels,
            static_cast<long long>(traces()));
     append(text, "samples %d at %g ms\n", samples, interval_us / 1000.0);
-    append(text, "stations %d to %d every %d m, shots every %d m, %s spread, gap %d stations\n",
-           first_station, first_station + stations() - 1, spacing_m, shot_stations * spacing_m,
+    append(text, "stations %d to %d every %d m\n", first_station, first_station + stations() - 1,
+           spacing_m);
+    append(text, "shots every %d m, %s spread, gap of %d stations\n", shot_stations * spacing_m,
            spread == Spread::kSplit ? "split" : "end-on", gap);
-    const auto offsets = [&](int channel) { return offset(0, channel); };
-    int nearest = offsets(0);
+    int nearest = offset(0, 0);
     int farthest = 0;
     for (const int channel : {0, channels_left() - 1, channels_left(), channels - 1}) {
         if (channel < 0 || channel >= channels) continue;
-        nearest = std::min(nearest, offsets(channel));
-        farthest = std::max(farthest, offsets(channel));
+        nearest = std::min(nearest, offset(0, channel));
+        farthest = std::max(farthest, offset(0, channel));
     }
-    append(text, "offsets %d to %d m, CDPs 1 to %d every %g m from x %.1f, largest fold %d\n",
-           nearest, farthest, cdps(), spacing_m / 2.0, cdp_x(1), fold(cdps() / 2));
+    int largest_fold = 0;  // the fold repeats from shot to shot
+    for (int i = 0; i < 2 * shot_stations; ++i) {
+        largest_fold = std::max(largest_fold, fold(cdps() / 2 + i));
+    }
+    append(text, "offsets %d to %d m\n", nearest, farthest);
+    append(text, "CDPs 1 to %d every %g m from x %.1f, largest fold %d\n", cdps(), spacing_m / 2.0,
+           cdp_x(1), largest_fold);
     for (const Reflection& reflection : reflections) {
         append(text, "reflection t0 %g ms, velocity %g m/s, amplitude %g\n", reflection.t0_ms,
                reflection.velocity, reflection.amplitude);
     }
     append(text, "dip %g ms/km, statics up to %g ms, wavelet %g Hz\n", dip_ms_per_km, statics_ms,
            wavelet_hz);
-    append(text, "refraction %.3f ms + offset / %g m/s from %.1f m on, direct wave %g m/s\n",
-           intercept_ms(), refractor_velocity, critical_distance(), direct_velocity);
+    append(text, "refraction %.3f ms + offset / %g m/s from %.1f m on\n", intercept_ms(),
+           refractor_velocity, critical_distance());
+    append(text, "direct wave %g m/s\n", direct_velocity);
     append(text, "noise %g, ground roll %g, seed %llu\n", noise, ground_roll,
            static_cast<unsigned long long>(seed));
     return text;

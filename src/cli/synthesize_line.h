@@ -13,7 +13,7 @@ enum class Spread { kSplit, kEndOn };
 struct Reflection {
     double t0_ms;      ///< two-way time at offset 0 in the middle of the line
     double velocity;   ///< of its hyperbola, m/s
-    double amplitude;  ///< of the wavelet at 400 ms; spreading makes it fall with the time squared
+    double amplitude;  ///< of the wavelet at 400 ms; it falls with the time to the power 1.5
 };
 
 /// The reflections that a line has unless others are asked for.
@@ -41,18 +41,18 @@ struct SyntheticLine {
 
     // The earth. Reflections get the velocity velocity_ms + velocity_gradient x t0 in seconds.
     std::vector<Reflection> reflections = default_reflections();
-    double velocity_ms = 1900;        ///< at time 0
-    double velocity_gradient = 450;   ///< m/s more every second
-    double dip_ms_per_km = 0;         ///< zero-offset time gained toward the east
-    double direct_velocity = 900;     ///< of the weathered layer, m/s
-    double refractor_velocity = 2300; ///< below it
-    double weathering_m = 15;         ///< its thickness
-    double statics_ms = 4;            ///< largest delay below a point, rounded to whole ms
+    double velocity_ms = 1900;         ///< at time 0
+    double velocity_gradient = 450;    ///< m/s more every second
+    double dip_ms_per_km = 0;          ///< zero-offset time gained toward the east
+    double direct_velocity = 900;      ///< of the weathered layer, m/s
+    double refractor_velocity = 2300;  ///< below it
+    double weathering_m = 15;          ///< its thickness
+    double statics_ms = 4;             ///< largest delay below a point, rounded to whole ms
 
     // The record.
-    double wavelet_hz = 30;    ///< peak frequency
-    double noise = 0.02;       ///< root mean square; reflections have 1 at 400 ms
-    double ground_roll = 8;    ///< largest amplitude near the source
+    double wavelet_hz = 30;        ///< peak frequency
+    double noise = 0.02;           ///< root mean square; reflections have 1 at 400 ms
+    double ground_roll = 8;        ///< largest amplitude near the source
     double dead_part = 0.004;      ///< of all traces
     double reversed_part = 0.012;  ///< of all stations
     std::uint64_t seed = 1;

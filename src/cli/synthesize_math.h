@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 
 // What a synthetic line is drawn from. The library's random distributions and its sine differ from
 // system to system in their last bits or more; these give the same bits wherever double is IEEE.
