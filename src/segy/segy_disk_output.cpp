@@ -14,6 +14,9 @@ namespace {
 constexpr int kEnteredTime = 1;
 constexpr int kTraceLength = 0;
 
+/// The line's sample interval as a file's header holds it.
+int whole_us(const LineHeader& line) { return line.sample_interval() / kInternalPerUs; }
+
 int code(SampleFormat format) { return static_cast<int>(format); }
 
 std::string base_name(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
@@ -72,7 +75,6 @@ ParameterList SegyDiskOutput::Parameters() {
         {.key = "TIME",
          .format = "%d",
          .value = Bound{&time_ms_, 1000},
-         .log = "The traces will be shortened to %d msec.\n",
          .field = {.label = "Time",
                    .prompt = "Trace length to output (in msec.)?",
                    .help = "Enter the trace length to be output in milliseconds.  The number here "
@@ -204,7 +206,7 @@ bool SegyDiskOutput::FindInput(Target& target, SegyLayout& layout) {
 }
 
 bool SegyDiskOutput::CheckFits(const SegyLayout& input, const LineHeader& line, int samples) const {
-    if (input.samples == samples && input.interval == line.sample_interval()) return true;
+    if (input.samples == samples && input.interval_us() == whole_us(line)) return true;
     Error(
         "The traces (%d samples of %.3f ms) do not fit the records of the input file "
         "(%d samples of %.3f ms).  To overwrite it would destroy it.\n",
@@ -250,7 +252,7 @@ bool SegyDiskOutput::FindEndOfFile(const LineHeader& line, int samples, Target& 
     SegyLayout layout;
     std::int64_t left_over = 0;
     if (!ReadLayout(target.path, layout, target.traces, left_over)) return refuse();
-    if (layout.interval != line.sample_interval()) {
+    if (layout.interval_us() != whole_us(line)) {
         refuse();
         Error("Sample rates of output file (%3.1f) and new data (%3.1f) differ.\n",
               layout.interval_ms(), line.sample_interval() / double{kInternalPerMs});
