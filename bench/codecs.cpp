@@ -1,17 +1,17 @@
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include "foundation/messages.h"
+#include "ratio.h"
 #include "trace/codec_kernels.h"
 #include "trace/codecs.h"
 
 // Sample codecs on one trace of 1,500 samples that stays in cache. GB/s counts the bytes of the
-// 4-byte samples on one side (6,000 a trace), and of_memcpy is that over memcpy of the same 6,000
-// bytes, measured right before in the same run.
+// 4-byte samples on one side (6,000 a trace); the ratio is to memcpy of as many bytes.
 
 namespace halvern {
 
@@ -36,39 +36,19 @@ struct TraceData {
     }
 };
 
-/// Bytes a second of `work`, which moves one trace: the best of several short runs.
-template <class Work>
-double bytes_per_second(Work&& work) {
-    constexpr int kTraces = 2000;
-    double best = 0;
-    for (int run = 0; run < 20; ++run) {
-        const auto start = std::chrono::steady_clock::now();
-        for (int i = 0; i < kTraces; ++i) {
-            work();
-            benchmark::ClobberMemory();
-        }
-        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-        best = std::max(best, kTraces * double{kTraceBytes} / time.count());
-    }
-    return best;
-}
-
-/// Times `work` under the library, and notes its own best rate beside memcpy's.
+/// Times `work`, which moves one trace, beside memcpy of its bytes.
 template <class Work>
 void measure(benchmark::State& state, TraceData& trace, Work&& work) {
     std::vector<std::byte> copy(kTraceBytes);
-    const double limit = bytes_per_second([&] {
-        benchmark::DoNotOptimize(copy.data());
-        std::memcpy(copy.data(), trace.raw.data(), kTraceBytes);
-    });
-    const double rate = bytes_per_second(work);
-    for (auto _ : state) {
-        work();
+    const auto moved = [](auto&& move) {
+        move();
         benchmark::ClobberMemory();
-    }
-    state.counters["GB/s"] = rate / 1e9;
-    state.counters["memcpy_GB/s"] = limit / 1e9;
-    state.counters["of_memcpy"] = rate / limit;
+    };
+    constexpr int kCalls = 2000;
+    compare(
+        state, [&] { moved(work); },
+        [&] { moved([&] { std::memcpy(copy.data(), trace.raw.data(), kTraceBytes); }); }, kCalls);
+    state.counters["GB/s"] = kTraceBytes / state.counters["us"] / 1e3;
 }
 
 void ByteSwap(benchmark::State& state) {
