@@ -1,6 +1,9 @@
 #include "job/catalogue.h"
 
 #include "flow/unbuilt_flow_item.h"
+#include "geometry/ascii_input.h"
+#include "geometry/merge_sps.h"
+#include "geometry/trace_binning.h"
 #include "items/agc.h"
 #include "native/native_disk_input.h"
 #include "native/native_disk_output.h"
@@ -30,6 +33,12 @@ std::unique_ptr<FlowItem> CreateFlowItem(const FlowSection& section, LogFlag log
             return create<SegyDiskOutput>(section, log);
         case FlowItemKind::kAgc:
             return create<Agc>(section, log);
+        case FlowItemKind::kAsciiInput:
+            return create<AsciiInput>(section, log);
+        case FlowItemKind::kMergeSps:
+            return create<MergeSps>(section, log);
+        case FlowItemKind::kTraceBinning:
+            return create<TraceBinning>(section, log);
         default:
             break;
     }
