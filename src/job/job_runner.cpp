@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "flow/process_flow_item.h"
 #include "foundation/global_config.h"
 #include "foundation/installation_tree.h"
 #include "foundation/messages.h"

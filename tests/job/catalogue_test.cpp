@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
 #include <set>
+#include <sstream>
 
 #include "support/item_bench.h"
 
@@ -59,7 +61,7 @@ TEST_P(EveryKind, DeclaresItsParametersSoundly) {
                               : std::holds_alternative<Bound<float>>(parameter.value) ? "f"
                                                                                       : "s";
         EXPECT_TRUE(fits(parameter.format, letters)) << parameter.format;
-        if (parameter.log) EXPECT_TRUE(fits(parameter.log, chosen ? "s" : letters));
+        EXPECT_TRUE(!parameter.log || fits(parameter.log, chosen ? "s" : letters));
         if (!parameter.field.label) continue;
         EXPECT_STRNE(parameter.field.prompt, "");
         if (const auto* number = std::get_if<Bound<int>>(&parameter.value); number && chosen) {

@@ -17,8 +17,9 @@ int CaptureItem::ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
     return kPassOn;
 }
 
-ItemBenchBase::ItemBenchBase(const BenchLine& line, std::unique_ptr<FlowItem> item)
-    : image_(kTraceHeaderBytes), item_(std::move(item)) {
+ItemBenchBase::ItemBenchBase(const BenchLine& line,
+                             const std::function<std::unique_ptr<FlowItem>()>& make)
+    : image_(kTraceHeaderBytes), item_(make()) {
     EXPECT_EQ(definition_.load(HALVERN_SOURCE_DIR "/header/default"), 0);
     definition_.attach(image_.data());
     line_.set_sample_interval(line.interval_us * kInternalPerUs);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -40,7 +41,8 @@ public:
 /// it passes on. Header words of the next trace are set with set().
 class ItemBenchBase {
 public:
-    ItemBenchBase(const BenchLine& line, std::unique_ptr<FlowItem> item);
+    /// `make` makes the item while the bench already catches the log.
+    ItemBenchBase(const BenchLine& line, const std::function<std::unique_ptr<FlowItem>()>& make);
     ~ItemBenchBase();
 
     /// A word of the next trace's header; unset words are 0.
@@ -79,9 +81,9 @@ template <class Item>
 class ItemBench : public ItemBenchBase {
 public:
     ItemBench(const BenchLine& line, std::vector<std::string> lines)
-        : ItemBenchBase(
-              line, std::make_unique<Item>(FlowSection{.lines = std::move(lines)}, LogFlag::kLog)) {
-    }
+        : ItemBenchBase(line, [&]() -> std::unique_ptr<FlowItem> {
+              return std::make_unique<Item>(FlowSection{.lines = std::move(lines)}, LogFlag::kLog);
+          }) {}
     Item& item() { return static_cast<Item&>(base_item()); }
 };
 
