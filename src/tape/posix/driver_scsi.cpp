@@ -20,7 +20,8 @@ namespace {
 
 constexpr std::size_t kFirstRead = 1024 * 1024;   // most blocks are shorter, most drivers allow it
 constexpr std::size_t kSmallestRead = 64 * 1024;  // every driver allows it
-constexpr std::size_t kLongestRead = 0xFFFFFF;    // the count of a SCSI read has 24 bits
+constexpr std::size_t kTooLongRead = 0x1000000;   // the count of a SCSI read has 24 bits
+constexpr std::size_t kFinestStep = 1024;         // of the search for what a driver allows
 
 class DriverCalls final : public TapeCalls {
 public:
@@ -67,7 +68,7 @@ TapeCalls& SystemTapeCalls() {
 }
 
 DriverScsi::DriverScsi(const std::string& wanted, TapeCalls& calls, const std::string& classes)
-    : calls_(calls), largest_read_(kLongestRead) {
+    : calls_(calls), refused_read_(kTooLongRead) {
     if (wanted.starts_with("/")) {
         drives_.push_back({.node = wanted, .folder = {}});
         return;
@@ -210,41 +211,31 @@ int DriverScsi::Load(int) {
     return file_ >= 0 && calls_.status(file_, now) == 0 && now.online ? answer(0) : status;
 }
 
-// One block into `buffer`, with reads no longer than the driver takes. Gives its length, which is
-// beyond the buffer's when it was cut; 0 at a filemark; -errno.
+// One block into `buffer`. Gives its length, which is beyond the buffer's when it was cut; 0 at a
+// filemark; -errno. How long it is and how much the driver takes in one read is found by trying.
 ssize_t DriverScsi::read_block(std::span<std::byte> buffer) {
-    std::size_t length = std::min({buffer.size(), kFirstRead, largest_read_});
+    std::size_t too_short = 0;
+    std::size_t length = std::min({buffer.size(), kFirstRead, refused_read_ - 1});
     for (;;) {
-        const ssize_t count = calls_.read(file_, buffer.first(length));
-        const bool too_large = count == -EOVERFLOW || count == -EBUSY;
-        if (too_large && length > kSmallestRead) {
-            length = std::max(length / 2, kSmallestRead);
-            largest_read_ = length;
+        const bool fits = length <= buffer.size();
+        if (!fits) spare_.resize(std::max(spare_.size(), length));
+        const ssize_t count =
+            calls_.read(file_, fits ? buffer.first(length) : std::span(spare_).first(length));
+        if (count == -EOVERFLOW || count == -EBUSY) {
+            refused_read_ = length;
         } else if (count == -ENOMEM) {
             // The block is longer and the tape has passed it: back, and again with more room.
             if (const int back = calls_.operate(file_, MTBSR, 1); back < 0) return back;
-            const std::size_t most = std::min(buffer.size(), largest_read_);
-            if (length == most) return length < buffer.size() ? -EIO : read_long_block(buffer);
-            length = std::min(length * 4, most);
+            too_short = length;
         } else {
+            if (count > 0 && !fits) std::memcpy(buffer.data(), spare_.data(), buffer.size());
             return count;
         }
+        const std::size_t between = too_short + (refused_read_ - too_short) / 2;
+        length = std::min(std::max(4 * too_short, kSmallestRead), between);
+        if (length < too_short + kFinestStep && too_short > 0) return -EIO;
+        if (length == 0) return count;
     }
-}
-
-ssize_t DriverScsi::read_long_block(std::span<std::byte> buffer) {
-    std::size_t length = buffer.size();
-    while (length < largest_read_) {
-        length = std::min(length * 4, largest_read_);
-        spare_.resize(length);
-        const ssize_t count = calls_.read(file_, spare_);
-        if (count != -ENOMEM) {
-            if (count > 0) std::memcpy(buffer.data(), spare_.data(), buffer.size());
-            return count;
-        }
-        if (const int back = calls_.operate(file_, MTBSR, 1); back < 0) return back;
-    }
-    return -EIO;
 }
 
 int DriverScsi::ReadVariableBlock(int, std::span<std::byte> buffer, int) {

@@ -63,7 +63,6 @@ private:
     int operate(int operation, int count);
     int answer(int error);
     ssize_t read_block(std::span<std::byte> buffer);
-    ssize_t read_long_block(std::span<std::byte> buffer);
     int ask_block_number();
     void shut();
 
@@ -71,7 +70,7 @@ private:
     std::vector<Drive> drives_;
     int file_ = -1;
     int block_number_ = -1;         // since the last filemark, counted along; -1: not known
-    std::size_t largest_read_;      // what the driver can take in one read
+    std::size_t refused_read_;      // the least that the driver is known not to take in one read
     std::vector<std::byte> spare_;  // for blocks longer than the caller's buffer
     SenseData sense_;
 };
