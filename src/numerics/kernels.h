@@ -9,6 +9,10 @@
 
 namespace halvern::numerics {
 
+/// Doubles between the four arrays of a transform, which would otherwise all be a power of two
+/// apart and fall on the same few lines of the cache.
+inline constexpr std::size_t kFftPadding = 16;
+
 /// One pass of a Stockham transform: `radix` inputs, a stride of `stride` between outputs.
 struct FftStage {
     int radix;               ///< 4 or 8
@@ -25,7 +29,7 @@ struct FftTables {
     FftStage stage[kMaxStages];
     const double* half_cosines;  ///< cos(pi k / points) / 2 for k = 1 ... points / 2
     const double* half_sines;    ///< sin(pi k / points) / 2 likewise
-    double* work;                ///< 4 x points doubles
+    double* work;                ///< 4 x (points + kFftPadding) doubles
 };
 
 struct Kernels {
@@ -33,16 +37,26 @@ struct Kernels {
     int lanes;  ///< doubles in a register
     void (*fft_forward)(const FftTables& tables, double* values);
     void (*fft_inverse)(const FftTables& tables, double* values);
-    /// out[i] = sum over j of operand[i - j] shorter[j], j rising, for i = 0 ... outputs - 1.
+    /// out[i] = sum over j of longer[i - j] shorter[j] for i = 0 ... outputs - 1.
     void (*convolve)(const double* longer, std::size_t longer_length, const double* shorter,
                      std::size_t shorter_length, double* out, std::size_t outputs);
-    /// out[k] = sum over i of a[i] b[i + k], i rising, for k = 0 ... lags - 1.
+    /// out[k] = sum over i of a[i] b[i + k] for k = 0 ... lags - 1.
     void (*correlate)(const double* a, std::size_t a_length, const double* b, std::size_t b_length,
                       double* out, std::size_t lags);
     /// As solve_toeplitz, the lengths already checked.
     bool (*levinson)(const double* row, const double* right, double* solution, std::size_t length,
                      double* work);
+    /// As the functions; the angles at most kLargestAngle.
+    void (*logarithms)(const double* x, double* out, std::size_t count);
+    void (*exponentials)(const double* x, double* out, std::size_t count);
+    void (*sines_and_cosines)(const double* x, double* sines, double* cosines, std::size_t count);
 };
+
+/// Up to here a product of the number of quarter turns with a part of one is exact.
+inline constexpr double kLargestAngle = 1e5;
+
+/// Zeros behind every array of the solver, so that its sums may end in full registers.
+inline constexpr std::size_t kSolverPadding = 8;
 
 enum class KernelChoice { kBaseline, kAvx2, kAvx512 };
 

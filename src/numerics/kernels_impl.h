@@ -8,20 +8,24 @@
 
 namespace halvern::numerics {
 
-/// The vector type of L doubles. (GCC loses the attribute where its size depends on L.)
+/// The vector types of L doubles and of their bits. (GCC loses the attribute where its size depends
+/// on L.)
 template <int L>
 struct Register;
 template <>
 struct Register<2> {
     typedef double V __attribute__((vector_size(16)));
+    typedef unsigned long long Bits __attribute__((vector_size(16)));
 };
 template <>
 struct Register<4> {
     typedef double V __attribute__((vector_size(32)));
+    typedef unsigned long long Bits __attribute__((vector_size(32)));
 };
 template <>
 struct Register<8> {
     typedef double V __attribute__((vector_size(64)));
+    typedef unsigned long long Bits __attribute__((vector_size(64)));
 };
 
 /// The moves between registers of L doubles and memory.
@@ -293,8 +297,9 @@ struct FftKernels {
 
     static void forward(const FftTables& tables, double* x) {
         const std::size_t m = tables.points;
-        const Split a{tables.work, tables.work + m};
-        const Split b{tables.work + 2 * m, tables.work + 3 * m};
+        const std::size_t apart = m + kFftPadding;
+        const Split a{tables.work, tables.work + apart};
+        const Split b{tables.work + 2 * apart, tables.work + 3 * apart};
         first_stage<true>(tables.stage[0], {x, nullptr}, a);
         const Split z = tables.stages % 2 == 0 ? b : a;
         remaining_stages<false>(tables, a, b, z);
@@ -321,8 +326,9 @@ struct FftKernels {
 
     static void inverse(const FftTables& tables, double* x) {
         const std::size_t m = tables.points;
-        const Split a{tables.work, tables.work + m};
-        const Split b{tables.work + 2 * m, tables.work + 3 * m};
+        const std::size_t apart = m + kFftPadding;
+        const Split a{tables.work, tables.work + apart};
+        const Split b{tables.work + 2 * apart, tables.work + 3 * apart};
         const V half = Ops::broadcast(0.5);
         a.re[0] = (x[0] + x[1]) * 0.5;
         a.im[0] = (x[0] - x[1]) * 0.5;
@@ -346,16 +352,35 @@ struct FftKernels {
     }
 };
 
-/// Sums of products, each in the order of its own terms whatever the width.
+/// Sums of products. The order of the terms is the same whatever the width: sixteen at a time, of
+/// these every fourth from the first, then from the second and so on, and what is left in its
+/// order. Terms that lie a register apart share what is loaded, which otherwise would be the
+/// bottleneck.
 template <int L>
 struct SumKernels {
     using Ops = Lanes<L>;
     using V = typename Ops::V;
-    static constexpr std::size_t kMaxRegisters = 12;
+    static constexpr int kMaxRegisters = 8;  // of sums; with four factors they fill the sixteen
+    static constexpr int kApart = 4;         // terms that are taken together
+    static constexpr std::size_t kTerms = 4 * kApart;
+    static constexpr int kShift = kApart / L;  // the same in registers
 
     static std::size_t smaller(std::size_t a, std::size_t b) { return a < b ? a : b; }
     /// a - b, or 0 where that is below.
     static std::size_t beyond(std::size_t a, std::size_t b) { return a > b ? a - b : 0; }
+
+    template <int N>
+    struct Count {
+        static constexpr int value = N;
+    };
+    /// Calls work(Count<n>{}) for n in 1 ... Max.
+    template <int Max, class Work>
+    [[gnu::always_inline]] static void dispatch(std::size_t n, const Work& work) {
+        if constexpr (Max > 1) {
+            if (n < Max) return dispatch<Max - 1>(n, work);
+        }
+        work(Count<Max>{});
+    }
 
     /// R registers of lags from k0 on; all that a register holds, but only `wanted` lags are
     /// stored.
@@ -363,23 +388,37 @@ struct SumKernels {
     static void correlate_block(const double* a, std::size_t a_length, const double* b,
                                 std::size_t b_length, std::size_t k0, double* out,
                                 std::size_t wanted) {
-        V sum[R]{};
-        // Up to here every lag of a register finds its partner within b.
+        // Up to here every lag up to the last one finds its partner within b.
         const auto common = [=](std::size_t last_lag) {
             return smaller(a_length, beyond(b_length, last_lag));
         };
         const std::size_t all = common(k0 + R * L - 1);
-        const double* const shifted = b + k0;
-        for (std::size_t i = 0; i < all; ++i) {
+        V sum[R]{};
+        std::size_t i = 0;
+        for (; i + kTerms <= all; i += kTerms) {
+            for (int s = 0; s < kApart; ++s) {
+                const V x[4] = {Ops::broadcast(a[i + s]), Ops::broadcast(a[i + s + kApart]),
+                                Ops::broadcast(a[i + s + 2 * kApart]),
+                                Ops::broadcast(a[i + s + 3 * kApart])};
+                const double* const from = b + k0 + i + s;
+                for (int v = 0; v < R + 3 * kShift; ++v) {
+                    const V y = Ops::load(from + v * L);
+                    for (int u = 0; u < 4; ++u) {
+                        const int r = v - u * kShift;
+                        if (r >= 0 && r < R) sum[r] += x[u] * y;
+                    }
+                }
+            }
+        }
+        for (; i < all; ++i) {
             const V x = Ops::broadcast(a[i]);
-            for (int r = 0; r < R; ++r) sum[r] += x * Ops::load(shifted + i + r * L);
+            for (int r = 0; r < R; ++r) sum[r] += x * Ops::load(b + k0 + i + r * L);
         }
         for (int r = 0; r < R; ++r) {
-            const std::size_t first = k0 + static_cast<std::size_t>(r) * L;
+            const std::size_t first = k0 + static_cast<std::size_t>(r * L);
             const std::size_t whole = common(first + L - 1);
-            std::size_t i = all;
             V total = sum[r];
-            for (; i < whole; ++i) total += Ops::broadcast(a[i]) * Ops::load(b + first + i);
+            for (i = all; i < whole; ++i) total += Ops::broadcast(a[i]) * Ops::load(b + first + i);
             for (std::size_t lane = 0; lane < L && first + lane < k0 + wanted; ++lane) {
                 double lag = total[lane];
                 for (std::size_t j = i; j < common(first + lane); ++j) {
@@ -387,43 +426,6 @@ struct SumKernels {
                 }
                 out[first + lane] = lag;
             }
-        }
-    }
-
-    /// R registers of outputs from i0 on, all of them wanted.
-    template <int R>
-    static void convolve_block(const double* a, std::size_t a_length, const double* b,
-                               std::size_t b_length, std::size_t i0, double* out) {
-        constexpr std::size_t kWidth = R * L;
-        // Terms j of output i: those with a sample at i - j. Every output of the block has those of
-        // [low, high); an output's own others come before and behind.
-        const auto first_term = [=](std::size_t i) { return beyond(i + 1, a_length); };
-        const auto end_term = [=](std::size_t i) { return smaller(b_length, i + 1); };
-        const std::size_t low = first_term(i0 + kWidth - 1);
-        const std::size_t high = end_term(i0);
-        double* const y = out + i0;
-        for (std::size_t i = i0; i < i0 + kWidth; ++i) {
-            double before = 0;
-            for (std::size_t j = first_term(i); j < smaller(low, end_term(i)); ++j) {
-                before += b[j] * a[i - j];
-            }
-            out[i] = before;
-        }
-        if (low < high) {
-            V sum[R];
-            for (int r = 0; r < R; ++r) sum[r] = Ops::load(y + r * L);
-            for (std::size_t j = low; j < high; ++j) {
-                const V x = Ops::broadcast(b[j]);
-                const double* const shifted = a + (i0 - j);
-                for (int r = 0; r < R; ++r) sum[r] += x * Ops::load(shifted + r * L);
-            }
-            for (int r = 0; r < R; ++r) Ops::store(y + r * L, sum[r]);
-        }
-        const std::size_t behind = low < high ? high : low;
-        for (std::size_t i = i0; i < i0 + kWidth; ++i) {
-            double rest = out[i];
-            for (std::size_t j = behind; j < end_term(i); ++j) rest += b[j] * a[i - j];
-            out[i] = rest;
         }
     }
 
@@ -443,18 +445,72 @@ struct SumKernels {
         }
     }
 
+    /// R registers of outputs from i0 on.
+    template <int R>
+    static void convolve_block(const double* a, std::size_t a_length, const double* b,
+                               std::size_t b_length, std::size_t i0, double* out) {
+        constexpr std::size_t kWidth = R * L;
+        // Terms j of output i: those with a sample at i - j. Every output of the block has those of
+        // [low, high); an output's own others come before and behind.
+        const auto first_term = [=](std::size_t i) { return beyond(i + 1, a_length); };
+        const auto end_term = [=](std::size_t i) { return smaller(b_length, i + 1); };
+        const std::size_t low = first_term(i0 + kWidth - 1);
+        const std::size_t high = end_term(i0) > low ? end_term(i0) : low;
+        V sum[R]{};
+        if (low > 0) {
+            for (std::size_t i = i0; i < i0 + kWidth; ++i) {
+                double before = 0;
+                for (std::size_t j = first_term(i); j < smaller(low, end_term(i)); ++j) {
+                    before += b[j] * a[i - j];
+                }
+                out[i] = before;
+            }
+            for (int r = 0; r < R; ++r) sum[r] = Ops::load(out + i0 + r * L);
+        }
+        std::size_t j = low;
+        for (; j + kTerms <= high; j += kTerms) {
+            for (int s = 0; s < kApart; ++s) {
+                const V x[4] = {Ops::broadcast(b[j + s]), Ops::broadcast(b[j + s + kApart]),
+                                Ops::broadcast(b[j + s + 2 * kApart]),
+                                Ops::broadcast(b[j + s + 3 * kApart])};
+                const double* const from = a + (i0 - j - s) - 3 * kApart;
+                for (int v = R + 3 * kShift - 1; v >= 0; --v) {
+                    const V y = Ops::load(from + v * L);
+                    for (int u = 0; u < 4; ++u) {
+                        const int r = v - (3 - u) * kShift;
+                        if (r >= 0 && r < R) sum[r] += x[u] * y;
+                    }
+                }
+            }
+        }
+        for (; j < high; ++j) {
+            const V x = Ops::broadcast(b[j]);
+            for (int r = 0; r < R; ++r) sum[r] += x * Ops::load(a + (i0 - j) + r * L);
+        }
+        for (int r = 0; r < R; ++r) Ops::store(out + i0 + r * L, sum[r]);
+        if (high == b_length) return;
+        for (std::size_t i = i0; i < i0 + kWidth; ++i) {
+            double rest = out[i];
+            for (j = high; j < end_term(i); ++j) rest += b[j] * a[i - j];
+            out[i] = rest;
+        }
+    }
+
     static void convolve(const double* a, std::size_t a_length, const double* b,
                          std::size_t b_length, double* out, std::size_t outputs) {
-        constexpr std::size_t kWide = 8 * L;
         std::size_t i = 0;
-        // Narrow blocks where the operator runs on and off the samples, to have few odd terms.
-        for (; i + L <= outputs && i + 1 < b_length; i += L) {
-            convolve_block<1>(a, a_length, b, b_length, i, out);
+        const auto block = [&](auto count) {
+            convolve_block<count.value>(a, a_length, b, b_length, i, out);
+            i += count.value * L;
+        };
+        // Narrow blocks where the operator runs onto the samples and off them, to have few odd
+        // terms.
+        while (i + 2 * L <= outputs && i + 1 < b_length) block(Count<2>{});
+        while (i + kMaxRegisters * L <= smaller(outputs, a_length)) block(Count<kMaxRegisters>{});
+        if (i + L <= smaller(outputs, a_length)) {
+            dispatch<kMaxRegisters>((smaller(outputs, a_length) - i) / L, block);
         }
-        for (; i + kWide <= smaller(outputs, a_length); i += kWide) {
-            convolve_block<8>(a, a_length, b, b_length, i, out);
-        }
-        for (; i + L <= outputs; i += L) convolve_block<1>(a, a_length, b, b_length, i, out);
+        while (i + 2 * L <= outputs) block(Count<2>{});
         for (; i < outputs; ++i) {
             double sum = 0;
             for (std::size_t j = beyond(i + 1, a_length); j < smaller(b_length, i + 1); ++j) {
@@ -463,60 +519,214 @@ struct SumKernels {
             out[i] = sum;
         }
     }
+};
 
-    template <int N>
-    struct Count {
-        static constexpr int value = N;
-    };
-    /// Calls work(Count<n>{}) for n in 1 ... Max.
-    template <int Max, class Work>
-    [[gnu::always_inline]] static void dispatch(std::size_t n, const Work& work) {
-        if constexpr (Max > 1) {
-            if (n < Max) return dispatch<Max - 1>(n, work);
+template <int L>
+struct SolverKernels {
+    using Ops = Lanes<L>;
+    using V = typename Ops::V;
+    static constexpr std::size_t kTogether = kSolverPadding;  // terms in registers at a time
+
+    /// The sum of a[i] b[i], i < count rounded up: eight partial sums, whatever the width.
+    static double product_sum(const double* a, const double* b, std::size_t count) {
+        V sum[kTogether / L]{};
+        for (std::size_t i = 0; i < count; i += kTogether) {
+            for (std::size_t r = 0; r < kTogether / L; ++r) {
+                sum[r] += Ops::load(a + i + r * L) * Ops::load(b + i + r * L);
+            }
         }
-        work(Count<Max>{});
+        double part[kTogether];
+        for (std::size_t r = 0; r < kTogether / L; ++r) Ops::store(part + r * L, sum[r]);
+        return ((part[0] + part[4]) + (part[2] + part[6])) +
+               ((part[1] + part[5]) + (part[3] + part[7]));
     }
 
     static bool levinson(const double* row, const double* right, double* solution,
                          std::size_t length, double* work) {
-        // Of the order reached: the prediction-error filter, a[0] = 1, and the same backwards,
-        // which begins one place earlier with every order, so that it never has to move.
+        // Of the order reached: the prediction-error filter a, a[0] = 1, and the same backwards, b,
+        // which begins one place earlier with every order, so that it never has to move. All are
+        // followed by zeros, so that the sums may run on to full registers.
+        const std::size_t room = length + kTogether;
+        for (std::size_t i = 0; i < 4 * room; ++i) work[i] = 0;
         double* const a = work;
-        double* b = work + 2 * length - 1;
-        double* const row_backwards = work + 2 * length;
+        double* b = work + room + length - 1;
+        double* const row_backwards = work + 2 * room;
+        double* const f = work + 3 * room;
         for (std::size_t i = 0; i < length; ++i) row_backwards[i] = row[length - 1 - i];
+
         const double least = static_cast<double>(length) * 0x1p-52 * row[0];
         double power = row[0];
         if (!(power > least)) return false;
         a[0] = b[0] = 1;
-        solution[0] = right[0] / power;
+        f[0] = right[0] / power;
         for (std::size_t n = 1; n < length; ++n) {
             // How far the filter of n terms is from predicting, and the solution from the n'th
             // right-hand side.
-            double error = 0;
-            double miss = 0;
             const double* const reaching = row_backwards + (length - 1 - n);
-            for (std::size_t i = 0; i < n; ++i) {
-                error += a[i] * reaching[i];
-                miss += solution[i] * reaching[i];
-            }
+            const double error = product_sum(a, reaching, n);
+            const double miss = product_sum(f, reaching, n);
             const double reflection = -error / power;
             power += reflection * error;
             if (!(power > least)) return false;
-            a[n] = 0;
-            --b;
-            b[0] = 0;
-            for (std::size_t i = 0; i <= n; ++i) {
-                const double forward = a[i];
-                const double backward = b[i];
-                a[i] = forward + reflection * backward;
-                b[i] = backward + reflection * forward;
-            }
             const double step = (right[n] - miss) / power;
-            solution[n] = 0;
-            for (std::size_t i = 0; i <= n; ++i) solution[i] += step * b[i];
+            --b;
+            const V turn = Ops::broadcast(reflection);
+            const V stride = Ops::broadcast(step);
+            for (std::size_t i = 0; i <= n; i += L) {
+                const V forward = Ops::load(a + i);
+                const V before = Ops::load(b + i);
+                const V backward = before + turn * forward;
+                Ops::store(a + i, forward + turn * before);
+                Ops::store(b + i, backward);
+                Ops::store(f + i, Ops::load(f + i) + stride * backward);
+            }
         }
+        for (std::size_t i = 0; i < length; ++i) solution[i] = f[i];
         return true;
+    }
+};
+
+/// Elementary functions without branches or tables: the argument reduced to a small interval, there
+/// a series cut where its terms no longer count.
+template <int L>
+struct FunctionKernels {
+    using Ops = Lanes<L>;
+    using V = typename Ops::V;
+    using Bits = typename Register<L>::Bits;
+
+    // Added to a number below 2^51, it rounds it to a whole one, which then stands in the lowest
+    // bits.
+    static constexpr double kRounder = 0x1.8p52;
+
+    [[gnu::always_inline]] static V all(double x) { return Ops::broadcast(x); }
+    [[gnu::always_inline]] static Bits bits(V v) { return reinterpret_cast<Bits>(v); }
+    [[gnu::always_inline]] static V number(Bits b) { return reinterpret_cast<V>(b); }
+
+    /// The polynomial with these coefficients, the highest power's first: four interleaved ones in
+    /// x^4, whose chains of operations are short and run side by side.
+    template <std::size_t N>
+    [[gnu::always_inline]] static V polynomial(V x, const double (&coefficients)[N]) {
+        const V square = x * x;
+        const V fourth = square * square;
+        V part[4];
+        for (std::size_t p = 0; p < 4; ++p) {  // powers p, p + 4, ..., N - 1 at most
+            std::size_t power = (N - 1 - p) / 4 * 4 + p;
+            part[p] = all(coefficients[N - 1 - power]);
+            while (power >= 4) {
+                power -= 4;
+                part[p] = part[p] * fourth + all(coefficients[N - 1 - power]);
+            }
+        }
+        return (part[0] + x * part[1]) + square * (part[2] + x * part[3]);
+    }
+
+    /// 2^k for a whole k within the exponents of normal numbers.
+    [[gnu::always_inline]] static V power_of_two(V k) {
+        return number((bits(k + all(kRounder)) << 52) + bits(all(1.0)));
+    }
+
+    [[gnu::always_inline]] static V exponential(V x) {
+        static constexpr double kTaylor[] = {1 / 6227020800.0, 1 / 479001600.0, 1 / 39916800.0,
+                                             1 / 3628800.0,    1 / 362880.0,    1 / 40320.0,
+                                             1 / 5040.0,       1 / 720.0,       1 / 120.0,
+                                             1 / 24.0,         1 / 6.0,         1 / 2.0};
+        x = x > all(710.0) ? all(710.0) : x;
+        x = x < all(-746.0) ? all(-746.0) : x;
+        const V k = x * all(1.44269504088896340736) + all(kRounder) - all(kRounder);
+        const V r = x - k * all(0x1.62e42feep-1) - k * all(0x1.a39ef35793c76p-33);
+        // In two steps, for results beyond the normal numbers.
+        const V half = k * all(0.5) + all(kRounder) - all(kRounder);
+        const V power = all(1.0) + (r + r * r * polynomial(r, kTaylor));
+        return power * power_of_two(half) * power_of_two(k - half);
+    }
+
+    [[gnu::always_inline]] static V logarithm(V x) {
+        static constexpr double kSeries[] = {2 / 23.0, 2 / 21.0, 2 / 19.0, 2 / 17.0,
+                                             2 / 15.0, 2 / 13.0, 2 / 11.0, 2 / 9.0,
+                                             2 / 7.0,  2 / 5.0,  2 / 3.0};
+        constexpr double kSmallest = 0x1p-1022;
+        constexpr double kInfinity = __builtin_inf();
+        const auto tiny = x < all(kSmallest);
+        const V y = tiny ? x * all(0x1p54) : x;
+        // y = m 2^k with m from about the root of 1/2 to the root of 2.
+        constexpr unsigned long long kRootOfHalf = 0x3fe6a09e00000000;
+        const Bits shifted = bits(y) + (0x3ff0000000000000 - kRootOfHalf);
+        const V m = number((shifted & 0x000fffffffffffff) + kRootOfHalf);
+        V k = number((shifted >> 52) | 0x4330000000000000) - all(0x1p52 + 1023);
+        k = tiny ? k - all(54.0) : k;
+        const V f = m - all(1.0);
+        const V s = f / (all(2.0) + f);
+        const V z = s * s;
+        const V square = all(0.5) * f * f;
+        const V rest = z * polynomial(z, kSeries);
+        V result = k * all(0x1.62e42feep-1) -
+                   ((square - (s * (square + rest) + k * all(0x1.a39ef35793c76p-33))) - f);
+        result = x == all(kInfinity) ? x : result;
+        result = x == all(0.0) ? all(-kInfinity) : result;
+        return x >= all(0.0) ? result : all(__builtin_nan(""));
+    }
+
+    struct SineCosine {
+        V sine, cosine;
+    };
+    [[gnu::always_inline]] static SineCosine sine_and_cosine(V x) {
+        static constexpr double kSine[] = {
+            1 / 355687428096000.0, -1 / 1307674368000.0, 1 / 6227020800.0, -1 / 39916800.0,
+            1 / 362880.0,          -1 / 5040.0,          1 / 120.0,        -1 / 6.0};
+        static constexpr double kCosine[] = {
+            -1 / 6402373705728000.0, 1 / 20922789888000.0, -1 / 87178291200.0, 1 / 479001600.0,
+            -1 / 3628800.0,          1 / 40320.0,          -1 / 720.0,         1 / 24.0};
+        const V shifted = x * all(0.63661977236758134308) + all(kRounder);
+        const V quarters = shifted - all(kRounder);
+        // A quarter turn in three parts, the first two short enough for exact products; what the
+        // remainder r loses by rounding is kept as its error e.
+        const V most = x - quarters * all(0x1.921fb544p0);
+        const V second_part = quarters * all(0x1.0b4611a6p-34);
+        const V near = most - second_part;
+        const V low = ((most - near) - second_part) - quarters * all(0x1.3198a2e037073p-69);
+        const V r = near + low;
+        const V e = (near - r) + low;
+        const V z = r * r;
+        const V half = all(0.5) * z;
+        const V sine = r + (r * z * polynomial(z, kSine) + e * (all(1.0) - half));
+        const V cosine = all(1.0) - (half - (z * z * polynomial(z, kCosine) - r * e));
+        const Bits quarter = bits(shifted);
+        const Bits swapped = Bits{} - (quarter & 1);
+        const V first = number((bits(sine) & ~swapped) | (bits(cosine) & swapped));
+        const V second = number((bits(cosine) & ~swapped) | (bits(sine) & swapped));
+        return {number(bits(first) ^ ((quarter & 2) << 62)),
+                number(bits(second) ^ (((quarter + 1) & 2) << 62))};
+    }
+
+    /// The function of L values at a time, the last ones filled up with ones.
+    template <class Function>
+    [[gnu::always_inline]] static void each(const double* x, std::size_t count, Function apply) {
+        std::size_t i = 0;
+        for (; i + L <= count; i += L) apply(Ops::load(x + i), i, L);
+        if (i < count) {
+            V last = all(1.0);
+            for (std::size_t lane = 0; i + lane < count; ++lane) last[lane] = x[i + lane];
+            apply(last, i, count - i);
+        }
+    }
+    [[gnu::always_inline]] static void put(double* to, V v, std::size_t count) {
+        if (count == L) return Ops::store(to, v);
+        for (std::size_t lane = 0; lane < count; ++lane) to[lane] = v[lane];
+    }
+
+    static void logarithms(const double* x, double* out, std::size_t count) {
+        each(x, count, [=](V v, std::size_t i, std::size_t n) { put(out + i, logarithm(v), n); });
+    }
+    static void exponentials(const double* x, double* out, std::size_t count) {
+        each(x, count, [=](V v, std::size_t i, std::size_t n) { put(out + i, exponential(v), n); });
+    }
+    static void sines_and_cosines(const double* x, double* sines, double* cosines,
+                                  std::size_t count) {
+        each(x, count, [=](V v, std::size_t i, std::size_t n) {
+            const SineCosine both = sine_and_cosine(v);
+            put(sines + i, both.sine, n);
+            put(cosines + i, both.cosine, n);
+        });
     }
 };
 
@@ -528,7 +738,10 @@ constexpr Kernels kernel_table(const char* name) {
             .fft_inverse = FftKernels<L>::inverse,
             .convolve = SumKernels<L>::convolve,
             .correlate = SumKernels<L>::correlate,
-            .levinson = SumKernels<L>::levinson};
+            .levinson = SolverKernels<L>::levinson,
+            .logarithms = FunctionKernels<L>::logarithms,
+            .exponentials = FunctionKernels<L>::exponentials,
+            .sines_and_cosines = FunctionKernels<L>::sines_and_cosines};
 }
 
 }  // namespace halvern::numerics

@@ -70,7 +70,7 @@ void RealFft::make_tables() {
     const auto points = static_cast<std::size_t>(length_ / 2);
     const auto lanes = static_cast<std::size_t>(kernels_->lanes);
     tables_ = {.points = points};
-    work_.resize(4 * points);
+    work_.resize(4 * (points + kFftPadding));
     tables_.work = work_.data();
 
     // Eights as long as they fit, and one or two fours for what is left.

@@ -4,6 +4,8 @@
 
 namespace halvern::numerics {
 
+static_assert(toeplitz_work(1) == 4 * (1 + kSolverPadding));
+
 bool solve_toeplitz(std::span<const double> row, std::span<const double> right,
                     std::span<double> solution, std::span<double> work) {
     const std::size_t length = solution.size();

@@ -6,7 +6,7 @@
 namespace halvern::numerics {
 
 /// Doubles of work space that solve_toeplitz needs for a system of this size.
-constexpr std::size_t toeplitz_work(std::size_t size) { return 3 * size; }
+constexpr std::size_t toeplitz_work(std::size_t size) { return 4 * (size + 8); }
 
 /// Solves the symmetric Toeplitz system of L equations
 ///     sum over j of row[|i - j|] solution[j] = right[i],   i = 0 ... L - 1,

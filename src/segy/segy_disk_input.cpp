@@ -166,8 +166,8 @@ void SegyDiskInput::FastForward() {
         Warning("The ranges also name traces before #%.0f; the fast-forward skips them.\n", start);
     }
     // Numbers count from 1, positions from 0; a number beyond an end means that end.
-    SetInputPosition(start > 1 ? static_cast<int>(std::min(start - 1, static_cast<double>(SourceTraceCount())))
-                               : 0);
+    const double last = SourceTraceCount();
+    SetInputPosition(start > 1 ? static_cast<int>(std::min(start - 1, last)) : 0);
 }
 
 ReadResult SegyDiskInput::ReadNext() {

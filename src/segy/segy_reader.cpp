@@ -34,7 +34,11 @@ SegyOpening SegyReader::open(const std::string& path, std::unique_ptr<SegySource
                              const SegyReaderOptions& options) {
     source_ = std::move(source);
     valid_ = false;
-    if (!source_ || !read_headers(path, options.speaker)) return SegyOpening::kNotValid;
+    if (!source_) {
+        ItemError(options.speaker, "'%s' is not a file that can be read.\n", path.c_str());
+        return SegyOpening::kNotValid;
+    }
+    if (!read_headers(path, options.speaker)) return SegyOpening::kNotValid;
     definition_.attach(image_.data());
     if (definition_.load(options.header_path) != 0) return SegyOpening::kNoDefinition;
 

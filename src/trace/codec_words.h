@@ -19,17 +19,21 @@ namespace halvern {
 /// into a float normalises it exactly, for a float has as many digits as the fraction has bits.
 [[gnu::always_inline]] inline std::uint32_t ieee_from_ibm(std::uint32_t ibm) {
     const std::uint32_t sign = ibm & 0x80000000;
-    // The leading bit alone leaves the digits zero and the exponent as a zero fraction has it.
     std::uint32_t fraction = ibm & 0x00FFFFFF;
-    fraction = fraction == 0 ? 0x00800000 : fraction;
+    // Zero becomes the leading bit alone: digits zero, and the exponent as a zero fraction has it.
+    fraction |= (fraction - 1) >> 8 & 0x00800000;
     const auto digits =
         std::bit_cast<std::uint32_t>(static_cast<float>(static_cast<std::int32_t>(fraction)));
     // IEEE: 127 + power of 2. IBM: fraction / 2^24 x 2^(4 x (power - 64)); -280 = -24 - 256.
     const auto exponent = static_cast<std::int32_t>(digits >> 23) +
                           static_cast<std::int32_t>(ibm >> 22 & 0x1FC) - 280;
-    std::uint32_t ieee = sign | static_cast<std::uint32_t>(exponent) << 23 | (digits & 0x007FFFFF);
-    ieee = exponent > 254 ? sign | 0x7F7FFFFF : ieee;
-    return exponent < 1 ? 0 : ieee;
+    // Clamps as masks made of sign bits: a branch would keep the loops around it from being
+    // vectorised, and the compiler would make one of a comparison.
+    const auto above = static_cast<std::uint32_t>((254 - exponent) >> 31);
+    const auto normal = static_cast<std::uint32_t>(-exponent >> 31);
+    const std::uint32_t magnitude =
+        static_cast<std::uint32_t>(exponent) << 23 | (digits & 0x007FFFFF);
+    return (sign | (magnitude & ~above) | (0x7F7FFFFF & above)) & normal;
 }
 
 /// The bits of one IEEE float as an IBM word.

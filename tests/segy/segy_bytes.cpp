@@ -1,7 +1,5 @@
 #include "segy/segy_bytes.h"
 
-#include <cstdio>
-
 namespace halvern::testing_support {
 
 std::uint32_t big_endian(const std::string& bytes, std::size_t offset, int width) {
@@ -42,30 +40,6 @@ std::string record_bytes(const std::vector<TraceField>& header, int width,
         offset += static_cast<std::size_t>(width);
     }
     return bytes;
-}
-
-std::string description_bytes(const std::vector<Word>& words) {
-    std::string text;
-    for (const Word& word : words) {
-        char line[100];
-        std::snprintf(line, sizeof line, "%-50s %-8s %3d %1d\n", "A word", word.name, word.location,
-                      word.type);
-        text += line;
-    }
-    return text;
-}
-
-std::string standard_description() {
-    return description_bytes({{"TRNUML", 0, 1},
-                              {"TRNUMR", 4, 1},
-                              {"FFID", 8, 1},
-                              {"CHAN", 12, 1},
-                              {"TRACEID", 28, 0},
-                              {"NUMSAMPS", 114, 0},
-                              {"SAMPRATE", 116, 0},
-                              {"WEIGHT", 168, 0},
-                              {"TOTSAMP", 200, 1},
-                              {"STSAMP", 204, 1}});
 }
 
 }  // namespace halvern::testing_support

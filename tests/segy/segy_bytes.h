@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace halvern::testing_support {
@@ -31,15 +30,5 @@ struct TraceField {
 /// A trace record: the header fields, then `words` of `width` bytes each.
 std::string record_bytes(const std::vector<TraceField>& header, int width,
                          const std::vector<std::uint32_t>& words);
-
-/// A description file of these words (name, location, type), one a line in its fixed columns.
-struct Word {
-    const char* name;
-    int location;
-    int type;  // 0 = I2, 1 = I4
-};
-std::string description_bytes(const std::vector<Word>& words);
-/// The words that the SEG-Y rooms look at, where the standard has them or leaves room.
-std::string standard_description();
 
 }  // namespace halvern::testing_support
