@@ -824,24 +824,25 @@ struct FunctionKernels {
     }
 
     [[gnu::always_inline]] static V exponential(V x) {
-        static constexpr double kTaylor[] = {1 / 6227020800.0, 1 / 479001600.0, 1 / 39916800.0,
-                                             1 / 3628800.0,    1 / 362880.0,    1 / 40320.0,
-                                             1 / 5040.0,       1 / 720.0,       1 / 120.0,
-                                             1 / 24.0,         1 / 6.0,         1 / 2.0};
+        static constexpr double kExponential[] = {0x1.af38be34c9e9cp-26, 0x1.2891960d969fep-22,
+                                                  0x1.71de0da5c30dbp-19, 0x1.a019b8ff24c9bp-16,
+                                                  0x1.a01a01a7c6560p-13, 0x1.6c16c1788f756p-10,
+                                                  0x1.11111111109b0p-7,  0x1.5555555553d5ap-5,
+                                                  0x1.5555555555556p-3,  0x1.0000000000001p-1};
         x = x > all(710.0) ? all(710.0) : x;
         x = x < all(-746.0) ? all(-746.0) : x;
         const V k = x * all(1.44269504088896340736) + all(kRounder) - all(kRounder);
         const V r = x - k * all(0x1.62e42feep-1) - k * all(0x1.a39ef35793c76p-33);
         // In two steps, for results beyond the normal numbers.
         const V half = k * all(0.5) + all(kRounder) - all(kRounder);
-        const V power = all(1.0) + (r + r * r * polynomial(r, kTaylor));
+        const V power = all(1.0) + (r + r * r * polynomial(r, kExponential));
         return power * power_of_two(half) * power_of_two(k - half);
     }
 
     [[gnu::always_inline]] static V logarithm(V x) {
-        static constexpr double kSeries[] = {2 / 23.0, 2 / 21.0, 2 / 19.0, 2 / 17.0,
-                                             2 / 15.0, 2 / 13.0, 2 / 11.0, 2 / 9.0,
-                                             2 / 7.0,  2 / 5.0,  2 / 3.0};
+        static constexpr double kLogarithm[] = {
+            0x1.2b5a8aca255fdp-3, 0x1.39fe31c77715cp-3, 0x1.7462b61242bb4p-3, 0x1.c71c62e0922bcp-3,
+            0x1.2492492df5266p-2, 0x1.99999999952bfp-2, 0x1.5555555555558p-1};
         constexpr double kSmallest = 0x1p-1022;
         constexpr double kInfinity = __builtin_inf();
         const auto tiny = x < all(kSmallest);
@@ -856,7 +857,7 @@ struct FunctionKernels {
         const V s = f / (all(2.0) + f);
         const V z = s * s;
         const V square = all(0.5) * f * f;
-        const V rest = z * polynomial(z, kSeries);
+        const V rest = z * polynomial(z, kLogarithm);
         V result = k * all(0x1.62e42feep-1) -
                    ((square - (s * (square + rest) + k * all(0x1.a39ef35793c76p-33))) - f);
         result = x == all(kInfinity) ? x : result;
@@ -868,12 +869,12 @@ struct FunctionKernels {
         V sine, cosine;
     };
     [[gnu::always_inline]] static SineCosine sine_and_cosine(V x) {
-        static constexpr double kSine[] = {
-            1 / 355687428096000.0, -1 / 1307674368000.0, 1 / 6227020800.0, -1 / 39916800.0,
-            1 / 362880.0,          -1 / 5040.0,          1 / 120.0,        -1 / 6.0};
-        static constexpr double kCosine[] = {
-            -1 / 6402373705728000.0, 1 / 20922789888000.0, -1 / 87178291200.0, 1 / 479001600.0,
-            -1 / 3628800.0,          1 / 40320.0,          -1 / 720.0,         1 / 24.0};
+        static constexpr double kSine[] = {0x1.5e0b14d26f956p-33, -0x1.ae600af46a9edp-26,
+                                           0x1.71de37967c583p-19, -0x1.a01a019e83a05p-13,
+                                           0x1.1111111110bb2p-7,  -0x1.5555555555555p-3};
+        static constexpr double kCosine[] = {-0x1.907d9e40228acp-37, 0x1.1eeb68e213e94p-29,
+                                             -0x1.27e4fa17d32c5p-22, 0x1.a01a019f4eaacp-16,
+                                             -0x1.6c16c16c16967p-10, 0x1.5555555555555p-5};
         const V shifted = x * all(0.63661977236758134308) + all(kRounder);
         const V quarters = shifted - all(kRounder);
         // A quarter turn in three parts, the first two short enough for exact products; what the

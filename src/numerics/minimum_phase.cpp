@@ -42,8 +42,12 @@ MinimumPhaseInverse::MinimumPhaseInverse(RealFft whole, RealFft half)
 void MinimumPhaseInverse::transform_symmetric(AlignedDoubles& f) {
     const std::size_t h = f.size() - 1;
     double* const x = values_.data();
-    double odd_sum = 0;
-    for (std::size_t j = 1; j < h; j += 2) odd_sum += f[j];
+    double odd_sum = 0, other_sum = 0;  // of every other odd sample, to wait less for additions
+    for (std::size_t j = 1; j + 2 < h; j += 4) {
+        odd_sum += f[j];
+        other_sum += f[j + 2];
+    }
+    odd_sum += h == 2 ? f[1] : other_sum;
     x[0] = f[0];
     for (std::size_t j = 1; j < h / 2; ++j) {
         const double difference = f[2 * j + 1] - f[2 * j - 1];
@@ -92,6 +96,7 @@ bool MinimumPhaseInverse::design(std::span<const double> lags, std::span<double>
     double* const x = values_.data();
     double* const bin = logarithms_.data();
     double* const phase = phases_.data();
+    const double scale = 1 / static_cast<double>(h);  // a power of two, hence exact
 
     std::ranges::fill(std::ranges::copy(lags, x).out, x + n, 0.0);
     for (std::size_t i = 2; i < lags.size(); ++i) x[n - i + 1] = lags[i];
@@ -105,7 +110,7 @@ bool MinimumPhaseInverse::design(std::span<const double> lags, std::span<double>
     for (std::size_t k = 0; k <= h; ++k) {
         const double half = bin[k] * 0.5;
         bin[k] = half < kLeastLogarithm ? kLeastLogarithm : half;
-        phase[k] = bin[k] / static_cast<double>(n);
+        phase[k] = bin[k] * (0.5 * scale);
     }
 
     // The cepstrum, and of its doubled positive times the imaginary part of the spectrum: that of
@@ -125,13 +130,17 @@ bool MinimumPhaseInverse::design(std::span<const double> lags, std::span<double>
     const double* const cosine = phases_.data();
     x[0] = bin[0] * even;
     x[1] = bin[h] * even;
-    for (std::size_t k = 1; k < h; ++k) {
-        const double amplitude = bin[k] * (k % 2 == 0 ? even : odd);
+    const auto put = [=](std::size_t k, double rest) {
+        const double amplitude = bin[k] * rest;
         x[2 * k] = cosine[k] * amplitude;
         x[2 * k + 1] = -(sine[k] * amplitude);
+    };
+    put(1, odd);
+    for (std::size_t k = 2; k < h; k += 2) {
+        put(k, even);
+        put(k + 1, odd);
     }
     whole_.transform(values_, -1);
-    const double scale = 1 / static_cast<double>(h);
     for (std::size_t i = 0; i < filter.size(); ++i) filter[i] = x[i] * scale;
     return true;
 }
