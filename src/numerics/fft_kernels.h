@@ -95,11 +95,13 @@ struct FftKernels {
         }
     }
 
-    /// `enter` backwards: the inverse transform's last stage.
-    static void leave(const FftStage& stage, Split from, double* x) {
+    /// `enter` backwards: the inverse transform's last stage, at least as far as the first `wanted`
+    /// complex values.
+    static void leave(const FftStage& stage, Split from, double* x, std::size_t wanted) {
         const std::size_t m = stage.groups;
+        const std::size_t end = wanted < m ? wanted : m;
         const double* w = stage.twiddles;
-        for (std::size_t p = 0; p < m; p += L, w += 14 * L) {
+        for (std::size_t p = 0; p < end; p += L, w += 14 * L) {
             V re[8], im[8];
             Ops::load_transposed(from.re + 8 * p, re);
             Ops::load_transposed(from.im + 8 * p, im);
@@ -323,7 +325,7 @@ struct FftKernels {
 
     /// The forward transform's stages in the reverse order, each backwards. With the real and the
     /// imaginary parts in each other's place the same twiddles and butterflies serve.
-    static void inverse(const FftTables& tables, double* x) {
+    static void inverse(const FftTables& tables, double* x, std::size_t wanted) {
         Buffers buffers(tables);
         const FftStage& last = tables.stage[tables.stages - 1];
         unite_first<4>(tables, last, x, buffers.now);
@@ -332,7 +334,7 @@ struct FftKernels {
             (stage.radix == 8 ? middle_backwards<8> : middle_backwards<4>)(stage, buffers.now,
                                                                            buffers.next);
         }
-        leave(tables.stage[0], buffers.now, x);
+        leave(tables.stage[0], buffers.now, x, wanted);
     }
 };
 

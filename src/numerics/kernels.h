@@ -36,7 +36,8 @@ struct Kernels {
     const char* name;
     int lanes;  ///< doubles in a register
     void (*fft_forward)(const FftTables& tables, double* values);
-    void (*fft_inverse)(const FftTables& tables, double* values);
+    /// At least the first `wanted` of the complex values that stand for pairs of real ones.
+    void (*fft_inverse)(const FftTables& tables, double* values, std::size_t wanted);
     /// out[i] = sum over j of longer[i - j] shorter[j] for i = 0 ... outputs - 1.
     void (*convolve)(const double* longer, std::size_t longer_length, const double* shorter,
                      std::size_t shorter_length, double* out, std::size_t outputs);

@@ -104,7 +104,7 @@ bool MinimumPhaseInverse::design(std::span<const double> lags, std::span<double>
         }
     }
     x[1] = x[n];
-    whole_.transform({x, n}, -1);
+    whole_.inverse_start({x, n}, filter.size());
     for (std::size_t i = 0; i < filter.size(); ++i) filter[i] = x[i] * scale;
     return true;
 }

@@ -124,10 +124,17 @@ void RealFft::make_tables() {
 }
 
 bool RealFft::transform(std::span<double> values, int sign) {
+    if (sign == -1) return inverse_start(values, values.size());
     if (!kernels_) return transform_plain(values, sign);
-    if (static_cast<std::int64_t>(values.size()) != length_ || (sign != 1 && sign != -1))
-        return false;
-    (sign == 1 ? kernels_->fft_forward : kernels_->fft_inverse)(tables_, values.data());
+    if (static_cast<std::int64_t>(values.size()) != length_ || sign != 1) return false;
+    kernels_->fft_forward(tables_, values.data());
+    return true;
+}
+
+bool RealFft::inverse_start(std::span<double> values, std::size_t count) {
+    if (!kernels_) return transform_plain(values, -1);
+    if (static_cast<std::int64_t>(values.size()) != length_) return false;
+    kernels_->fft_inverse(tables_, values.data(), count / 2 + count % 2);
     return true;
 }
 
