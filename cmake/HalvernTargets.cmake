@@ -12,6 +12,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   target_compile_options(halvern_options INTERFACE -Wno-missing-designated-field-initializers
                          -Wno-unknown-warning-option)
 endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # GCC 12 raises a false alarm inside std::string's operator+.
+  target_compile_options(halvern_options INTERFACE -Wno-restrict)
+endif()
 if(HALVERN_WARNINGS_AS_ERRORS)
   target_compile_options(halvern_options INTERFACE -Werror)
 endif()

@@ -35,9 +35,9 @@ void RequestJobStop();
 bool JobStopRequested();
 
 /// One step of a flow. Traces are pushed: the head reads them, every item works on a trace in place
-/// and sends it on, keeps it back or drops it; no item pulls. Items are created from the sections of
-/// a flow file, linked into a chain that owns them, prepared when the first trace comes, flushed and
-/// ended after the last one. They are neither copied nor moved.
+/// and sends it on, keeps it back or drops it; no item pulls. Items are created from the sections
+/// of a flow file, linked into a chain that owns them, prepared when the first trace comes, flushed
+/// and ended after the last one. They are neither copied nor moved.
 class FlowItem {
 public:
     virtual ~FlowItem();  // 1: says "Completed Flow Item"

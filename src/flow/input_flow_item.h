@@ -55,6 +55,7 @@ protected:
 
 private:
     void ReadLoop();
+    bool PassNextTrace();  // false at the end of the data
 
     int position_ = 0;  // traces read so far
     bool prepared_ = false;

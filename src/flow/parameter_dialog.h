@@ -12,10 +12,10 @@ class FlowItem;
 
 /// The words around an item's parameter window that do not follow from its name.
 struct DialogTexts {
-    std::string title;        ///< "AGC Parameters"
-    std::string help_title;   ///< "SEGY Disk Input Help"; empty: none
-    std::string help_page;    ///< "SEGY Parameters"; empty: none
-    std::string already_up;   ///< "AGC Interface is already up."
+    std::string title;       ///< "AGC Parameters"
+    std::string help_title;  ///< "SEGY Disk Input Help"; empty: none
+    std::string help_page;   ///< "SEGY Parameters"; empty: none
+    std::string already_up;  ///< "AGC Interface is already up."
 };
 
 /// An item's parameter window as data: what to ask, in which order, and the variables behind it.

@@ -45,7 +45,7 @@ public:
 /// Writes printf-formatted text to the log destination. To a log file at most 9,999 bytes a call:
 /// longer text is cut, never overrun. Write errors are ignored.
 HALVERN_PRINTF(1, 2) void LogPrint(const char* format, ...);
-void LogPrintV(const char* format, std::va_list arguments);
+HALVERN_PRINTF(1, 0) void LogPrintV(const char* format, std::va_list arguments);
 
 /// Messages of a flow item. Each writes its prefix ("NAME: ", "*** WARNING in NAME: ",
 /// "*** ERROR in NAME: ") and then the text, as two writes. The text is data: a "%" that came in
@@ -54,8 +54,10 @@ void LogPrintV(const char* format, std::va_list arguments);
 HALVERN_PRINTF(2, 3) void ItemMessage(const char* item, const char* format, ...);
 HALVERN_PRINTF(2, 3) void ItemWarning(const char* item, const char* format, ...);
 HALVERN_PRINTF(2, 3) void ItemError(const char* item, const char* format, ...);
+HALVERN_PRINTF(2, 0)
 void ItemMessageV(const char* item, const char* format, std::va_list arguments);
+HALVERN_PRINTF(2, 0)
 void ItemWarningV(const char* item, const char* format, std::va_list arguments);
-void ItemErrorV(const char* item, const char* format, std::va_list arguments);
+HALVERN_PRINTF(2, 0) void ItemErrorV(const char* item, const char* format, std::va_list arguments);
 
 }  // namespace halvern

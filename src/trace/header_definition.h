@@ -66,6 +66,8 @@ public:
     void set_double(int index, double value);
 
 private:
+    const HeaderWord* word(int index) const;  // null when index is outside 0 … count-1
+
     std::vector<HeaderWord> words_;
     std::vector<std::string> categories_;
     bool loaded_ = false;

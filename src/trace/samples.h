@@ -26,7 +26,8 @@ public:
     std::span<float> floats(const TraceHeaderDefinition& definition);
 
     /// Hands a worked array of nominal count back: the span that floats() gave (the raw record is
-    /// stale from here on) or any other array, which is copied.
+    /// stale from here on) or any other array, which is copied. An array of another length is a new
+    /// trace of that length: it becomes the nominal and stored count.
     void set_floats(std::span<float> worked);
     /// A new array, taken over; its length becomes the nominal and stored count.
     void set_floats(std::vector<float>&& worked);

@@ -19,6 +19,7 @@ LogCapture::LogCapture() : stream_(std::tmpfile()), outer_(innermost) {
 LogCapture::~LogCapture() {
     innermost = outer_;
     if (outer_) {
+        std::fputs(text().c_str(), outer_->stream_);
         LogDestination::UseStream(outer_->stream_);
     } else {
         LogDestination::UseStandardOutput();

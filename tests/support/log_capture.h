@@ -5,7 +5,8 @@
 
 namespace halvern::testing_support {
 
-/// Catches what is logged from its construction to its end; captures nest.
+/// Catches what is logged from its construction to its end; captures nest, and
+/// what an inner one caught belongs to the outer one, too.
 class LogCapture {
 public:
     LogCapture();

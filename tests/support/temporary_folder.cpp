@@ -27,8 +27,8 @@ TemporaryFolder::~TemporaryFolder() {
 std::string TemporaryFolder::write(std::string_view name, std::string_view bytes) const {
     const fs::path path = path_ / name;
     fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary).write(bytes.data(),
-                                                static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     return path.string();
 }
 
@@ -43,7 +43,8 @@ std::string file_bytes(const std::string& path) {
 std::optional<std::string> field_data(std::string_view name) {
     const char* folder = std::getenv("HALVERN_DATA");
     const fs::path path =
-        (folder ? fs::path(folder) : fs::path(HALVERN_SOURCE_DIR).parent_path() / "shared" / "data") /
+        (folder ? fs::path(folder)
+                : fs::path(HALVERN_SOURCE_DIR).parent_path() / "shared" / "data") /
         name;
     if (fs::exists(path)) return path.string();
     std::cout << "field data " << name << " is not here: skipped\n";

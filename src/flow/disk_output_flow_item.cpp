@@ -1,0 +1,213 @@
+#include "flow/disk_output_flow_item.h"
+
+#include <filesystem>
+
+namespace halvern {
+
+namespace {
+
+constexpr int kEnteredTime = 1;
+constexpr int kTraceLength = 0;
+
+int code(SampleFormat format) { return static_cast<int>(format); }
+
+std::string base_name(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
+
+double in_ms(int interval) { return interval / double{kInternalPerMs}; }
+
+}  // namespace
+
+ParameterList DiskOutputFlowItem::DiskParameters(const std::string& standard_file,
+                                                 const char* file_prompt, const char* file_help) {
+    return {
+        {.key = "FILE",
+         .format = "%s",
+         .value = Bound{&file_, standard_file},
+         .field = {.label = "FileName",
+                   .prompt = file_prompt,
+                   .help = file_help,
+                   .kind = FieldKind::kOutputFile}},
+        {.key = "OUTPUTFORMAT",
+         .format = "%d",
+         .value = Bound{&output_format_, code(SampleFormat::kInt16)},
+         .field = {.label = "Format",
+                   .prompt = "Format for output trace data?",
+                   .choices = {{"16-bit Integer", code(SampleFormat::kInt16)},
+                               {"IEEE Floating Point", code(SampleFormat::kIeee)},
+                               {"IBM Floating Point", code(SampleFormat::kIbm)}}}},
+        {.key = "WRITETYPE",
+         .format = "%d",
+         .value = Bound{&write_type_, kOverwrite},
+         .field = {.label = "Type",
+                   .prompt = "Overwrite or Append to file?",
+                   .choices = {{"Overwrite Input", kOverwriteInput,
+                                "You have selected the OVERWRITE INPUT option.  THIS IS EXTREMELY "
+                                "DANGEROUS.  Please ensure that you understand it's use before "
+                                "proceeding."},
+                               {"Overwrite", kOverwrite},
+                               {"Append", kAppend}}}},
+        {.key = "USETIME",
+         .format = "%d",
+         .value = Bound{&use_time_, kTraceLength},
+         .field = {.label = "UseTime",
+                   .prompt = "Use the current trace length or enter a new one?",
+                   .choices = {{"Use Entered Time", kEnteredTime},
+                               {"Use Trace Length", kTraceLength}}}},
+        {.key = "TIME",
+         .format = "%d",
+         .value = Bound{&time_ms_, 1000},
+         .field = {.label = "Time",
+                   .prompt = "Trace length to output (in msec.)?",
+                   .help = "Enter the trace length to be output in milliseconds.  The number here "
+                           "should be >= 0.  If the number entered is greater than the current "
+                           "trace length, the current trace length will be used."}},
+    };
+}
+
+void DiskOutputFlowItem::LogParameters() {
+    if (write_type_ == kOverwriteInput) return Message("Overwriting input file.\n");
+    if (write_type_ == kOverwrite) Message("Overwriting output file %s\n", file_.c_str());
+    if (write_type_ == kAppend) Message("Appending to output file %s\n", file_.c_str());
+    switch (ChosenFormat()) {
+        case SampleFormat::kInt16:
+            Message("Output type = 16-BIT Integer\n");
+            break;
+        case SampleFormat::kIeee:
+            Message("Output type = IEEE Floating Point\n");
+            break;
+        default:
+            Message("Output type = IBM Floating Point\n");
+            break;
+    }
+    if (use_time_ == kEnteredTime) {
+        Message("The traces will be shortened to %d msec.\n", time_ms_);
+    } else {
+        Message("The current trace length will be used.\n");
+    }
+}
+
+SampleFormat DiskOutputFlowItem::ChosenFormat() const {
+    if (output_format_ == code(SampleFormat::kInt16)) return SampleFormat::kInt16;
+    if (output_format_ == code(SampleFormat::kIeee)) return SampleFormat::kIeee;
+    return SampleFormat::kIbm;
+}
+
+bool DiskOutputFlowItem::CheckParameters(const LineHeader& line) const {
+    if (use_time_ == kEnteredTime && time_ms_ < 0) {
+        Error("User requested output time must be >= 0.  It was entered as %d.  Fix and re-run.\n",
+              time_ms_);
+        return false;
+    }
+    if (write_type_ < kAppend || write_type_ > kOverwriteInput) {
+        Error(
+            "The write type must be 0 (Append), 1 (Overwrite) or 2 (Overwrite Input).  "
+            "You have entered '%d'.\n",
+            write_type_);
+        return false;
+    }
+    if (use_time_ == kEnteredTime && line.sample_interval() <= 0) {
+        Error("The line has no sample interval, so that no time can be output.\n");
+        return false;
+    }
+    return true;
+}
+
+int DiskOutputFlowItem::OutputSamples(const LineHeader& line) const {
+    if (use_time_ != kEnteredTime) return line.samples();
+    // Whole milliseconds divide, as the length was entered in them; finer sampling divides exactly.
+    const int interval = line.sample_interval();
+    const std::int64_t whole_ms = interval / kInternalPerMs;
+    const std::int64_t wanted =
+        (whole_ms > 0 ? time_ms_ / whole_ms : std::int64_t{time_ms_} * kInternalPerMs / interval) +
+        1;
+    if (line.samples() < wanted) {
+        Warning(
+            "User requested %dms. of time to be output.  This is longer than the actual trace.\n",
+            time_ms_);
+        Warning("The traces will be output at their current full trace length.\n");
+        return line.samples();
+    }
+    return static_cast<int>(wanted);
+}
+
+bool DiskOutputFlowItem::FindInputPath(const char* item_in_capitals, std::string& path) {
+    const char* name = GetInputName();
+    if (!name) {
+        Error(
+            "There is no input file to overwrite.  "
+            "Change the option in %s to OVERWRITE or APPEND.\n",
+            item_in_capitals);
+        return false;
+    }
+    path = name;
+    return true;
+}
+
+bool DiskOutputFlowItem::CheckPath(const std::string& path) {
+    if (path == "NONE" || base_name(path) == "NONE") {
+        Error("Output file '%s' has not been properly selected\n", path.c_str());
+        return false;
+    }
+    const char* input = GetInputName();
+    std::error_code differs;
+    if (!OverwritesInput() && input && std::filesystem::equivalent(path, input, differs)) {
+        Error(
+            "Output file '%s' is the input file '%s'.  "
+            "Choose another file, or the option OVERWRITE INPUT.\n",
+            path.c_str(), input);
+        return false;
+    }
+    return true;
+}
+
+bool DiskOutputFlowItem::CheckAppends(const std::string& path, int file_interval, int file_samples,
+                                      const LineHeader& line, int samples) const {
+    if (file_interval != line.sample_interval()) {
+        Error("Cannot append to output file '%s'.\n", path.c_str());
+        Error("Sample rates of output file (%3.1f) and new data (%3.1f) differ.\n",
+              in_ms(file_interval), in_ms(line.sample_interval()));
+        return false;
+    }
+    if (file_samples != samples) {
+        Error("Cannot append to output file '%s'.\n", path.c_str());
+        Error("Number of samples of output file (%3d) and new data (%3d) differ.\n", file_samples,
+              samples);
+        return false;
+    }
+    return true;
+}
+
+bool DiskOutputFlowItem::CheckFits(int input_interval, int input_samples, const LineHeader& line,
+                                   int samples) const {
+    if (input_samples == samples && input_interval == line.sample_interval()) return true;
+    Error(
+        "The traces (%d samples of %.3f ms) do not fit the records of the input file "
+        "(%d samples of %.3f ms).  To overwrite it would destroy it.\n",
+        samples, in_ms(line.sample_interval()), input_samples, in_ms(input_interval));
+    return false;
+}
+
+bool DiskOutputFlowItem::CheckRecordWasRead(const RecordEncoder& encoder) {
+    if (!OverwritesInput() || GetInputPosition() > encoder.encoded()) return true;
+    Error("Trace %lld would be written over a record that the input has still to read.\n",
+          static_cast<long long>(encoder.encoded() + 1));
+    TerminateJob(kJobError);
+    return false;
+}
+
+void DiskOutputFlowItem::LogWritten(const RecordEncoder& encoder, const std::string& path) const {
+    if (encoder.encoded() == 0) {
+        Warning("No trace came: nothing was written to '%s'.\n", path.c_str());
+    } else {
+        Message("Wrote %lld traces of %d samples to '%s'.\n",
+                static_cast<long long>(encoder.encoded()), encoder.samples(), path.c_str());
+    }
+    if (encoder.not_finite() > 0) {
+        Warning(
+            "%lld samples were not finite numbers: NaN was written as 0, an infinity as the "
+            "largest value of its sign.\n",
+            static_cast<long long>(encoder.not_finite()));
+    }
+}
+
+}  // namespace halvern

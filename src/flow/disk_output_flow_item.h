@@ -1,0 +1,58 @@
+#pragma once
+
+#include <string>
+
+#include "flow/process_flow_item.h"
+#include "flow/record_encoder.h"
+
+namespace halvern {
+
+/// What every output to a disk file asks and checks, whatever it writes: the file, the sample
+/// format, whether to append or overwrite, and how much of each trace to keep.
+class DiskOutputFlowItem : public OutputFlowItem {
+public:
+    void LogParameters() override;
+    bool OverwritesInput() const { return write_type_ == kOverwriteInput; }
+
+protected:
+    using OutputFlowItem::OutputFlowItem;
+
+    enum WriteType { kAppend = 0, kOverwrite = 1, kOverwriteInput = 2 };
+
+    /// The five parameters, in the order of the flow file and the window.
+    ParameterList DiskParameters(const std::string& standard_file, const char* file_prompt,
+                                 const char* file_help);
+    SampleFormat ChosenFormat() const;
+    const std::string& file() const { return file_; }
+    WriteType write_type() const { return static_cast<WriteType>(write_type_); }
+
+    // The checks of PrepareRun; false after an error line.
+
+    bool CheckParameters(const LineHeader& line) const;
+    /// The path of the input, which is to be overwritten, into `path`.
+    bool FindInputPath(const char* item_in_capitals, std::string& path);
+    bool CheckPath(const std::string& path);
+    /// Whether a file of that interval and sample count takes traces of this line.
+    bool CheckAppends(const std::string& path, int file_interval, int file_samples,
+                      const LineHeader& line, int samples) const;
+    /// Whether overwriting would keep every record of the input where it is.
+    bool CheckFits(int input_interval, int input_samples, const LineHeader& line,
+                   int samples) const;
+    /// Whether the record that the next trace goes over has been read; ends the job when not.
+    bool CheckRecordWasRead(const RecordEncoder& encoder);
+
+    /// Samples to write a trace, warning where the line has fewer than asked for.
+    int OutputSamples(const LineHeader& line) const;
+
+    /// Sums up at the end of the run: traces written to `path`, samples that could not be kept.
+    void LogWritten(const RecordEncoder& encoder, const std::string& path) const;
+
+private:
+    std::string file_;
+    int output_format_{};  // as entered
+    int write_type_{};     // a WriteType
+    int use_time_{};
+    int time_ms_{};
+};
+
+}  // namespace halvern

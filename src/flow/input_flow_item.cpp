@@ -1,0 +1,67 @@
+#include "flow/input_flow_item.h"
+
+namespace halvern {
+
+void InputFlowItem::RunInput() {
+    position_ = 0;
+    OpenSource();
+    LogPrint("Starting Data Read\n");
+    ReadLoop();
+}
+
+void InputFlowItem::ResumeInput() {
+    LogPrint("Resuming Data Read\n");
+    if (!range_requested_) return ReadLoop();
+    range_requested_ = false;
+    for (int index = range_first_; index <= range_last_; ++index) {
+        if (SetInputPosition(index) != 1 || !PassNextTrace()) return;
+    }
+}
+
+int InputFlowItem::SetInputPosition(int index) {
+    if (index < 0 || !Reposition(index)) return 0;
+    position_ = index;
+    return 1;
+}
+
+int InputFlowItem::SetInputRange(int a, int b) {
+    range_first_ = a;
+    range_last_ = b;
+    range_requested_ = true;
+    return 1;
+}
+
+int InputFlowItem::ReplayInput(std::span<const std::int32_t> positions) {
+    for (const std::int32_t position : positions) {
+        if (SetInputPosition(position) != 1 || !PassNextTrace()) return 0;
+    }
+    return 1;
+}
+
+bool InputFlowItem::PassNextTrace() {
+    const ReadResult result = ReadNext();
+    if (result == ReadResult::kEnd) return false;
+    ++position_;
+    if (result == ReadResult::kTrace) {
+        if (!prepared_) {
+            prepared_ = true;
+            PrepareChain(SourceLine(), SourceHeader(), SourceSamples(), SourceTraceCount());
+        }
+        SendTrace(SourceLine(), SourceHeader(), SourceSamples());
+    }
+    if (JobStopRequested()) {
+        LogPrint("The job was asked to stop.\n");
+        TerminateJob(kJobError);
+    }
+    return true;
+}
+
+void InputFlowItem::ReadLoop() {
+    while (PassNextTrace()) {
+        if (ReadPauseFlag == 1) return;
+    }
+    SourceEnded();
+    if (FlushChain() == 1) EndChain();
+}
+
+}  // namespace halvern

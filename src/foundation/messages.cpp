@@ -1,0 +1,120 @@
+#include "foundation/messages.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+#include "platform/log_file.h"
+
+namespace halvern {
+
+namespace {
+
+constexpr std::size_t kLogBuffer = 10000;
+constexpr std::size_t kItemBuffer = 1000;
+
+// At most one of them is set; none is standard output, which is nowhere.
+struct Destination {
+    std::FILE* stream = nullptr;
+    std::optional<LogFile> file;
+};
+
+Destination& destination() {
+    static Destination destination;
+    return destination;
+}
+
+// The formatted text, cut to the buffer; a line that is cut still ends.
+HALVERN_PRINTF(3, 0)
+std::string_view format_text(char* buffer, std::size_t size, const char* format,
+                             std::va_list arguments) {
+    const int length = std::vsnprintf(buffer, size, format, arguments);
+    if (length < 0) return {};
+    const std::size_t whole = static_cast<std::size_t>(length);
+    if (whole < size) return {buffer, whole};
+    if (std::string_view(format).ends_with('\n')) buffer[size - 2] = '\n';
+    return {buffer, size - 1};
+}
+
+HALVERN_PRINTF(3, 0)
+void item_text(const char* prefix, const char* item, const char* format, std::va_list arguments) {
+    LogPrint("%s%s: ", prefix, item);
+    char buffer[kItemBuffer];
+    const std::string_view text = format_text(buffer, sizeof buffer, format, arguments);
+    LogPrint("%.*s", static_cast<int>(text.size()), text.data());
+}
+
+}  // namespace
+
+void LogDestination::UseStandardOutput() { Close(); }
+
+bool LogDestination::UseFile(const char* path) {
+    std::optional<LogFile> file = LogFile::create(path);
+    if (!file) return false;
+    Close();
+    destination().file = std::move(file);
+    return true;
+}
+
+void LogDestination::UseStream(std::FILE* stream) {
+    Close();
+    if (stream != stdout) destination().stream = stream;
+}
+
+void LogDestination::Close() {
+    destination().stream = nullptr;
+    destination().file.reset();
+}
+
+void LogPrintV(const char* format, std::va_list arguments) {
+    Destination& to = destination();
+    if (to.stream) {
+        (void)std::vfprintf(to.stream, format, arguments);
+    } else if (to.file) {
+        char buffer[kLogBuffer];
+        to.file->write(format_text(buffer, sizeof buffer, format, arguments));
+    }
+}
+
+void ItemMessageV(const char* item, const char* format, std::va_list arguments) {
+    item_text("", item, format, arguments);
+}
+
+void ItemWarningV(const char* item, const char* format, std::va_list arguments) {
+    item_text("*** WARNING in ", item, format, arguments);
+}
+
+void ItemErrorV(const char* item, const char* format, std::va_list arguments) {
+    item_text("*** ERROR in ", item, format, arguments);
+}
+
+void LogPrint(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    LogPrintV(format, arguments);
+    va_end(arguments);
+}
+
+void ItemMessage(const char* item, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    ItemMessageV(item, format, arguments);
+    va_end(arguments);
+}
+
+void ItemWarning(const char* item, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    ItemWarningV(item, format, arguments);
+    va_end(arguments);
+}
+
+void ItemError(const char* item, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    ItemErrorV(item, format, arguments);
+    va_end(arguments);
+}
+
+}  // namespace halvern

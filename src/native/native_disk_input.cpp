@@ -1,0 +1,76 @@
+#include "native/native_disk_input.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+
+#include "flow/disk_output_flow_item.h"
+
+namespace halvern {
+
+namespace {
+constexpr int kProgressInterval = 1000;
+}
+
+NativeDiskInput::NativeDiskInput(const FlowSection& section, LogFlag log)
+    : InputFlowItem(FlowItemKind::kNativeDiskInput, log) {
+    Configure(section);
+}
+
+ParameterList NativeDiskInput::Parameters() {
+    return {
+        {.key = "FILE",
+         .format = "%s",
+         .value = Bound{&file_, "NONE"},
+         .log = "Input disk file             = %s\n",
+         .field = {.label = "FileName",
+                   .prompt = "Select the input data set.",
+                   .help = "Choose a disk Halvern Data file.",
+                   .kind = FieldKind::kInputFile}},
+    };
+}
+
+DialogTexts NativeDiskInput::WindowTexts() const {
+    return {.title = "Halvern Disk Input Parameters",
+            .help_title = "Halvern Disk Input Help",
+            .help_page = "Halvern Parameters",
+            .already_up = "Halvern Disk Input Interface is already up."};
+}
+
+void NativeDiskInput::OpenSource() {
+    std::error_code failed;
+    if (!std::filesystem::exists(file_, failed)) {
+        Error("Input file '%s' does not exist.\n", file_.c_str());
+        return TerminateJob(kJobError);
+    }
+    switch (reader_.open(file_, kProgressInterval, GetName())) {
+        case NativeOpening::kOpened:
+            return;
+        case NativeOpening::kNotValid:
+            Error("Input file '%s' cannot be opened.\n", file_.c_str());
+            break;
+        case NativeOpening::kNoDefinition:
+            Error("Cannot read trace header format '%s'.\n", reader_.parts().desc_path.c_str());
+            break;
+    }
+    TerminateJob(kJobError);
+}
+
+ReadResult NativeDiskInput::ReadNext() {
+    return reader_.read_next() == 1 ? ReadResult::kTrace : ReadResult::kEnd;
+}
+
+int NativeDiskInput::SourceTraceCount() {
+    return static_cast<int>(
+        std::min<std::int64_t>(reader_.trace_count(), std::numeric_limits<int>::max()));
+}
+
+bool NativeDiskInput::CanReplayInput() {
+    for (const FlowItem* item = next(); item; item = item->next()) {
+        const auto* output = dynamic_cast<const DiskOutputFlowItem*>(item);
+        if (output && output->OverwritesInput()) return false;
+    }
+    return InputFlowItem::CanReplayInput();
+}
+
+}  // namespace halvern

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "flow/input_flow_item.h"
+#include "native/native_reader.h"
+
+namespace halvern {
+
+/// Feeds every trace of a native dataset into the flow, in order.
+class NativeDiskInput final : public InputFlowItem {
+public:
+    NativeDiskInput(const FlowSection& section, LogFlag log);
+
+    const char* GetInputName() override { return file_.c_str(); }
+    const char* GetInputHeaderName() override { return reader_.parts().desc_path.c_str(); }
+    /// Not when an output of this flow writes over the dataset.
+    bool CanReplayInput() override;
+
+protected:
+    void OpenSource() override;
+    LineHeader& SourceLine() override { return reader_.line(); }
+    TraceHeaderDefinition& SourceHeader() override { return reader_.definition(); }
+    TraceSamples& SourceSamples() override { return reader_.samples(); }
+    ReadResult ReadNext() override;
+    int SourceTraceCount() override;
+    bool Reposition(int index) override { return reader_.move_to(index); }
+
+private:
+    ParameterList Parameters() override;
+    DialogTexts WindowTexts() const override;
+
+    std::string file_;
+    NativeReader reader_;
+};
+
+}  // namespace halvern

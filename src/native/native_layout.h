@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "trace/sample_format.h"
+
+namespace halvern {
+
+/// A pair of files with consecutive traces of a dataset: 240-byte header images in the one, raw
+/// sample records in the other.
+struct NativeSegment {
+    std::string head_path;
+    std::string data_path;
+};
+
+/// The main file of a native dataset: a magic line, then the paths of the parts, one a line.
+struct NativeMain {
+    static constexpr char kMagic[] = "KDFILE001";  ///< readers compare these 9 characters
+
+    std::string desc_path;                ///< the trace header description
+    std::string line_path;                ///< the line header values
+    std::vector<NativeSegment> segments;  ///< in trace order
+
+    /// The file read; nothing when it cannot be, has no magic or lacks a path. A HEAD path without
+    /// its DATA path is left out. Lines are read 198 characters at a time.
+    static std::optional<NativeMain> read(const std::string& path);
+    /// Replaces the file by writing beside it and renaming, so that whoever reads it finds the old
+    /// or the new list, never a part. 0 or -1.
+    [[nodiscard]] int write(const std::string& path) const;
+
+    /// Every path that the file lists.
+    std::vector<std::string> paths() const;
+};
+
+/// The line header values of a native dataset, its LINE file.
+struct NativeLayout {
+    static constexpr int kMostSamples = 1'000'000;
+
+    int samples = 0;   ///< of every trace
+    int interval = 0;  ///< internal units; 64 a microsecond
+    SampleFormat format = SampleFormat::kIeee;
+
+    /// The file read, its keys in any order; nothing when it cannot be read or a value is out of
+    /// range (samples 0 to 1,000,000, interval not negative, format 0 to 2).
+    static std::optional<NativeLayout> read(const std::string& path);
+    /// 0 or -1.
+    [[nodiscard]] int write(const std::string& path) const;
+
+    std::int64_t sample_bytes() const { return std::int64_t{samples} * bytes_per_sample(format); }
+    std::int64_t record_bytes() const { return kTraceHeaderBytes + sample_bytes(); }
+};
+
+/// Traces of a segment: whole headers and whole sample records, whichever are fewer, because a job
+/// that was killed may have left more of the one than of the other. -1 when a file is missing.
+std::int64_t native_segment_traces(const NativeSegment& segment, const NativeLayout& layout);
+
+}  // namespace halvern

@@ -1,0 +1,112 @@
+#include "native/native_reader.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "foundation/messages.h"
+
+namespace halvern {
+
+namespace {
+
+const char* format_text(SampleFormat format) {
+    switch (format) {
+        case SampleFormat::kInt16:
+            return "16-BIT INTEGER";
+        case SampleFormat::kIbm:
+            return "IBM FLOAT";
+        case SampleFormat::kIeee:
+            return "IEEE FLOAT";
+        default:
+            return "Unknown";
+    }
+}
+
+}  // namespace
+
+NativeOpening NativeReader::open(const std::string& path, int progress_interval,
+                                 const char* speaker) {
+    const auto refuse = [&](const std::string& what) {
+        ItemError(speaker, "'%s': %s.\n", path.c_str(), what.c_str());
+        return NativeOpening::kNotValid;
+    };
+    const auto parts = NativeMain::read(path);
+    if (!parts) return refuse("this is not the main file of a dataset");
+    parts_ = *parts;
+    const auto layout = NativeLayout::read(parts_.line_path);
+    if (!layout) return refuse("its line header file '" + parts_.line_path + "' cannot be read");
+    layout_ = *layout;
+    segments_.clear();
+    trace_count_ = 0;
+    for (const NativeSegment& segment : parts_.segments) {
+        const std::int64_t traces = native_segment_traces(segment, layout_);
+        if (traces < 0) {
+            return refuse("its file '" + segment.head_path + "' or '" + segment.data_path +
+                          "' is missing");
+        }
+        segments_.push_back({trace_count_, traces});
+        trace_count_ += traces;
+    }
+    std::error_code error;
+    if (!std::filesystem::exists(parts_.desc_path, error)) {
+        return refuse("its header description '" + parts_.desc_path + "' is missing");
+    }
+    definition_.attach(image_.data());
+    if (definition_.load(parts_.desc_path) != 0) return NativeOpening::kNoDefinition;
+
+    line_.build_from_definition(parts_.desc_path, layout_.interval, layout_.samples,
+                                layout_.format);
+    progress_interval_ = progress_interval;
+    next_ = 0;
+    head_.reset();
+    data_.reset();
+    LogPrint("Halvern File '%s' Statistics:\n", path.c_str());
+    LogPrint("  Actual Number of Samples:   %d\n", layout_.samples);
+    LogPrint("  Sample Rate:                %3.1f\n", layout_.interval / double{kInternalPerMs});
+    LogPrint("  Data Format:                %s\n", format_text(layout_.format));
+    LogPrint("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));
+    return NativeOpening::kOpened;
+}
+
+bool NativeReader::open_segment(std::size_t index) {
+    segment_ = index;
+    head_ = BlockReader::open(parts_.segments[index].head_path);
+    data_ = BlockReader::open(parts_.segments[index].data_path);
+    return head_ && data_;
+}
+
+bool NativeReader::move_to(std::int64_t index) {
+    if (index < 0 || index > trace_count_) return false;
+    next_ = index;
+    if (index == trace_count_) return true;
+    const auto behind = std::ranges::upper_bound(segments_, index, {}, &Segment::first);
+    const auto segment = static_cast<std::size_t>(behind - segments_.begin()) - 1;
+    if ((segment != segment_ || !head_) && !open_segment(segment)) return false;
+    const std::int64_t within = index - segments_[segment].first;
+    head_->seek(within * kTraceHeaderBytes);
+    data_->seek(within * layout_.sample_bytes());
+    return true;
+}
+
+int NativeReader::read_next() {
+    if (next_ >= trace_count_) return 0;
+    const Segment& segment = segments_[segment_];
+    const bool inside = head_ && next_ >= segment.first && next_ < segment.first + segment.traces;
+    if (!inside && !move_to(next_)) return 0;
+
+    const std::span<const std::byte> header = head_->next(kTraceHeaderBytes);
+    const auto wanted = static_cast<std::size_t>(layout_.sample_bytes());
+    const std::span<const std::byte> raw = data_->next(wanted);
+    if (header.size() < image_.size() || raw.size() < wanted) return 0;
+    std::ranges::copy(header, image_.begin());
+    definition_.attach(image_.data());
+    samples_.set_raw(raw, layout_.samples, layout_.samples, layout_.samples, layout_.format);
+
+    if (progress_interval_ > 0 && next_ % progress_interval_ == 0) {
+        LogPrint("Reading Trace %lld\n", static_cast<long long>(next_));
+    }
+    ++next_;
+    return 1;
+}
+
+}  // namespace halvern

@@ -1,0 +1,13 @@
+#include "platform/file_position.h"
+
+namespace halvern {
+
+static_assert(sizeof(off_t) == 8);
+
+int seek_stream(std::FILE* stream, std::int64_t offset, int origin) {
+    return ::fseeko(stream, offset, origin);
+}
+
+std::int64_t stream_position(std::FILE* stream) { return ::ftello(stream); }
+
+}  // namespace halvern

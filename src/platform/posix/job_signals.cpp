@@ -1,0 +1,23 @@
+#include "platform/job_signals.h"
+
+#include <csignal>
+
+namespace halvern {
+
+namespace {
+void (*stop_request)() = nullptr;
+void handle_stop(int) { stop_request(); }
+}  // namespace
+
+void on_stop_request(void (*request)()) {
+    stop_request = request;
+    struct sigaction action = {};
+    action.sa_handler = handle_stop;
+    action.sa_flags = SA_RESTART;  // a read or write in progress is finished
+    sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGINT, &action, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+}  // namespace halvern

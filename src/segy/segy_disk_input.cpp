@@ -1,0 +1,201 @@
+#include "segy/segy_disk_input.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+
+#include "foundation/system_paths.h"
+#include "segy/segy_disk_output.h"
+#include "segy/segy_paths.h"
+
+namespace halvern {
+
+namespace {
+
+constexpr int kSelectedTraces = 0;
+constexpr int kAllTraces = 1;
+constexpr int kProgressInterval = 1000;
+
+}  // namespace
+
+SegyDiskInput::SegyDiskInput(const FlowSection& section, LogFlag log)
+    : InputFlowItem(FlowItemKind::kSegyDiskInput, log) {
+    Configure(section);
+}
+
+ParameterList SegyDiskInput::Parameters() {
+    const auto selects = [this] { return read_all_ != kAllTraces; };
+    return {
+        {.key = "FILE",
+         .format = "%s",
+         .value = Bound{&file_, default_segy_path()},
+         .log = "Input disk file             = %s\n",
+         .field = {.label = "FileName",
+                   .prompt = "SEG-Y Disk File to read.",
+                   .help = "Choose a disk SEG-Y file from any directory.",
+                   .kind = FieldKind::kInputFile}},
+        {.key = "HEADERFILE",
+         .format = "%s",
+         .value = Bound{&header_file_, DefaultHeaderPath()},
+         .log = "Header definition file name = %s\n",
+         .field = {.label = "HeaderFile",
+                   .prompt = "Header file description to read.",
+                   .help =
+                       "Choose the header definition file which matches the selected file.  If "
+                       "this file has been created outside of Halvern, you may need to define "
+                       "a new header definition.  You can do this under the 'Configure' menu by "
+                       "selecting the 'Edit SEG-Y Header Definitions...' item.",
+                   .kind = FieldKind::kInputFile}},
+        {.key = "READALLTRACES",
+         .format = "%d",
+         .value = Bound{&read_all_, kAllTraces},
+         .field = {.label = "ReadWhich",
+                   .prompt = "Read ALL traces or the SELECTED traces below?",
+                   .help =
+                       "ALL Traces - reads all traces in the input file.\n"
+                       "SELECTED Traces - only reads traces whose value in the following header "
+                       "falls in the following ranges.",
+                   .choices = {{"ALL Traces", kAllTraces}, {"SELECTED Traces", kSelectedTraces}}}},
+        {.key = "SELECTHEADER",
+         .format = "%s",
+         .value = Bound{&select_header_, "NONE"},
+         .log = "Selection Header          = %s\n",
+         .field = {.label = "HeaderName",
+                   .prompt = "Header to use for range selection.",
+                   .help =
+                       "Select a SEG-Y trace header to use in the selecting of traces to read.  "
+                       "The values for the header word selected in each trace are compared "
+                       "against the ranges in the following question.  A common selection is "
+                       "FFID.",
+                   .kind = FieldKind::kHeaderWord,
+                   .applies = selects},
+         .longest = 23},
+        {.key = "SELECTRANGE",
+         .format = "%s",
+         .value = Bound{&select_range_, ""},
+         .log = "Selection Ranges          = %s\n",
+         .field = {.label = "Ranges",
+                   .prompt = "Range(s) of the above header word to read?",
+                   .help =
+                       "Enter a range to compare against the value in the header word above.  "
+                       "The range should be of the format:\n'X-Y'  or  'X-Y(Z)'\n"
+                       "If the header key is FFID and the range entered is 100-200, only traces "
+                       "with FFID values between 100 and 200 pass.  100-200(2) means only the "
+                       "numbers 100, 102, ..., 200 pass.",
+                   .applies = selects}},
+    };
+}
+
+DialogTexts SegyDiskInput::WindowTexts() const {
+    DialogTexts texts = InputFlowItem::WindowTexts();
+    texts.help_title = "SEGY Disk Input Help";
+    texts.help_page = "SEGY Parameters";
+    return texts;
+}
+
+void SegyDiskInput::LogParameters() {
+    const ParameterList list = Parameters();
+    const auto log = [&](std::size_t index) { Message("%s", log_line(list[index]).c_str()); };
+    log(0);
+    log(1);
+    if (read_all_ == kAllTraces) {
+        Message("Reading all traces\n");
+    } else {
+        Message("Reading selected traces:\n");
+        log(3);
+        log(4);
+    }
+}
+
+void SegyDiskInput::OpenSource() {
+    std::error_code failed;
+    if (!std::filesystem::exists(file_, failed)) {
+        Error("Input file '%s' does not exist.\n", file_.c_str());
+        return TerminateJob(kJobError);
+    }
+    switch (reader_.open(file_, {.header_path = header_file_,
+                                 .progress_interval = kProgressInterval,
+                                 .speaker = GetName()})) {
+        case SegyOpening::kOpened:
+            break;
+        case SegyOpening::kNotValid:
+            Error("Input file '%s' cannot be opened.\n", file_.c_str());
+            return TerminateJob(kJobError);
+        case SegyOpening::kNoDefinition:
+            // The data file is named, for which the description was meant; the description's own
+            // path stands in the line before.
+            Error("Cannot read trace header format '%s'.\n", file_.c_str());
+            return TerminateJob(kJobError);
+    }
+    if (read_all_ != kAllTraces) StartSelection();
+}
+
+void SegyDiskInput::StartSelection() {
+    std::optional<RangeList> ranges = parse_ranges(select_range_);
+    if (!ranges) {
+        Error("Cannot parse ranges: %s'\n", select_range_.c_str());
+        return TerminateJob(kJobError);
+    }
+    ranges_ = std::move(*ranges);
+    for (int number = 1; const Range& range : ranges_) {
+        if (range.has_increment) {
+            Message("Range %d: Start %3.1f, End %3.1f, Inc %3.1f\n", number, range.start, range.end,
+                    range.increment);
+        } else {
+            Message("Range %d: Start %3.1f, End %3.1f\n", number, range.start, range.end);
+        }
+        ++number;
+    }
+    select_word_ = reader_.definition().find(select_header_);
+    if (select_word_ < 0) {
+        Warning("The header '%s' is not defined; every trace is read.\n", select_header_.c_str());
+    }
+    if (select_header_ == "TRNUML" || select_header_ == "TRNUMR") FastForward();
+}
+
+void SegyDiskInput::FastForward() {
+    if (ranges_.empty()) return;
+    const double start = std::trunc(ranges_.front().start);
+    Message("Fast-forward to trace #%.0f\n", start);
+    const bool skips_wanted = std::ranges::any_of(ranges_, [start](const Range& range) {
+        return std::trunc(std::min(range.start, range.end)) < start &&
+               (range.has_increment || range.start <= range.end);
+    });
+    if (skips_wanted) {
+        Warning("The ranges also name traces before #%.0f; the fast-forward skips them.\n", start);
+    }
+    // Numbers count from 1, positions from 0; a number beyond an end means that end.
+    const double last = SourceTraceCount();
+    SetInputPosition(start > 1 ? static_cast<int>(std::min(start - 1, last)) : 0);
+}
+
+ReadResult SegyDiskInput::ReadNext() {
+    if (reader_.read_next() == 0) return ReadResult::kEnd;
+    if (select_word_ < 0) return ReadResult::kTrace;
+    const double value = reader_.definition().get_double(select_word_);
+    return in_ranges(value, ranges_) ? ReadResult::kTrace : ReadResult::kSkipped;
+}
+
+int SegyDiskInput::SourceTraceCount() {
+    return static_cast<int>(
+        std::min<std::int64_t>(reader_.trace_count(), std::numeric_limits<int>::max()));
+}
+
+void SegyDiskInput::SourceEnded() {
+    if (reader_.contradictions() == 0) return;
+    Warning(
+        "%lld traces give a number of samples or a sample rate in their own headers that differs "
+        "from the binary header's, which was used.\n",
+        static_cast<long long>(reader_.contradictions()));
+}
+
+bool SegyDiskInput::CanReplayInput() {
+    for (const FlowItem* item = next(); item; item = item->next()) {
+        const auto* output = dynamic_cast<const SegyDiskOutput*>(item);
+        if (output && output->OverwritesInput()) return false;
+    }
+    return InputFlowItem::CanReplayInput();
+}
+
+}  // namespace halvern

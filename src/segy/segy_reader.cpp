@@ -1,0 +1,186 @@
+#include "segy/segy_reader.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "foundation/messages.h"
+
+namespace halvern {
+
+namespace {
+
+constexpr int kShortenedTrace = 101;  // TRACEID of a trace that stores fewer samples than the line
+
+const char* format_text(SampleFormat format) {
+    switch (format) {
+        case SampleFormat::kInt16:
+            return "16-BIT INTEGER";
+        case SampleFormat::kIbm:
+            return "IBM FLOAT";
+        case SampleFormat::kIeee:
+            return "IEEE FLOAT";
+        default:
+            return "Unknown";
+    }
+}
+
+}  // namespace
+
+SegyOpening SegyReader::open(const std::string& path, const SegyReaderOptions& options) {
+    return open(path, open_segy_file(path), options);
+}
+
+SegyOpening SegyReader::open(const std::string& path, std::unique_ptr<SegySource> source,
+                             const SegyReaderOptions& options) {
+    source_ = std::move(source);
+    valid_ = false;
+    if (!source_) {
+        ItemError(options.speaker, "'%s' is not a file that can be read.\n", path.c_str());
+        return SegyOpening::kNotValid;
+    }
+    if (!read_headers(path, options.speaker)) return SegyOpening::kNotValid;
+    definition_.attach(image_.data());
+    if (definition_.load(options.header_path) != 0) return SegyOpening::kNoDefinition;
+
+    trace_id_ = definition_.find("TRACEID");
+    total_samples_ = definition_.find("TOTSAMP");
+    start_sample_ = definition_.find("STSAMP");
+    num_samps_ = definition_.find("NUMSAMPS");
+    samp_rate_ = definition_.find("SAMPRATE");
+    // A description that begins with TRACEID marks no shortened traces: its index is 0.
+    shortened_known_ = trace_id_ > 0 && total_samples_ >= 0 && start_sample_ >= 0;
+    us_ = layout_.interval_us();
+    progress_interval_ = options.progress_interval;
+    next_ = next_progress_ = contradictions_ = 0;
+    current_ = false;
+    valid_ = true;
+    log_statistics(path);
+    log_oddities(path, options.speaker);
+    return SegyOpening::kOpened;
+}
+
+bool SegyReader::read_headers(const std::string& path, const char* speaker) {
+    file_size_ = source_->size();
+    if (!source_->read_line_header(line_.bytes())) {
+        line_ = LineHeader();
+        if (file_size_ >= 0) {
+            ItemError(speaker, "'%s' holds %lld bytes; the headers of a SEG-Y file take %d.\n",
+                      path.c_str(), static_cast<long long>(file_size_), kLineHeaderBytes);
+        }
+        return false;
+    }
+    layout_ = SegyLayout::parse(line_);
+    if (const std::string problem = layout_.problem(); !problem.empty()) {
+        ItemError(speaker, "'%s' %s.\n", path.c_str(), problem.c_str());
+        return false;
+    }
+    record_bytes_ = layout_.record_bytes();
+    if (layout_.text_headers > 0 && !source_->skip_text_headers(layout_.text_headers)) {
+        ItemError(speaker, "'%s' ends before the %d extended text headers that it announces.\n",
+                  path.c_str(), layout_.text_headers);
+        return false;
+    }
+    if (file_size_ >= 0) {
+        trace_count_ = (file_size_ - layout_.first_record()) / record_bytes_;
+        left_over_ = (file_size_ - layout_.first_record()) % record_bytes_;
+    }
+    return true;
+}
+
+void SegyReader::log_statistics(const std::string& path) const {
+    LogPrint("SEG-Y File '%s' Statistics:\n", path.c_str());
+    LogPrint("  Actual Number of Samples:   %d\n", layout_.samples);
+    LogPrint("  Real   Number of Samples:   %d\n", layout_.field_samples);
+    LogPrint("  Sample Rate:                %3.1f\n", layout_.interval_ms());
+    LogPrint("  Data Format:                %s\n", format_text(layout_.format));
+    if (file_size_ < 0) return;
+    LogPrint("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));
+    LogPrint("  File Size:                  %lld\n", static_cast<long long>(file_size_));
+}
+
+void SegyReader::log_oddities(const std::string& path, const char* speaker) const {
+    if (layout_.text_headers > 0) {
+        ItemMessage(speaker, "The traces are read from behind %d extended text headers.\n",
+                    layout_.text_headers);
+    }
+    if (const int code = layout_.format_code; code != 1 && code != 3 && code != 5) {
+        ItemWarning(speaker,
+                    "The data format code of '%s' is %d; 1, 3 and 5 are known.  "
+                    "The samples are read as IEEE floats.\n",
+                    path.c_str(), code);
+    }
+    if (left_over_ > 0) {
+        ItemWarning(speaker,
+                    "%lld bytes are left over behind the last whole trace of '%s'; "
+                    "they are not read.\n",
+                    static_cast<long long>(left_over_), path.c_str());
+    }
+}
+
+int SegyReader::read_next() {
+    current_ = false;
+    if (!valid_ || (file_size_ >= 0 && next_ >= trace_count_)) return 0;
+    const std::int64_t wanted = samples_wanted_ ? record_bytes_ : kTraceHeaderBytes;
+    const std::span<const std::byte> record = source_->next_record(record_bytes_, wanted);
+    if (static_cast<std::int64_t>(record.size()) < wanted) return 0;
+
+    std::copy_n(record.begin(), kTraceHeaderBytes, image_.begin());
+    definition_.attach(image_.data());
+    int stored = samples_wanted_ ? layout_.samples : 0;
+    if (samples_wanted_ && shortened_known_ && definition_.get_int(trace_id_) == kShortenedTrace) {
+        stored = definition_.get_int(total_samples_);
+    }
+    samples_.set_raw(record.subspan(kTraceHeaderBytes), stored, layout_.samples, layout_.samples,
+                     layout_.format);
+    if (contradicts()) ++contradictions_;
+
+    if (next_ == next_progress_ && progress_interval_ > 0) {
+        LogPrint("Reading Trace %lld\n", static_cast<long long>(next_));
+        next_progress_ += progress_interval_;
+    }
+    ++next_;
+    current_ = true;
+    return 1;
+}
+
+bool SegyReader::contradicts() const {
+    const auto differs = [this](int word, int expected) {
+        const int value = definition_.get_int(word);
+        // The fields are used unsigned, too: only their 16 bits can be compared.
+        return value != 0 && static_cast<std::uint16_t>(value) != expected;
+    };
+    return differs(num_samps_, layout_.samples) || differs(samp_rate_, us_);
+}
+
+bool SegyReader::move_to(std::int64_t index) {
+    current_ = false;
+    if (!valid_ || index < 0 || index > trace_count_) return false;
+    if (!source_->seek(layout_.record_offset(index))) return false;
+    next_ = index;
+    if (progress_interval_ > 0) {
+        next_progress_ = (index + progress_interval_ - 1) / progress_interval_ * progress_interval_;
+    }
+    return true;
+}
+
+int SegyReader::read_trace(std::int64_t index) { return move_to(index) ? read_next() : 0; }
+
+int SegyReader::rewrite_current() {
+    if (!current_) return -1;
+    const std::int64_t offset = layout_.record_offset(next_ - 1);
+    definition_.attach(image_.data());
+    if (samples_wanted_) {
+        // The raw record as it was read, or what the samples have become since.
+        std::vector<std::byte> encoded;
+        std::span<const std::byte> raw = samples_.raw();
+        if (!samples_.raw_valid()) {
+            encoded.resize(static_cast<std::size_t>(record_bytes_ - kTraceHeaderBytes));
+            samples_.to_format(definition_, layout_.format, encoded, layout_.samples);
+            raw = encoded;
+        }
+        if (source_->overwrite(offset + kTraceHeaderBytes, raw) != 0) return -1;
+    }
+    return source_->overwrite(offset, image_);
+}
+
+}  // namespace halvern

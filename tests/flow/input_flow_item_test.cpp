@@ -1,0 +1,121 @@
+#include "flow/input_flow_item.h"
+
+#include <gmock/gmock.h>
+
+#include "support/item_bench.h"
+
+namespace halvern {
+namespace {
+
+using namespace testing_support;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+// Reads the whole numbers from 0, each the first sample of a trace; odd ones are not wanted.
+class Counting final : public InputFlowItem {
+public:
+    explicit Counting(int count)
+        : InputFlowItem(FlowItemKind::kSegyDiskInput, LogFlag::kQuiet), count_(count) {}
+
+private:
+    void OpenSource() override { line_.set_samples(1, 1); }
+    LineHeader& SourceLine() override { return line_; }
+    TraceHeaderDefinition& SourceHeader() override { return header_; }
+    TraceSamples& SourceSamples() override { return samples_; }
+    ReadResult ReadNext() override {
+        if (at_ >= count_) return ReadResult::kEnd;
+        header_.attach(image_);
+        samples_.set_floats(std::vector<float>{static_cast<float>(at_)});
+        return at_++ % 2 == 0 ? ReadResult::kTrace : ReadResult::kSkipped;
+    }
+    int SourceTraceCount() override { return count_; }
+    bool Reposition(int index) override { return (at_ = index) < count_; }
+
+    const int count_;
+    int at_ = 0;
+    std::byte image_[kTraceHeaderBytes] = {};
+    LineHeader line_;
+    TraceHeaderDefinition header_;
+    TraceSamples samples_;
+};
+
+// Notes the samples and the input's position when they came; pauses or stops when told to.
+class Noting final : public ProcessFlowItem {
+public:
+    Noting() : ProcessFlowItem(FlowItemKind::kAgc, LogFlag::kQuiet) {}
+    void PrepareRun(LineHeader&, TraceHeaderDefinition&, TraceSamples&, int) override {
+        ++prepared;
+    }
+    int ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) override {
+        seen.push_back(static_cast<int>(samples.floats(header)[0]));
+        positions.push_back(GetInputPosition());
+        if (pause_at == seen.back()) ReadPauseFlag = 1;
+        return kPassOn;
+    }
+    void EndRun() override { ++ended; }
+    std::vector<int> seen, positions;
+    int prepared = 0, ended = 0, pause_at = -1;
+};
+
+struct Flow {
+    explicit Flow(int count)
+        : input(count), noting(dynamic_cast<Noting&>(input.SetNext(std::make_unique<Noting>()))) {
+        ReadPauseFlag = 0;
+    }
+    Counting input;
+    Noting& noting;
+};
+
+TEST(Input, SendsWhatIsWantedAndEndsTheChain) {
+    LogCapture log;
+    Flow flow(5);
+    flow.input.RunInput();
+    EXPECT_THAT(flow.noting.seen, ElementsAre(0, 2, 4));
+    EXPECT_THAT(flow.noting.positions, ElementsAre(1, 3, 5));
+    EXPECT_EQ(flow.noting.prepared, 1);
+    EXPECT_EQ(flow.noting.ended, 1);
+    EXPECT_EQ(log.text(), "Starting Data Read\n");
+}
+
+TEST(Input, WithoutTracesPreparesNothingButEndsTheChain) {
+    Flow flow(0);
+    flow.input.RunInput();
+    EXPECT_EQ(flow.noting.prepared, 0);
+    EXPECT_EQ(flow.noting.ended, 1);
+}
+
+TEST(Input, PausesAndGoesOn) {
+    LogCapture log;
+    Flow flow(7);
+    flow.noting.pause_at = 2;
+    flow.input.RunInput();
+    EXPECT_THAT(flow.noting.seen, ElementsAre(0, 2));
+    EXPECT_EQ(flow.noting.ended, 0);
+    flow.input.SetInputRange(4, 4);
+    ReadPauseFlag = 0;
+    flow.input.ResumeInput();
+    EXPECT_THAT(flow.noting.seen, ElementsAre(0, 2, 4));
+    EXPECT_EQ(flow.noting.ended, 0);
+    flow.input.ResumeInput();
+    EXPECT_THAT(flow.noting.seen, ElementsAre(0, 2, 4, 6));
+    EXPECT_EQ(flow.noting.prepared, 1);
+    EXPECT_EQ(flow.noting.ended, 1);
+    EXPECT_THAT(log.text(), HasSubstr("Resuming Data Read\n"));
+}
+
+TEST(Input, ReplaysPositionsInTheOrderAsked) {
+    Flow flow(5);
+    flow.input.RunInput();
+    flow.noting.seen.clear();
+    flow.noting.positions.clear();
+    EXPECT_TRUE(flow.noting.CanReplayInput());
+    const std::int32_t order[] = {4, 0, 2};
+    EXPECT_EQ(flow.noting.ReplayInput(order), 1);
+    EXPECT_THAT(flow.noting.seen, ElementsAre(4, 0, 2));
+    EXPECT_THAT(flow.noting.positions, ElementsAre(5, 1, 3));
+    const std::int32_t beyond[] = {9};
+    EXPECT_EQ(flow.noting.ReplayInput(beyond), 0);
+}
+
+}  // namespace
+}  // namespace halvern

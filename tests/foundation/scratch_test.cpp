@@ -1,0 +1,121 @@
+#include "foundation/scratch.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <set>
+
+#include "foundation/global_config.h"
+#include "foundation/system_root.h"
+#include "support/log_capture.h"
+
+namespace halvern {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing_support::LogCapture;
+using testing_support::SystemRoot;
+
+class Scratch : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(ReadGlobalConfig(root_.file("halvern.cfg")), 0); }
+    void TearDown() override { RemoveScratchFiles(); }
+
+    LogCapture log_;
+    SystemRoot root_;
+};
+
+TEST_F(Scratch, NamesAreTheProductOfTwoRandomNumbers) {
+    std::srand(1);
+    const unsigned first = static_cast<unsigned>(std::rand());
+    const unsigned number = first * static_cast<unsigned>(std::rand());
+    std::srand(1);
+    const std::string name = MakeScratchName();
+    EXPECT_EQ(name, root_.file("scratch/SCR" + std::to_string(number)));
+    EXPECT_TRUE(fs::is_empty(name));
+    std::srand(1);  // the same draw again: that name is taken
+    const std::string second = MakeScratchName();
+    EXPECT_NE(second, name);
+    EXPECT_TRUE(fs::exists(second));
+}
+
+TEST_F(Scratch, ProcessesThatDrawTheSameNumbersGetDifferentNames) {
+    constexpr int kProcesses = 8;
+    constexpr int kNames = 25;
+    for (int i = 0; i < kProcesses; ++i) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            std::srand(5);
+            int made = 0;
+            for (int n = 0; n < kNames; ++n) made += !MakeScratchName().empty();
+            _exit(made == kNames ? 0 : 1);
+        }
+    }
+    for (int i = 0; i < kProcesses; ++i) {
+        int status = -1;
+        wait(&status);
+        EXPECT_EQ(status, 0);
+    }
+    const auto files = fs::directory_iterator(root_.file("scratch"));
+    EXPECT_EQ(std::distance(begin(files), end(files)), kProcesses * kNames);
+}
+
+TEST_F(Scratch, FilesGoWithTheJob) {
+    root_.write("scratch/log1", "");
+    const std::string first = MakeScratchName();
+    const std::string second = MakeScratchName();
+    RemoveScratchFile(first);
+    EXPECT_FALSE(fs::exists(first));
+    EXPECT_TRUE(fs::exists(second));
+    RemoveScratchFile(root_.file("scratch/log1"));  // not one of ours
+    RemoveScratchFiles();
+    RemoveScratchFiles();
+    EXPECT_THAT(root_.entries(), ElementsAre("data/", "halvern.cfg", "scratch/", "scratch/log1"));
+}
+
+TEST_F(Scratch, ADirectoryThatTakesNoFileIsExplained) {
+    fs::remove(root_.file("scratch"));
+    EXPECT_EQ(MakeScratchName(), "");
+    EXPECT_THAT(log_.text(), HasSubstr("Cannot create a scratch file in directory '" +
+                                       root_.file("scratch") + "': No such file or directory.\n"));
+    EXPECT_THAT(log_.text(), HasSubstr("SCRATCHDIR="));
+}
+
+TEST(RemoveDirectoryTree, LogsWhatItRemoves) {
+    const SystemRoot root;
+    root.write("p/b/deep/f", "");
+    root.write("p/a/f2", "");
+    root.write("p/f1", "");
+    const LogCapture log;
+    const std::string p = root.file("p");
+    EXPECT_EQ(RemoveDirectoryTree(p), 0);
+    EXPECT_EQ(log.text(), "Removing Dir '" + p + "/a'\nRemoving File '" + p + "/a/f2'\n" +
+                              "Removing Dir '" + p + "/b'\nRemoving Dir '" + p + "/b/deep'\n" +
+                              "Removing File '" + p + "/b/deep/f'\nRemoving File '" + p + "/f1'\n");
+    EXPECT_TRUE(root.entries().empty());
+    EXPECT_EQ(RemoveDirectoryTree(p), -1);
+}
+
+TEST(RemoveDirectoryTree, LeavesDotDirectoriesAndWhatLinksLeadTo) {
+    const SystemRoot root;
+    root.write("p/.keep/f", "");
+    root.write("p/sub/.hidden", "");
+    root.write("outside/precious", "");
+    fs::create_directory_symlink(root.file("outside"), root.file("p/link"));
+    fs::create_directory_symlink(root.file("outside"), root.file("direct"));
+    const LogCapture quiet;
+    EXPECT_EQ(RemoveDirectoryTree(root.file("p")), -1);
+    EXPECT_EQ(RemoveDirectoryTree(root.file("direct")), 0);
+    EXPECT_THAT(root.entries(),
+                ElementsAre("outside/", "outside/precious", "p/", "p/.keep/", "p/.keep/f"));
+}
+
+}  // namespace
+}  // namespace halvern

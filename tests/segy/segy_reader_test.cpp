@@ -1,0 +1,279 @@
+#include "segy/segy_reader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <filesystem>
+#include <fstream>
+
+#include "segy/segy_bytes.h"
+#include "support/log_capture.h"
+#include "support/temporary_folder.h"
+
+namespace halvern {
+namespace {
+
+using namespace testing_support;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::uint32_t kOne = 0x3F800000, kTwo = 0x40000000;  // IEEE 1.0 and 2.0
+
+class SegyReaderTest : public testing::Test {
+protected:
+    SegyOpening open(const std::string& bytes, int progress = 0) {
+        return open_path(folder_.write("line.sgy", bytes), progress);
+    }
+    SegyOpening open_path(const std::string& path, int progress = 0) {
+        return reader_.open(path, {.header_path = definition_, .progress_interval = progress});
+    }
+    std::vector<float> floats() {
+        const std::span<float> samples = reader_.samples().floats(reader_.definition());
+        return {samples.begin(), samples.end()};
+    }
+    double word(const char* name) {
+        return reader_.definition().get_double(reader_.definition().find(name));
+    }
+
+    TemporaryFolder folder_;
+    std::string definition_ = HALVERN_SOURCE_DIR "/header/default";
+    LogCapture log_;
+    SegyReader reader_;
+};
+
+std::string trace_of(int ffid, const std::vector<std::uint32_t>& words = {kOne, kTwo, 0, 0}) {
+    return record_bytes({{8, 4, ffid}}, 4, words);
+}
+
+TEST_F(SegyReaderTest, StatisticsStandInTheLogLineByLine) {
+    // 2 ms, 3 samples of 2 bytes, 1500 in the field; 2 records of 246 bytes.
+    const std::string path = folder_.write(
+        "a.sgy",
+        header_bytes({.interval_us = 2000, .samples = 3, .field_samples = 1500, .code = 3}) +
+            std::string(2 * 246, '\0'));
+    ASSERT_EQ(open_path(path), SegyOpening::kOpened);
+    EXPECT_EQ(log_.text(), "SEG-Y File '" + path +
+                               "' Statistics:\n"
+                               "  Actual Number of Samples:   3\n"
+                               "  Real   Number of Samples:   1500\n"
+                               "  Sample Rate:                2.0\n"
+                               "  Data Format:                16-BIT INTEGER\n"
+                               "  Number of Traces:           2\n"
+                               "  File Size:                  4092\n");
+}
+
+struct Format {
+    int code;
+    int width;
+    std::vector<std::uint32_t> words;
+    int weight;
+    std::vector<float> expected;
+    const char* log;
+};
+
+// By hand. IBM: 0x64 / 256 * 16^2 = 100, 0x10 / 256 * 16 = 1, 0x80 / 256 = 0.5.
+// 16 bits with WEIGHT 3: 0x0400 = 1024, times 1/8 = 128; 0xFFF8 = -8, -1.
+TEST_F(SegyReaderTest, FormatsDecode) {
+    const Format formats[] = {
+        {1, 4, {0x42640000, 0xC1100000, 0x40800000}, 0, {100, -1, .5f}, "IBM FLOAT"},
+        {3, 2, {0x0400, 0xFFF8, 0x0001}, 3, {128, -1, .125f}, "16-BIT INTEGER"},
+        {5, 4, {kOne, 0xC0000000, 0}, 0, {1, -2, 0}, "IEEE FLOAT"},
+        {8, 4, {kOne, 0xC0000000, 0}, 0, {1, -2, 0}, "is 8; 1, 3 and 5 are known"},
+    };
+    for (const Format& format : formats) {
+        SCOPED_TRACE(testing::Message() << "format code " << format.code);
+        ASSERT_EQ(open(header_bytes({.samples = 3, .code = format.code}) +
+                       record_bytes({{168, 2, format.weight}}, format.width, format.words)),
+                  SegyOpening::kOpened);
+        ASSERT_EQ(reader_.read_next(), 1);
+        EXPECT_EQ(floats(), format.expected);
+        EXPECT_THAT(log_.text(), HasSubstr(format.log));
+        EXPECT_EQ(reader_.read_next(), 0);
+    }
+}
+
+TEST_F(SegyReaderTest, RefusesHeadersThatMakeNoSenseAndSaysWhy) {
+    const HeaderFields variable{.revision = 0x0100, .text_headers = -1};
+    const HeaderFields two{.revision = 0x0100, .text_headers = 2};
+    const std::pair<std::string, const char*> files[] = {
+        {"", "holds 0 bytes"},
+        {header_bytes({}).substr(1), "holds 3599 bytes"},
+        {header_bytes({.samples = 40000}), "gives -25536 samples"},
+        {header_bytes(variable), "variable number"},
+        {header_bytes(two) + std::string(6399, ' '), "ends before the 2 extended text headers"}};
+    for (const auto& [bytes, why] : files) {
+        EXPECT_EQ(open(bytes), SegyOpening::kNotValid);
+        EXPECT_EQ(reader_.read_next(), 0);
+        EXPECT_THAT(log_.text(), HasSubstr(why));
+    }
+}
+
+TEST_F(SegyReaderTest, FolderMissingFileAndMissingDescriptionDoNotOpen) {
+    EXPECT_EQ(open_path(folder_.path().string()), SegyOpening::kNotValid);
+    EXPECT_EQ(open_path(folder_.file("nothing")), SegyOpening::kNotValid);
+    const std::string path = folder_.write("a.sgy", header_bytes({}));
+    EXPECT_EQ(reader_.open(path, {.header_path = folder_.file("nothing")}),
+              SegyOpening::kNoDefinition);
+    EXPECT_FALSE(reader_.valid());
+}
+
+TEST_F(SegyReaderTest, EveryPrefixOfAFileReadsItsWholeRecords) {
+    const std::string whole = header_bytes({}) + trace_of(1) + trace_of(2) + trace_of(3);
+    const std::string path = folder_.write("prefix.sgy", whole);
+    for (std::size_t size = whole.size() + 1; size-- > 0;) {
+        std::filesystem::resize_file(path, size);
+        LogCapture quiet;
+        SegyReader reader;
+        const SegyOpening opening = reader.open(path, {.header_path = definition_});
+        if (size < 3600) {
+            ASSERT_EQ(opening, SegyOpening::kNotValid) << size;
+            continue;
+        }
+        ASSERT_EQ(opening, SegyOpening::kOpened) << size;
+        const auto traces = static_cast<std::int64_t>((size - 3600) / 256);
+        EXPECT_EQ(reader.trace_count(), traces) << size;
+        std::int64_t read = 0;
+        while (reader.read_next() == 1) ++read;
+        EXPECT_EQ(read, traces) << size;
+        EXPECT_EQ(quiet.text().find("left over") != std::string::npos, (size - 3600) % 256 != 0);
+    }
+}
+
+TEST_F(SegyReaderTest, ExtendedTextHeadersAreSteppedOverFromRevision1On) {
+    struct Case {
+        std::uint32_t revision;
+        int stepped_over;
+    };
+    // Writers put revision 1 as 0100, as 100 and as 1; blanks are no revision.
+    for (const auto [revision, stepped_over] :
+         {Case{0x0100, 1}, {0x0201, 1}, {100, 1}, {1, 1}, {0, 0}, {0x4040, 0}}) {
+        SCOPED_TRACE(revision);
+        ASSERT_EQ(open(header_bytes({.revision = revision, .text_headers = 1}) +
+                       std::string(3200, '\x40') + trace_of(77)),
+                  SegyOpening::kOpened);
+        ASSERT_EQ(reader_.read_next(), 1);
+        EXPECT_EQ(word("FFID") == 77, stepped_over == 1);
+        EXPECT_EQ(reader_.trace_count(), stepped_over ? 1 : 13);  // 3200 / 256 = 12.5
+    }
+}
+
+TEST_F(SegyReaderTest, ShortenedTraceKeepsItsStoredSamples) {
+    const std::string file =
+        header_bytes({}) + record_bytes({{28, 2, 101}, {104, 4, 1}}, 4, {kOne, kTwo, kTwo, kTwo}) +
+        record_bytes({{28, 2, 101}, {104, 4, 99}}, 4, {kOne, kTwo, kTwo, kTwo}) +
+        record_bytes({{28, 2, 1}, {104, 4, 1}}, 4, {kOne, kTwo, kTwo, kTwo});
+    ASSERT_EQ(open(file), SegyOpening::kOpened);
+    std::vector<int> stored;
+    while (reader_.read_next() == 1) stored.push_back(reader_.samples().stored_count());
+    EXPECT_THAT(stored, ElementsAre(1, 4, 4));
+    ASSERT_EQ(reader_.read_trace(0), 1);
+    EXPECT_THAT(floats(), ElementsAre(1, 0, 0, 0));
+
+    // A description that begins with TRACEID marks no shortened traces.
+    const std::string blank(51, ' ');
+    definition_ = folder_.write("other", blank + "TRACEID   28 0\n" + blank + "TOTSAMP  104 1\n" +
+                                             blank + "STSAMP   110 1\n");
+    ASSERT_EQ(open(file), SegyOpening::kOpened);
+    ASSERT_EQ(reader_.read_next(), 1);
+    EXPECT_EQ(reader_.samples().stored_count(), 4);
+}
+
+TEST_F(SegyReaderTest, ATraceThatIsReadAgainComesFresh) {
+    ASSERT_EQ(open(header_bytes({}) + trace_of(10) + trace_of(11) + trace_of(12)),
+              SegyOpening::kOpened);
+    ASSERT_EQ(reader_.read_trace(2), 1);
+    EXPECT_EQ(word("FFID"), 12);
+    EXPECT_EQ(reader_.read_next(), 0);
+    ASSERT_EQ(reader_.read_trace(1), 1);
+    reader_.definition().set_double(reader_.definition().find("FFID"), 5);
+    floats();
+    ASSERT_EQ(reader_.read_trace(1), 1);
+    EXPECT_EQ(word("FFID"), 11);
+    EXPECT_THAT(floats(), ElementsAre(1, 2, 0, 0));
+    EXPECT_EQ(reader_.read_trace(3), 0);
+    EXPECT_EQ(reader_.read_trace(-1), 0);
+    EXPECT_TRUE(reader_.move_to(3)) << "the end is a place";
+    EXPECT_FALSE(reader_.move_to(4));
+}
+
+TEST_F(SegyReaderTest, RewritesTheCurrentRecordInPlace) {
+    const std::string file = header_bytes({}) + trace_of(10) + trace_of(11);
+    for (const bool with_samples : {false, true}) {
+        ASSERT_EQ(open(file), SegyOpening::kOpened);
+        EXPECT_EQ(reader_.rewrite_current(), -1) << "nothing was read yet";
+        reader_.set_samples_wanted(with_samples);
+        ASSERT_EQ(reader_.read_trace(0), 1);
+        EXPECT_EQ(reader_.samples().stored_count(), with_samples ? 4 : 0);
+        reader_.definition().set_double(reader_.definition().find("FFID"), 0x01020304);
+        if (with_samples) {
+            const std::span<float> samples = reader_.samples().floats(reader_.definition());
+            samples[3] = 1;
+            reader_.samples().set_floats(samples);
+        }
+        ASSERT_EQ(reader_.rewrite_current(), 0);
+        std::string expected = file;
+        put_big_endian(expected, 3600 + 8, 4, 0x01020304);
+        if (with_samples) put_big_endian(expected, 3600 + 240 + 3 * 4, 4, kOne);
+        EXPECT_EQ(file_bytes(folder_.file("line.sgy")), expected);
+        ASSERT_EQ(reader_.read_next(), 1);
+        EXPECT_EQ(word("FFID"), 11) << "reading goes on behind the record";
+        ASSERT_EQ(reader_.read_trace(0), 1);
+        EXPECT_EQ(word("FFID"), 0x01020304) << "and back finds what was written";
+    }
+}
+
+TEST_F(SegyReaderTest, CountsTracesThatContradictTheBinaryHeaderAndSaysWhereItIs) {
+    ASSERT_EQ(
+        open(header_bytes({}) + record_bytes({{114, 2, 4}, {116, 2, 4000}}, 4, {0, 0, 0, 0}) +
+             record_bytes({}, 4, {0, 0, 0, 0}) + record_bytes({{114, 2, 1500}}, 4, {0, 0, 0, 0}) +
+             record_bytes({{116, 2, 2000}}, 4, {0, 0, 0, 0})),
+        SegyOpening::kOpened);
+    while (reader_.read_next() == 1) continue;
+    EXPECT_EQ(reader_.contradictions(), 2);
+
+    // 40 ms is 40000 us, which only the unsigned field holds: no contradiction.
+    ASSERT_EQ(open(header_bytes({.interval_us = 40000}) +
+                   record_bytes({{116, 2, 40000}}, 4, {0, 0, 0, 0})),
+              SegyOpening::kOpened);
+    ASSERT_EQ(reader_.read_next(), 1);
+    EXPECT_EQ(reader_.contradictions(), 0);
+}
+
+TEST_F(SegyReaderTest, AFileBeyond4GiBIsReadAtItsEnd) {
+    // A sparse file: 20,000,000 records of 256 bytes, of which the last one is written.
+    constexpr std::int64_t kTraces = 20'000'000;
+    constexpr std::int64_t kLast = 3600 + (kTraces - 1) * 256;  // 5,120,003,344
+    const std::string path = folder_.write("sparse.sgy", header_bytes({}));
+    {
+        std::ofstream file(path, std::ios::binary | std::ios::in);
+        file.seekp(kLast);
+        const std::string record = trace_of(4321);
+        file.write(record.data(), static_cast<std::streamsize>(record.size()));
+        if (!file.flush()) GTEST_SKIP() << "no room for a sparse file";
+    }
+    ASSERT_EQ(open_path(path), SegyOpening::kOpened);
+    EXPECT_THAT(log_.text(), HasSubstr("Number of Traces:           20000000\n"));
+    EXPECT_THAT(log_.text(), HasSubstr("File Size:                  5120003600\n"));
+    ASSERT_EQ(reader_.read_trace(kTraces - 1), 1);
+    EXPECT_EQ(word("FFID"), 4321);
+    EXPECT_THAT(floats(), ElementsAre(1, 2, 0, 0));
+    EXPECT_EQ(reader_.read_next(), 0);
+}
+
+// The buffer for a block of its own: the field recording's count, where it is larger and its record
+// stays below 4,096,000 bytes; always at 4 bytes a sample.
+TEST(SegyLayoutTest, BufferFollowsTheLongerCount) {
+    const SegyLayout of_16_bits{
+        .samples = 600, .field_samples = 1500, .format = SampleFormat::kInt16};
+    EXPECT_EQ(of_16_bits.record_bytes(), 240 + 1200);
+    EXPECT_EQ(of_16_bits.field_record_bytes(), 240 + 3000);
+    EXPECT_EQ(of_16_bits.buffer_bytes(), 240 + 6000);
+    const SegyLayout shorter{.samples = 600, .field_samples = 500};
+    EXPECT_EQ(shorter.buffer_bytes(), 240 + 2400);
+    const SegyLayout too_long{.samples = 600, .field_samples = 1'023'940};  // 4,096,000 bytes
+    EXPECT_EQ(too_long.buffer_bytes(), 240 + 2400);
+}
+
+}  // namespace
+}  // namespace halvern

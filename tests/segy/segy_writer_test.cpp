@@ -1,0 +1,127 @@
+#include "segy/segy_layout.h"
+#include "segy/segy_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "flow/record_encoder.h"
+#include "segy/segy_bytes.h"
+#include "support/log_capture.h"
+#include "support/temporary_folder.h"
+
+namespace halvern {
+namespace {
+
+using namespace testing_support;
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+class SegyEncoding : public testing::Test {
+protected:
+    SegyEncoding() {
+        EXPECT_EQ(definition_.load(HALVERN_SOURCE_DIR "/header/default"), 0);
+        definition_.attach(image_.data());
+    }
+    /// The record of a trace of these samples, numbered from `traces_before` on, at 2 ms.
+    std::string encode(std::vector<float> samples, SampleFormat format, int count,
+                       std::int64_t traces_before = 0) {
+        RecordEncoder encoder(definition_, format, count, 2 * kInternalPerMs, traces_before);
+        TraceSamples trace;
+        trace.set_floats(std::move(samples));
+        std::string bytes;
+        for (const std::byte byte : encoder.encode(definition_, trace)) {
+            bytes += static_cast<char>(byte);
+        }
+        EXPECT_EQ(bytes.size(), static_cast<std::size_t>(encoder.record_bytes()));
+        not_finite_ = encoder.not_finite();
+        return bytes;
+    }
+
+    TemporaryFolder folder_;
+    TraceHeaderDefinition definition_;
+    std::array<std::byte, kTraceHeaderBytes> image_{};
+    std::int64_t not_finite_ = 0;
+};
+
+// By hand. IBM: 100 = 0x64 / 256 * 16^2, -0.5 = -(0x80 / 256). 16 bits: the largest magnitude, 100,
+// doubles 8 times to 25600 (9 times would pass 32767): 100 -> 0x6400, -0.5 -> -128. The third
+// sample is cut off.
+TEST_F(SegyEncoding, RecordsByHandInThreeFormats) {
+    const auto stamped = [](int weight) {
+        return std::vector<TraceField>{
+            {0, 4, 8}, {4, 4, 8}, {114, 2, 2}, {116, 2, 2000}, {168, 2, weight}};
+    };
+    EXPECT_EQ(encode({100, -.5f, 9}, SampleFormat::kIeee, 2, 7),
+              record_bytes(stamped(0), 4, {0x42C80000, 0xBF000000}));
+    EXPECT_EQ(encode({100, -.5f, 9}, SampleFormat::kIbm, 2, 7),
+              record_bytes(stamped(0), 4, {0x42640000, 0xC0800000}));
+    EXPECT_EQ(encode({100, -.5f, 9}, SampleFormat::kInt16, 2, 7),
+              record_bytes(stamped(8), 2, {0x6400, 0xFF80}));
+}
+
+TEST_F(SegyEncoding, SamplesThatAreNotFiniteAreCountedWhere16BitsCannotKeepThem) {
+    // The largest finite magnitude, 1, takes 14 doublings to 16384.
+    EXPECT_EQ(encode({NAN, kInfinity, -kInfinity, 1}, SampleFormat::kInt16, 4).substr(240),
+              record_bytes({}, 2, {0, 0x7FFF, 0x8000, 0x4000}).substr(240));
+    EXPECT_EQ(not_finite_, 3);
+    EXPECT_EQ(encode({kInfinity}, SampleFormat::kIeee, 1).substr(240),
+              "\x7F\x80" + std::string(2, '\0'));
+    EXPECT_EQ(not_finite_, 0);
+}
+
+TEST_F(SegyEncoding, LineHeaderKeepsTextAndLosesWhatHeldForItsOldFileOnly) {
+    std::string bytes = header_bytes(
+        {.interval_us = 4000, .samples = 9, .code = 2, .revision = 0x0200, .text_headers = 3});
+    bytes.replace(0, 4, "\xC3\x40\xF1\x40");
+    put_big_endian(bytes, 3212, 2, 24);     // traces per ensemble
+    put_big_endian(bytes, 3268, 4, 9);      // revision 2: samples per trace
+    put_big_endian(bytes, 3524, 4, 13200);  // revision 2: offset of the first trace, low half
+    LineHeader line;
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        line.bytes()[i] = static_cast<std::byte>(bytes[i]);
+
+    SegyWriter writer;
+    ASSERT_EQ(writer.open(folder_.file("out.sgy"), SegyWriter::Mode::kCreate), 0);
+    ASSERT_EQ(writer.write_line_header(
+                  segy_output_line(line, SampleFormat::kInt16, 5, 2 * kInternalPerMs)),
+              0);
+    ASSERT_EQ(writer.finish(), 0);
+
+    std::string expected = header_bytes(
+        {.interval_us = 2000, .samples = 5, .field_samples = 5, .code = 3, .revision = 0x0200});
+    expected.replace(0, 4, "\xC3\x40\xF1\x40");
+    put_big_endian(expected, 3212, 2, 24);
+    EXPECT_EQ(file_bytes(folder_.file("out.sgy")), expected);
+}
+
+std::span<const std::byte> bytes_of(const std::string& text) {
+    return std::as_bytes(std::span(text));
+}
+
+TEST(SegyWriterTest, ModesKeepWhatTheyShould) {
+    TemporaryFolder folder;
+    const std::string path = folder.file("a");
+    const auto write = [&](SegyWriter::Mode mode, std::int64_t offset, const std::string& record) {
+        SegyWriter writer;
+        EXPECT_EQ(writer.open(path, mode, offset), 0);
+        EXPECT_EQ(writer.write_record(bytes_of(record)), record.size());
+        EXPECT_EQ(writer.finish(), 0);
+        return file_bytes(path);
+    };
+    EXPECT_EQ(write(SegyWriter::Mode::kAppend, 0, "first"), "first");
+    EXPECT_EQ(write(SegyWriter::Mode::kAppend, 0, "second"), "firstsecond");
+    EXPECT_EQ(write(SegyWriter::Mode::kUpdate, 5, "SEC"), "firstSECond");
+    EXPECT_EQ(write(SegyWriter::Mode::kCreate, 0, "new"), "new");
+
+    SegyWriter writer;
+    EXPECT_EQ(writer.open(folder.file("missing"), SegyWriter::Mode::kUpdate), -1);
+    EXPECT_EQ(writer.open(folder.path().string(), SegyWriter::Mode::kCreate), -1);
+    EXPECT_EQ(writer.open(folder.file("no/such/folder"), SegyWriter::Mode::kCreate), -1);
+    EXPECT_EQ(writer.write_record(bytes_of("x")), 0u) << "nothing is open";
+}
+
+}  // namespace
+}  // namespace halvern

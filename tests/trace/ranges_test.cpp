@@ -1,0 +1,89 @@
+#include "trace/ranges.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace halvern {
+namespace {
+
+struct Case {
+    const char* text;
+    std::vector<double> inside;
+    std::vector<double> outside;
+};
+
+TEST(Ranges, HoldTheValuesTheyName) {
+    const Case cases[] = {
+        {"", {-1e9, 0, 0.5}, {}},
+        {"  ", {7}, {}},
+        {"5", {5}, {4.999, 5.001, -5}},
+        {"-5", {-5}, {5}},
+        {"+5 - +7", {5, 6.5, 7}, {4, 8}},
+        {"1-3,7", {1, 2, 3, 7, 1.5}, {0.99, 4, 6.99}},
+        {"100-200", {100, 150, 200}, {99, 201}},
+        {"200-100", {}, {100, 150, 200}},  // without an increment only forwards
+        {"100-200(2)", {100, 102, 200}, {101, 99, 202}},
+        {"200-100(2)", {100, 102, 200}, {101, 99, 202}},
+        {"200-100(-3)", {200, 197, 101}, {100, 199, 98}},
+        {"1-9(3), 20", {1, 4, 7, 20}, {2, 9, 19}},
+        {"1-3(0)", {1, 1.5, 3}, {4}},  // no increment at all
+        {"-10--5", {-10, -7.25, -5}, {-11, -4, 5}},
+        {"1.5-2e1", {1.5, 20}, {1.4, 20.1}},
+        {"1 0 - 2 0", {10, 20}, {9, 21}},
+        {"1(2)-5", {1, 3, 5}, {2, 7}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        const std::optional<RangeList> ranges = parse_ranges(c.text);
+        ASSERT_TRUE(ranges);
+        for (const double value : c.inside) EXPECT_TRUE(in_ranges(value, *ranges)) << value;
+        for (const double value : c.outside) EXPECT_FALSE(in_ranges(value, *ranges)) << value;
+    }
+}
+
+TEST(Ranges, RefuseWhatIsNoNumber) {
+    for (const char* text : {"a",
+                             "1-",
+                             "-",
+                             "1,",
+                             ",1",
+                             "1,,2",
+                             "1-2-3",
+                             "1e-3",
+                             "1-2(",
+                             "1-2)",
+                             "1-2()",
+                             "1-2(x)",
+                             "1-2(1.5)",
+                             "1-2( 2)",
+                             "1-2(2)(3)",
+                             "1-2(2,3)",
+                             "0x10",
+                             "inf",
+                             "nan",
+                             "1e999",
+                             "1.2.3",
+                             "+-5",
+                             "1-2(99999999999)",
+                             "(2)",
+                             "\t5"}) {
+        EXPECT_FALSE(parse_ranges(text)) << text;
+    }
+}
+
+TEST(Ranges, KeepTheirParts) {
+    const std::optional<RangeList> ranges = parse_ranges("-10--5(3),4");
+    ASSERT_TRUE(ranges);
+    ASSERT_EQ(ranges->size(), 2u);
+    EXPECT_EQ((*ranges)[0].start, -10);
+    EXPECT_EQ((*ranges)[0].end, -5);
+    EXPECT_EQ((*ranges)[0].increment, 3);
+    EXPECT_TRUE((*ranges)[0].has_increment);
+    EXPECT_EQ((*ranges)[1].end, 4);
+    EXPECT_FALSE((*ranges)[1].has_increment);
+    EXPECT_FALSE(in_ranges(std::numeric_limits<double>::quiet_NaN(), *ranges));
+}
+
+}  // namespace
+}  // namespace halvern
