@@ -89,7 +89,7 @@ void RealFft::make_tables() {
 
     twiddles_.resize(size + points);
     double* next = twiddles_.data();
-    const auto root = [this](std::size_t k, std::size_t of) {
+    const auto root = [](std::size_t k, std::size_t of) {
         // exp(-2 pi i k / of): k up to 7/8 of a turn, the second half by its opposite.
         const auto turn = static_cast<std::int64_t>(of);
         const auto at = static_cast<std::int64_t>(k);

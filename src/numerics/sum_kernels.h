@@ -45,7 +45,7 @@ struct SumKernels {
             return smaller(a_length, beyond(b_length, last_lag));
         };
         const std::size_t all = common(k0 + R * L - 1);
-        V sum[R]{};
+        V sum[R]{};  // in registers once the loops over them are unrolled, of which Clang is shy
         std::size_t i = 0;
         for (; i + kTerms <= all; i += kTerms) {
             for (int s = 0; s < kApart; ++s) {
@@ -53,6 +53,9 @@ struct SumKernels {
                                 Ops::broadcast(a[i + s + 2 * kApart]),
                                 Ops::broadcast(a[i + s + 3 * kApart])};
                 const double* const from = b + k0 + i + s;
+#ifdef __clang__
+#pragma clang loop unroll(full)
+#endif
                 for (int v = 0; v < R + 3 * kShift; ++v) {
                     const V y = Ops::load(from + v * L);
                     for (int u = 0; u < 4; ++u) {
@@ -126,6 +129,9 @@ struct SumKernels {
                                 Ops::broadcast(b[j + s + 2 * kApart]),
                                 Ops::broadcast(b[j + s + 3 * kApart])};
                 const double* const from = a + (i0 - j - s) - 3 * kApart;
+#ifdef __clang__
+#pragma clang loop unroll(full)
+#endif
                 for (int v = R + 3 * kShift - 1; v >= 0; --v) {
                     const V y = Ops::load(from + v * L);
                     for (int u = 0; u < 4; ++u) {
