@@ -3,15 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <limits>
 #include <memory>
-#include <ranges>
 #include <span>
-#include <system_error>
 
 #include "foundation/messages.h"
+#include "platform/replace_file.h"
 #include "trace/big_endian.h"
 
 namespace halvern {
@@ -131,30 +128,25 @@ int TraceHeaderDefinition::load(const std::string& path) {
 int TraceHeaderDefinition::save(const std::string& path) const {
     if (!loaded_) return -1;
 
-    // Written beside and renamed, so that a full disk cannot destroy the description in use.
-    const std::string beside = path + ".new";
-    File file(std::fopen(beside.c_str(), "wb"));
-    if (!file) return -1;
-    std::size_t category = words_.empty() ? 0 : static_cast<std::size_t>(words_.front().category);
-    std::fprintf(file.get(), "!%s\n", categories_[category].c_str());
+    const auto name_of = [this](std::size_t category) {
+        return '!' + categories_[category] + '\n';
+    };
     int current = words_.empty() ? 0 : words_.front().category;
+    auto category = static_cast<std::size_t>(current);
+    std::string text = name_of(category);
     for (const HeaderWord& word : words_) {
         if (word.category != current) {
             // The next in order: categories are contiguous and ascending.
             category = std::min(category + 1, categories_.size() - 1);
             current = word.category;
-            std::fprintf(file.get(), "!%s\n", categories_[category].c_str());
+            text += name_of(category);
         }
-        std::fprintf(file.get(), "%s %-8s %3d %1d\n", word.description.c_str(), word.name.c_str(),
-                     word.location, word.type);
+        char rest[64];  // the longest: 8 characters and twice 11 digits
+        std::snprintf(rest, sizeof rest, " %-8s %3d %1d\n", word.name.c_str(), word.location,
+                      word.type);
+        text += word.description + rest;
     }
-    const bool failed = std::ferror(file.get()) != 0;
-    const bool written = std::fclose(file.release()) == 0 && !failed;
-    std::error_code error;
-    if (written) std::filesystem::rename(beside, path, error);
-    if (written && !error) return 0;
-    std::filesystem::remove(beside, error);
-    return -1;
+    return replace_file(path, text) ? -1 : 0;
 }
 
 int TraceHeaderDefinition::find(std::string_view name) const {

@@ -1,0 +1,183 @@
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/synthesize_files.h"
+#include "cli/synthesize_line.h"
+#include "foundation/system_paths.h"
+
+namespace halvern {
+
+namespace {
+
+using synthetic::LineFiles;
+using synthetic::Spread;
+using synthetic::SyntheticLine;
+
+constexpr const char* kExample = R"(Example:
+  halvern synthesize line.sgy --shots 100 --channels 120 --sps line
+      makes line.sgy, line.s, line.r and line.x: 100 shots into a split spread
+      of 120 channels, 12,000 traces of 3 s. What is printed says where a stack
+      must show its reflections.)";
+
+/// What stands on the command line, in its units.
+struct Options {
+    SyntheticLine line;
+    LineFiles files;
+    std::string format = "ibm";
+    std::string spread = "split";
+    std::string model;  // file for the description; empty: none
+    double interval_ms = 2;
+    int shot_spacing_m = 0;  // 0: two stations
+    double dead_percent = 0.4;
+    double reversed_percent = 1.2;
+    std::vector<double> reflections_ms;
+    bool force = false;
+};
+
+/// The line that the options ask for; CLI::ValidationError when there is none.
+SyntheticLine asked_line(const Options& options) {
+    SyntheticLine line = options.line;
+    const double interval_us = options.interval_ms * 1000;
+    const bool in_range = interval_us >= 1 && interval_us <= 65535;
+    line.interval_us = in_range ? static_cast<int>(std::lround(interval_us)) : 0;
+    if (line.interval_us > 0 && std::fabs(interval_us - line.interval_us) > 1e-6) {
+        throw CLI::ValidationError("--interval", "must be a whole number of microseconds");
+    }
+    if (options.shot_spacing_m > 0 && line.spacing_m > 0) {
+        line.shot_stations = options.shot_spacing_m / line.spacing_m;
+        if (options.shot_spacing_m % line.spacing_m != 0) {
+            throw CLI::ValidationError("--shot-spacing", "must be a multiple of --spacing");
+        }
+    }
+    line.spread = options.spread == "split" ? Spread::kSplit : Spread::kEndOn;
+    line.dead_part = options.dead_percent / 100;
+    line.reversed_part = options.reversed_percent / 100;
+    if (!options.reflections_ms.empty()) {
+        line.reflections = synthetic::reflections_at(options.reflections_ms);
+    }
+    line.apply_velocity_function();
+    if (const auto fault = line.fault()) throw CLI::ValidationError(*fault);
+    if (!options.files.sps.empty()) {
+        if (const auto fault = synthetic::sps_fault(line)) {
+            throw CLI::ValidationError("--sps", *fault + ": make a shorter line or leave SPS out");
+        }
+    }
+    return line;
+}
+
+/// Ends the command when an output is there already or two of them are one file.
+void check_outputs(const Options& options) {
+    namespace fs = std::filesystem;
+    std::vector<std::string> paths = options.files.paths();
+    if (!options.model.empty()) paths.push_back(options.model);
+    std::set<fs::path> seen;
+    for (const std::string& path : paths) {
+        std::error_code error;
+        const fs::path whole = fs::weakly_canonical(fs::absolute(path), error);
+        if (!seen.insert(error ? fs::path(path) : whole).second) {
+            throw CLI::ValidationError("two outputs would be the same file '" + path + "'");
+        }
+        if (!options.force && fs::exists(path, error)) {
+            command_failed("synthesize", "'" + path + "' exists; --force would replace it");
+        }
+    }
+}
+
+void write_model(const std::string& path, const std::string& description) {
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    bool written = file && std::fputs(description.c_str(), file) >= 0;
+    if (file) written = std::fclose(file) == 0 && written;
+    if (!written) command_failed("synthesize", "cannot write '" + path + "'");
+}
+
+void synthesize(Options options) {
+    const SyntheticLine line = asked_line(options);
+    if (options.files.header_definition.empty()) {
+        options.files.header_definition = DefaultHeaderPath();
+    }
+    options.files.format = options.format == "ibm"    ? SampleFormat::kIbm
+                           : options.format == "ieee" ? SampleFormat::kIeee
+                                                      : SampleFormat::kInt16;
+    check_outputs(options);
+    const std::string description = line.description();
+    if (const auto failure = synthetic::write_line(line, options.files)) {
+        command_failed("synthesize", *failure);
+    }
+    if (!options.model.empty()) write_model(options.model, description);
+    std::fputs(description.c_str(), stdout);
+    for (const std::string& path : options.files.paths()) std::printf("wrote %s\n", path.c_str());
+}
+
+}  // namespace
+
+void add_synthesize_command(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("synthesize", "Make a synthetic 2-D land line as SEG-Y");
+    command->footer(kExample);
+    const auto options = std::make_shared<Options>();
+    SyntheticLine& line = options->line;
+    LineFiles& files = options->files;
+
+    command->add_option("output", files.segy, "SEG-Y file to write")->required();
+    command->add_option("--sps", files.sps, "Also write SPS files: this + .s, .r and .x");
+    command->add_option("--model", options->model, "Also write what is printed to this file");
+    command->add_option("--format", options->format, "How samples are written")
+        ->check(CLI::IsMember({"ibm", "ieee", "int16"}))
+        ->capture_default_str();
+    command->add_option("--header", files.header_definition,
+                        "Header description [header/default beside bin]");
+    command->add_flag("--force", options->force, "Replace files that exist");
+
+    const auto survey = [&](auto&&... option) {
+        return command->add_option(option...)->capture_default_str()->group("The survey");
+    };
+    survey("--shots", line.shots, "Shots");
+    survey("--channels", line.channels, "Channels of a shot");
+    survey("--samples", line.samples, "Samples of a trace");
+    survey("--interval", options->interval_ms, "Sample interval, ms");
+    survey("--spacing", line.spacing_m, "Distance of receiver stations, whole m");
+    command
+        ->add_option("--shot-spacing", options->shot_spacing_m,
+                     "Distance of shots, m [twice the spacing]")
+        ->check(CLI::PositiveNumber)
+        ->group("The survey");
+    survey("--gap", line.gap, "Stations left free beside the source");
+    survey("--spread", options->spread, "Receivers on both sides or only ahead")
+        ->check(CLI::IsMember({"split", "end-on"}));
+    survey("--first-ffid", line.first_ffid, "File number of the first shot");
+
+    const auto earth = [&](auto&&... option) {
+        command->add_option(option...)->capture_default_str()->group("The earth");
+    };
+    command
+        ->add_option("--reflections", options->reflections_ms,
+                     "Zero-offset times, ms, separated by commas")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->default_str("400,620,850,1120,1400,1750,2150,2600")
+        ->group("The earth");
+    earth("--velocity", line.velocity_ms, "Reflection velocity at time 0, m/s");
+    earth("--velocity-gradient", line.velocity_gradient, "What it gains in a second, m/s");
+    earth("--dip", line.dip_ms_per_km, "Zero-offset time gained eastward, ms/km");
+    earth("--statics", line.statics_ms, "Largest near-surface delay of a point, ms");
+
+    const auto record = [&](auto&&... option) {
+        command->add_option(option...)->capture_default_str()->group("The record");
+    };
+    record("--wavelet", line.wavelet_hz, "Peak frequency of the wavelet, Hz");
+    record("--noise", line.noise, "Root mean square; a reflection at 400 ms has peak 1");
+    record("--ground-roll", line.ground_roll, "Its largest amplitude near the source");
+    record("--dead", options->dead_percent, "Dead traces, percent");
+    record("--reversed", options->reversed_percent, "Stations of reversed polarity, percent");
+    record("--seed", line.seed, "Same seed and options: the same line, bit by bit");
+
+    command->callback([options] { synthesize(*options); });
+}
+
+}  // namespace halvern

@@ -1,0 +1,263 @@
+#include "geometry/sps_record.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <utility>
+
+#include "foundation/messages.h"
+#include "geometry/decimal_field.h"
+
+namespace halvern {
+
+namespace {
+
+/// Columns of a field, counted from 1, both ends included.
+struct Columns {
+    int first;
+    int last;
+};
+
+namespace point_columns {
+constexpr Columns kLine{2, 17};
+constexpr Columns kPoint{18, 25};
+constexpr Columns kIndex{26, 26};
+constexpr Columns kStatic{29, 32};
+constexpr Columns kDepth{33, 36};
+constexpr Columns kDatum{37, 40};
+constexpr Columns kUphole{41, 42};
+constexpr Columns kWaterDepth{43, 46};
+constexpr Columns kEasting{47, 55};
+constexpr Columns kNorthing{56, 65};
+constexpr Columns kElevation{66, 71};
+constexpr Columns kDay{72, 74};
+constexpr Columns kTime{75, 80};
+}  // namespace point_columns
+
+namespace relation_columns {
+constexpr Columns kFfid{8, 11};
+constexpr Columns kFfidIncrement{12, 12};
+constexpr Columns kInstrument{13, 13};
+constexpr Columns kSourceLine{14, 29};
+constexpr Columns kSourcePoint{30, 37};
+constexpr Columns kSourceIndex{38, 38};
+constexpr Columns kFirstChannel{39, 42};
+constexpr Columns kLastChannel{43, 46};
+constexpr Columns kChannelIncrement{47, 47};
+constexpr Columns kReceiverLine{48, 63};
+constexpr Columns kFirstReceiver{64, 71};
+constexpr Columns kLastReceiver{72, 79};
+constexpr Columns kReceiverIndex{80, 80};
+}  // namespace relation_columns
+
+/// What of a field the line is long enough to hold.
+std::string_view cut(std::string_view line, Columns columns) {
+    const auto first = static_cast<std::size_t>(columns.first - 1);
+    if (line.size() <= first) return {};
+    return line.substr(first, static_cast<std::size_t>(columns.last - columns.first + 1));
+}
+
+int integer(std::string_view line, Columns columns) { return decimal_int(cut(line, columns)); }
+/// Fields of at most 4 columns, which no 16-bit number is too short for.
+std::int16_t short_integer(std::string_view line, Columns columns) {
+    return static_cast<std::int16_t>(integer(line, columns));
+}
+double real(std::string_view line, Columns columns) { return decimal_real(cut(line, columns)); }
+float short_real(std::string_view line, Columns columns) {
+    return static_cast<float>(real(line, columns));
+}
+
+std::uint8_t digit(std::string_view line, Columns columns) {
+    const std::string_view field = cut(line, columns);
+    const bool decimal = !field.empty() && field[0] >= '0' && field[0] <= '9';
+    return decimal ? static_cast<std::uint8_t>(field[0] - '0') : 0;
+}
+
+SpsLineName name(std::string_view line, Columns columns) {
+    SpsLineName name;
+    name.fill(' ');
+    const std::string_view field = cut(line, columns);
+    std::copy(field.begin(), field.end(), name.begin());
+    return name;
+}
+
+struct NamedColumns {
+    const char* name;
+    Columns columns;
+};
+
+/// The first of the fields that is neither blank nor a number.
+template <std::size_t N>
+std::optional<SpsFault> find_fault(std::string_view line, const NamedColumns (&fields)[N]) {
+    for (const auto& [name, columns] : fields) {
+        if (classify_field(cut(line, columns)) == FieldText::kOther) {
+            return SpsFault{name, columns.first, columns.last};
+        }
+    }
+    return {};
+}
+
+bool is_blank(std::string_view line, Columns columns) {
+    return classify_field(cut(line, columns)) == FieldText::kBlank;
+}
+
+/// Columns between the end of a field's text and its last column; -1 for a blank field.
+int slack(std::string_view line, Columns columns) {
+    const std::size_t last = cut(line, columns).find_last_not_of(' ');
+    if (last == std::string_view::npos) return -1;
+    return columns.last - columns.first - static_cast<int>(last);
+}
+
+/// The first of the fields when at least two are filled and all of them end equally far, at least
+/// one column, before their last.
+template <std::size_t N>
+std::optional<SpsFault> find_shift(std::string_view line, const NamedColumns (&fields)[N]) {
+    std::optional<SpsFault> shifted;
+    int filled = 0;
+    for (const auto& [name, columns] : fields) {
+        const int free = slack(line, columns);
+        if (free < 0) continue;
+        if (free == 0 || (shifted && shifted->shift != free)) return {};
+        if (!shifted) shifted = SpsFault{name, columns.first, columns.last, free};
+        ++filled;
+    }
+    return filled >= 2 ? shifted : std::nullopt;
+}
+
+HALVERN_PRINTF(2, 3) void append_format(std::string& text, const char* format, ...) {
+    char line[1024];  // two coordinates of any size fit: at most 311 characters each
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(line, sizeof line, format, arguments);
+    va_end(arguments);
+    if (length > 0) text.append(line, std::min<std::size_t>(length, sizeof line - 1));
+}
+
+/// A depth in 4 columns: a decimal as long as it fits.
+struct DepthText {
+    char text[16];
+    explicit DepthText(float depth) {
+        const double value = std::min<double>(std::fabs(depth), 9999.0);
+        std::snprintf(text, sizeof text, "%4.1f", value);
+        // 99.95 is below 100 but would be rounded to five characters.
+        if (text[4] != '\0') std::snprintf(text, sizeof text, "%4.0f", value);
+    }
+};
+
+}  // namespace
+
+int SpsRelation::receiver_point(int channel) const {
+    return (channel - first_channel) * receiver_increment + first_receiver;
+}
+
+SpsPoint parse_sps_point(std::string_view line) {
+    using namespace point_columns;
+    return {
+        .line_name = name(line, kLine),
+        .line = integer(line, kLine),
+        .point = integer(line, kPoint),
+        .index = digit(line, kIndex),
+        .static_ms = short_integer(line, kStatic),
+        .depth = short_real(line, kDepth),
+        .datum = short_integer(line, kDatum),
+        .uphole_ms = short_integer(line, kUphole),
+        .water_depth = short_real(line, kWaterDepth),
+        .easting = real(line, kEasting),
+        .northing = real(line, kNorthing),
+        .elevation = short_real(line, kElevation),
+        .day = short_integer(line, kDay),
+        .time = integer(line, kTime),
+    };
+}
+
+SpsRelation parse_sps_relation(std::string_view line) {
+    using namespace relation_columns;
+    SpsRelation record{
+        .ffid = integer(line, kFfid),
+        .ffid_increment = digit(line, kFfidIncrement),
+        .instrument = digit(line, kInstrument),
+        .source_line_name = name(line, kSourceLine),
+        .source_line = integer(line, kSourceLine),
+        .source_point = integer(line, kSourcePoint),
+        .source_index = digit(line, kSourceIndex),
+        .first_channel = integer(line, kFirstChannel),
+        .last_channel = integer(line, kLastChannel),
+        .channel_increment = digit(line, kChannelIncrement),
+        .receiver_line_name = name(line, kReceiverLine),
+        .receiver_line = integer(line, kReceiverLine),
+        .first_receiver = integer(line, kFirstReceiver),
+        .last_receiver = integer(line, kLastReceiver),
+        .receiver_index = digit(line, kReceiverIndex),
+    };
+    if (record.last_channel < record.first_channel) {
+        std::swap(record.first_channel, record.last_channel);
+        std::swap(record.first_receiver, record.last_receiver);
+    }
+    // The fields have 4 and 8 columns, so that no difference leaves 32 bits.
+    const int channels = record.last_channel - record.first_channel;
+    if (channels != 0) {
+        record.receiver_increment = (record.last_receiver - record.first_receiver) / channels;
+    }
+    return record;
+}
+
+std::optional<SpsFault> find_sps_point_fault(std::string_view line) {
+    using namespace point_columns;
+    if (is_blank(line, kPoint)) return SpsFault{"point number", kPoint.first, kPoint.last};
+    static constexpr NamedColumns kFields[] = {
+        {"point number", kPoint}, {"easting", kEasting}, {"northing", kNorthing}};
+    if (const auto fault = find_fault(line, kFields)) return fault;
+    static constexpr NamedColumns kAligned[] = {
+        {"easting", kEasting}, {"northing", kNorthing}, {"elevation", kElevation}};
+    return find_shift(line, kAligned);
+}
+
+std::optional<SpsFault> find_sps_relation_fault(std::string_view line) {
+    using namespace relation_columns;
+    if (is_blank(line, kFfid) && is_blank(line, kFirstChannel)) {
+        return SpsFault{"field record number", kFfid.first, kFfid.last};
+    }
+    static constexpr NamedColumns kFields[] = {
+        {"field record number", kFfid},     {"source point number", kSourcePoint},
+        {"first channel", kFirstChannel},   {"last channel", kLastChannel},
+        {"first receiver", kFirstReceiver}, {"last receiver", kLastReceiver}};
+    if (const auto fault = find_fault(line, kFields)) return fault;
+    static constexpr NamedColumns kAligned[] = {{"first channel", kFirstChannel},
+                                                {"first receiver", kFirstReceiver}};
+    return find_shift(line, kAligned);
+}
+
+void append_sps_point(std::string& text, char letter, const SpsPoint& point) {
+    append_format(text, "%c%-16d%8d%1d  %4d%s%4d%2d%4s%9.1f%10.1f%6.1f%3d%6d\r\n", letter,
+                  point.line, point.point, std::min<int>(point.index, 9), point.static_ms,
+                  DepthText(point.depth).text, point.datum, point.uphole_ms,
+                  DepthText(point.water_depth).text, point.easting, point.northing,
+                  static_cast<double>(point.elevation), point.day, point.time);
+}
+
+void append_sps_relation(std::string& text, std::string_view tape, const SpsRelation& relation) {
+    append_format(text, "X%-6.*s%4d%1d%1d%-16d%8d%1d%4d%4d%1d%-16d%8d%8d%1d\r\n",
+                  static_cast<int>(std::min<std::size_t>(tape.size(), 6)), tape.data(),
+                  relation.ffid, relation.ffid_increment, relation.instrument, relation.source_line,
+                  relation.source_point, relation.source_index, relation.first_channel,
+                  relation.last_channel, relation.channel_increment, relation.receiver_line,
+                  relation.first_receiver, relation.last_receiver, relation.receiver_index);
+}
+
+void append_sps_header(std::string& text, std::string_view type, std::string_view description,
+                       std::string_view data) {
+    append_format(
+        text, "%-4.*s%-28.*s%-48.*s\r\n", static_cast<int>(std::min<std::size_t>(type.size(), 4)),
+        type.data(), static_cast<int>(std::min<std::size_t>(description.size(), 28)),
+        description.data(), static_cast<int>(std::min<std::size_t>(data.size(), 48)), data.data());
+}
+
+SpsLineName sps_line_name(int line) {
+    SpsLineName name;
+    name.fill(' ');
+    const std::string digits = std::to_string(line);
+    std::copy_n(digits.begin(), std::min(digits.size(), name.size()), name.begin());
+    return name;
+}
+
+}  // namespace halvern

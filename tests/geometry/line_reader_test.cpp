@@ -1,0 +1,72 @@
+#include "geometry/line_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/temporary_folder.h"
+
+namespace halvern {
+namespace {
+
+using Lines = std::vector<std::pair<std::int64_t, std::string>>;  // number and text
+
+Lines all_lines(LineReader& reader) {
+    Lines lines;
+    std::string_view line;
+    while (reader.next(line)) lines.emplace_back(reader.line_number(), line);
+    return lines;
+}
+
+TEST(LineReader, TakesEveryLineEnd) {
+    const std::pair<const char*, Lines> kTexts[] = {{"", {}},
+                                                    {"a", {{1, "a"}}},
+                                                    {"a\nb\n", {{1, "a"}, {2, "b"}}},
+                                                    {"a\r\nb\r\n", {{1, "a"}, {2, "b"}}},
+                                                    {"a\rb\r", {{1, "a"}, {2, "b"}}},
+                                                    {"a\n\nb", {{1, "a"}, {2, ""}, {3, "b"}}},
+                                                    {"a\r\rb", {{1, "a"}, {2, ""}, {3, "b"}}},
+                                                    {"\r\n\n", {{1, ""}, {2, ""}}}};
+    for (const auto& [text, lines] : kTexts) {
+        LineReader reader = LineReader::Over(text, 198);
+        EXPECT_EQ(all_lines(reader), lines) << text;
+    }
+}
+
+TEST(LineReader, CutsLongLinesIntoPiecesOfOneNumber) {
+    LineReader reader = LineReader::Over("123456789\r\n1234\n12345678\nab", 4);
+    const Lines pieces = {{1, "1234"}, {1, "5678"}, {1, "9"}, {2, "1234"}, {2, ""},
+                          {3, "1234"}, {3, "5678"}, {3, ""},  {4, "ab"}};
+    EXPECT_EQ(reader.count_lines(), 9);
+    EXPECT_EQ(all_lines(reader), pieces);
+}
+
+// Three files whose line ends fall on every place around the ends of the blocks they are read in.
+TEST(LineReader, BlocksLeaveNoTrace) {
+    const testing_support::TemporaryFolder folder;
+    for (const std::size_t first_line : {0u, 1u, 2u}) {
+        Lines lines = {{1, std::string(first_line, 'f')}};
+        std::string bytes = lines[0].second + "\r\n";
+        for (int i = 2; bytes.size() < (std::size_t{5} << 19); ++i) {
+            lines.emplace_back(i, std::to_string(i) + "-" + std::string(i % 3 ? 150 : 197, 'x'));
+            lines.back().second.resize(std::min<std::size_t>(lines.back().second.size(), 197));
+            bytes += lines.back().second + "\r\n";
+        }
+        LineReader reader(folder.write("lines", bytes), 198);
+        EXPECT_TRUE(all_lines(reader) == lines) << "first line of " << first_line;
+    }
+}
+
+TEST(LineReader, SaysWhenThereIsNothingToRead) {
+    const testing_support::TemporaryFolder folder;
+    EXPECT_FALSE(LineReader(folder.file("absent"), 198).opened());
+    std::string_view line;
+    LineReader directory(folder.path().string(), 198);
+    EXPECT_FALSE(directory.opened() && directory.next(line));
+    EXPECT_TRUE(!directory.opened() || directory.failed());
+}
+
+}  // namespace
+}  // namespace halvern
