@@ -7,7 +7,7 @@
 #include <functional>
 #include <limits>
 
-#include "items/whole_milliseconds.h"
+#include "items/checks.h"
 #include "numerics/toeplitz.h"
 
 namespace halvern {
@@ -103,7 +103,7 @@ bool Deconvolution::CheckParameters(int samples, double interval_ms) {
 }
 
 void Deconvolution::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&, int) {
-    const double interval_ms = whole_milliseconds(*this, line);
+    const double interval_ms = RequireWholeMilliseconds(*this, line);
     if (interval_ms == 0 || !CheckParameters(line.samples(), interval_ms)) return;
     const auto samples = static_cast<std::size_t>(line.samples());
     const auto length = static_cast<std::size_t>(double{operator_ms_} / interval_ms + 1.0);
