@@ -2,6 +2,7 @@
 
 #include "numerics/fft_kernels.h"
 #include "numerics/function_kernels.h"
+#include "numerics/moveout_kernels.h"
 #include "numerics/sum_kernels.h"
 
 namespace halvern::numerics {
@@ -22,7 +23,8 @@ constexpr Kernels kernel_table(const char* name) {
             .log_amplitudes = FunctionKernels<L>::log_amplitudes,
             .inverse_spectrum = FunctionKernels<L>::inverse_spectrum,
             .fold_symmetric = FunctionKernels<L>::fold_symmetric,
-            .unfold_symmetric = FunctionKernels<L>::unfold_symmetric};
+            .unfold_symmetric = FunctionKernels<L>::unfold_symmetric,
+            .moveout = MoveoutKernels<L>::moveout};
 }
 
 }  // namespace halvern::numerics

@@ -68,6 +68,10 @@ struct Kernels {
     /// f[h / 2] is overwritten.
     void (*unfold_symmetric)(const double* x, const double* weights, double* f, std::size_t h,
                              bool antisymmetric);
+    /// As the function.
+    void (*moveout)(const double* times_squared, double offset_squared,
+                    const double* velocities_squared, double interval, double* moved,
+                    std::int32_t* sources, std::size_t count);
 };
 
 /// Up to here a product of the number of quarter turns with a part of one is exact.
