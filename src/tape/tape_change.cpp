@@ -29,7 +29,7 @@ bool TapeChange::next(const TapeQuestion& finished, const TapeQuestion& no_heade
             question = &no_header;
         }
         device_.close();
-        if (!ask_operator(*question)) {
+        if (JobStopRequested() || !ask_operator(*question)) {
             speaker_.Message("Last tape has been read!!!\n");
             return false;
         }

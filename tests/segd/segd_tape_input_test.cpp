@@ -231,7 +231,8 @@ TEST_F(SegdTape, ReadsFurtherTapes) {
     EXPECT_THAT(present.questions, HasSubstr("click OK.  Otherwise, click Cancel. [OK|Cancel]\n"));
 }
 
-// The real record as SEG-Y, read back by hand: expected values as in its description.
+// The real record through an image to SEG-Y. The values were taken from its bytes with another
+// program: samples as recorded, times the multiplier 6.742086616486083e-05.
 TEST_F(SegdTape, TheLandRecordBecomesSegy) {
     const std::optional<std::string> land = field_data("land_record_8058.segd");
     if (!land) GTEST_SKIP();
@@ -239,37 +240,50 @@ TEST_F(SegdTape, TheLandRecordBecomesSegy) {
         return segd::split_records(from, segd::Dialect::kOther, block_of);
     };
     ASSERT_EQ(make_image(std::span(&*land, 1), image, false, split), "");
-    LogCapture quiet;
-    {
-        SegdTapeInput input(FlowSection{}, LogFlag::kQuiet);
+    for (const char* blocked : {"BLOCKED=0", "BLOCKED=1"}) {
+        LogCapture quiet;
+        SegdTapeInput input({.lines = {blocked}}, LogFlag::kQuiet);
         input.SetNext(std::make_unique<SegyDiskOutput>(
-            FlowSection{.lines = {"OUTPUTFORMAT=0", "FILE=" + folder.file("out.sgy")}},
+            FlowSection{.lines = {"OUTPUTFORMAT=0", "FILE=" + folder.file(blocked)}},
             LogFlag::kQuiet));
         input.RunInput();
     }
-    const std::string file = file_bytes(folder.file("out.sgy"));
+    const std::string file = file_bytes(folder.file("BLOCKED=0"));
+    EXPECT_TRUE(file == file_bytes(folder.file("BLOCKED=1")));
     ASSERT_EQ(file.size(), 3600u + 6 * (240 + 4001 * 4));
     const auto bytes = std::as_bytes(std::span(file));
     const auto i2 = [&](std::size_t at) { return get_i16(bytes.subspan(at).first<2>()); };
     const auto i4 = [&](std::size_t at) { return get_i32(bytes.subspan(at).first<4>()); };
     EXPECT_EQ(i2(3216), 1000);  // interval in microseconds
     EXPECT_EQ(i2(3220), 4001);
-    constexpr double kFirst[] = {-0.113313209, 0.168159014,  -0.125786489,
-                                 0.024187273,  -0.074908656, -0.167130714};
-    for (int trace = 0; trace < 6; ++trace) {
+    constexpr struct {
+        double first, last;
+    } kTraces[] = {{-1680.6845703125, -2343.6845703125},   {2494.168701171875, -4005.831298828125},
+                   {-1865.6907958984375, -492.6908264160}, {358.75054931640625, 1418.7506103515625},
+                   {-1111.0604248046875, 4517.939453125},  {-2478.916748046875, 1941.083251953125}};
+    for (std::size_t trace = 0; trace < 6; ++trace) {
         SCOPED_TRACE(trace);
-        const std::size_t at = 3600 + static_cast<std::size_t>(trace) * 16244;
-        EXPECT_EQ(i4(at + 8), 1);           // FFID
-        EXPECT_EQ(i4(at + 12), trace + 1);  // CHAN
-        EXPECT_EQ(i2(at + 114), 4001);
-        EXPECT_EQ(i2(at + 158), 126);  // day and time
-        EXPECT_EQ(i2(at + 160), 11);
-        EXPECT_EQ(i2(at + 162), 38);
-        EXPECT_EQ(i2(at + 164), 35);
-        EXPECT_EQ(i4(at + 208), trace < 3 ? 1 : 2);  // receiver point
-        EXPECT_EQ(i2(at + 172), 9);                  // source index
-        EXPECT_NEAR(get_f32(bytes.subspan(at + 240).first<4>()), kFirst[trace], 1e-8);
+        const std::size_t at = 3600 + trace * 16244;
+        const auto sample = [&](std::size_t i) {
+            return get_f32(bytes.subspan(at + 240 + i * 4).first<4>()) / 6.742086616486083e-05;
+        };
+        EXPECT_EQ(i4(at + 8), 1);                             // FFID
+        EXPECT_EQ(i4(at + 12), static_cast<int>(trace) + 1);  // CHAN
+        EXPECT_EQ(i2(at + 158), 126);                         // day and time
+        EXPECT_EQ(i2(at + 160) * 10000 + i2(at + 162) * 100 + i2(at + 164), 113835);
+        EXPECT_EQ(i4(at + 208), trace < 3 ? 1 : 2);          // receiver point
+        EXPECT_EQ(i2(at + 172), 9);                          // source index
+        EXPECT_NEAR(sample(0), kTraces[trace].first, 2e-4);  // a float's 24 bits
+        EXPECT_NEAR(sample(4000), kTraces[trace].last, 4e-4);
+        if (trace > 0) continue;
+        EXPECT_NEAR(sample(4), -3660.6845703125, 4e-4);
+        EXPECT_NEAR(sample(2178), -137975.6875, 1e-2);  // the extremes
+        EXPECT_NEAR(sample(2160), 133744.3125, 1e-2);
     }
+    std::vector<std::string> made;
+    std::int64_t bad_blocks = 0;
+    ASSERT_EQ(extract_image(image, folder.path().string(), "r", ".segd", made, bad_blocks), "");
+    EXPECT_TRUE(made.size() == 1 && file_bytes(made[0]) == file_bytes(*land));
 }
 
 }  // namespace
