@@ -1,16 +1,19 @@
 // The services behind the processing items, for traces of 1,500 samples, against what bounds them.
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <string>
 
 #include "numerics/convolution.h"
 #include "numerics/correlation.h"
 #include "numerics/key_sort.h"
+#include "numerics/minimum_phase.h"
 #include "numerics/real_fft.h"
 #include "numerics/running_gain.h"
 #include "numerics/spline.h"
 #include "numerics/toeplitz.h"
+#include "numerics/vector_math.h"
 #include "ratio.h"
 
 namespace {
@@ -71,6 +74,40 @@ void toeplitz(benchmark::State& state) {
         Pair{});
 }
 BENCHMARK(toeplitz);
+
+void minimum_phase_design(benchmark::State& state) {
+    const AlignedDoubles trace = noise(kSamples);
+    AlignedDoubles lags(kOperator + 1), filter(kOperator);
+    correlate(trace, trace, lags);
+    MinimumPhaseInverse plan = *MinimumPhaseInverse::make(4096);
+    compare(
+        state, [&] { plan.design(lags, filter); }, Pair{});
+}
+BENCHMARK(minimum_phase_design);
+
+/// Of 2,048 values: logarithms, exponentials, sines and cosines.
+void elementary_functions(benchmark::State& state) {
+    const AlignedDoubles x = noise(2048);
+    AlignedDoubles a(2048), b(2048);
+    compare(
+        state,
+        [&] {
+            exponentials(x, a);
+            logarithms(a, a);
+            sines_and_cosines(x, a, b);
+        },
+        [&] {
+            for (std::size_t i = 0; i < x.size(); ++i) a[i] = std::exp(x[i]);
+            for (double& value : a) value = std::log(value);
+            for (std::size_t i = 0; i < x.size(); ++i) {
+                a[i] = std::sin(x[i]);
+                b[i] = std::cos(x[i]);
+            }
+            benchmark::ClobberMemory();
+        });
+    state.SetLabel("limit: the standard library");
+}
+BENCHMARK(elementary_functions);
 
 void spline_shift(benchmark::State& state) {
     std::vector<float> trace(kSamples, 1.0f);

@@ -35,6 +35,7 @@ std::string formatted_value(const char* format, const Parameter& parameter) {
             [&](const Bound<float>& bound) {
                 return formatted(format, static_cast<double>(*bound.variable));
             },
+            [&](const Bound<double>& bound) { return formatted(format, *bound.variable); },
             [&](const Bound<std::string>& bound) {
                 return formatted(format, bound.variable->c_str());
             },
@@ -58,6 +59,7 @@ void set_defaults(const ParameterList& list) {
 bool read_line(const ParameterList& list, const char* line) {
     bool known = false;
     for (const Parameter& parameter : list) {
+        if (!parameter.stored) continue;
         const std::string key = std::string(parameter.key) + "=";
         std::visit(Overloaded{
                        [&](const Rows& rows) {
@@ -82,6 +84,7 @@ bool read_line(const ParameterList& list, const char* line) {
 
 void write_lines(const ParameterList& list, std::FILE* stream) {
     for (const Parameter& parameter : list) {
+        if (!parameter.stored) continue;
         if (const auto* rows = std::get_if<Rows>(&parameter.value)) {
             rows->write(stream, parameter.key);
         } else {

@@ -44,6 +44,10 @@ struct Field {
     FieldKind kind = FieldKind::kEntry;
     int position = 0;  ///< order in the window, ascending; equal positions keep the list's order
     std::function<bool()> applies = {};  ///< empty: always; tells from the variables' values
+    /// Why an entry, as typed, is not taken over, or an empty text.
+    std::function<std::string(const std::string& entry)> check = {};
+    /// Lines to show beside the field in a type of fixed width; they follow its value.
+    std::function<std::vector<std::string>()> preview = {};
 };
 
 /// Rows that repeat one key, such as offset and time pairs: the item reads and writes them itself.
@@ -62,12 +66,13 @@ struct Rows {
 struct Parameter {
     const char* key;     ///< flow file key without "="
     const char* format;  ///< its printf conversion in the flow file; "" for rows
-    std::variant<Bound<int>, Bound<float>, Bound<std::string>, Rows> value;
+    std::variant<Bound<int>, Bound<float>, Bound<double>, Bound<std::string>, Rows> value;
     /// The log line; "%s" prints a choice's text where there are choices, else the conversion must
     /// fit the variable. Null: not logged.
     const char* log = nullptr;
     Field field = {};
-    int longest = 199;  ///< characters that a text holds; longer entries are cut
+    int longest = 199;   ///< characters that a text holds; longer entries are cut
+    bool stored = true;  ///< false: asked in the window, but never in the flow file
 };
 using ParameterList = std::vector<Parameter>;
 

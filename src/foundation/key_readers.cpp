@@ -25,6 +25,17 @@ std::string_view number_text(const char* rest) {
     return text;
 }
 
+template <class Real>
+int read_real(const char* line, const char* key, Real& value) {
+    const char* const rest = after_key(line, key);
+    if (!rest) return 0;
+    const std::string_view text = number_text(rest);
+    Real number = 0;
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
+    value = end.ec == std::errc{} && std::isfinite(number) ? number : Real{0};
+    return 1;
+}
+
 }  // namespace
 
 int ReadKey(const char* line, const char* key, std::string& value) {
@@ -49,14 +60,10 @@ int ReadKey(const char* line, const char* key, int& value) {
     return 1;
 }
 
-int ReadKey(const char* line, const char* key, float& value) {
-    const char* const rest = after_key(line, key);
-    if (!rest) return 0;
-    const std::string_view text = number_text(rest);
-    float number = 0;
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
-    value = end.ec == std::errc{} && std::isfinite(number) ? number : 0.0f;
-    return 1;
+int ReadKey(const char* line, const char* key, float& value) { return read_real(line, key, value); }
+
+int ReadKey(const char* line, const char* key, double& value) {
+    return read_real(line, key, value);
 }
 
 }  // namespace halvern

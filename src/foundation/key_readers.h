@@ -16,5 +16,7 @@ int ReadKey(const char* line, const char* key, int& value);
 /// The decimal real number that the rest begins with, after blanks; 0 when there is none or when it
 /// is not a finite float.
 int ReadKey(const char* line, const char* key, float& value);
+/// The same in double precision, for coordinates.
+int ReadKey(const char* line, const char* key, double& value);
 
 }  // namespace halvern

@@ -1,6 +1,9 @@
 #include "geometry/line_reader.h"
 
 #include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
 
 namespace halvern {
 
@@ -14,13 +17,18 @@ LineReader::LineReader(std::size_t longest)
 LineReader::LineReader(const std::string& path, std::size_t longest) : LineReader(longest) {
     file_.reset(std::fopen(path.c_str(), "rb"));
     opened_ = file_ != nullptr;
-    if (opened_) block_.resize(kBlockBytes);
+    if (!opened_) return;
+    block_.resize(kBlockBytes);
+    std::error_code unknown;
+    const std::uintmax_t bytes = std::filesystem::file_size(path, unknown);
+    if (!unknown) bytes_ = static_cast<std::size_t>(bytes);
 }
 
 LineReader LineReader::Over(std::string_view text, std::size_t longest) {
     LineReader reader(longest);
     reader.text_ = reader.window_ = text;
     reader.opened_ = true;
+    reader.bytes_ = text.size();
     return reader;
 }
 
@@ -48,13 +56,20 @@ void LineReader::rewind() {
 
 bool LineReader::next(std::string_view& line) {
     std::size_t carried = 0;
+    const auto hand_out = [&](const char* start, std::size_t length, bool ended) {
+        if (carried > 0) {
+            std::copy_n(start, length, carry_.data() + carried);
+            line = {carry_.data(), carried + length};
+        } else {
+            line = {start, length};
+        }
+        if (!within_line_) ++line_number_;
+        within_line_ = !ended;
+        return true;
+    };
     for (;;) {
         if (at_ == window_.size() && !refill()) {
-            if (carried == 0) return false;
-            if (!within_line_) ++line_number_;
-            within_line_ = false;
-            line = {carry_.data(), carried};
-            return true;
+            return carried > 0 && hand_out(nullptr, 0, false);
         }
         if (skip_newline_) {
             skip_newline_ = false;
@@ -62,39 +77,22 @@ bool LineReader::next(std::string_view& line) {
             continue;  // the window may have ended with it
         }
         const char* const start = window_.data() + at_;
-        if (within_line_ && carried == 0 && (*start == '\n' || *start == '\r')) {
-            // The piece before took the whole line but its end.
-            within_line_ = false;
-            skip_newline_ = *start == '\r';
-            ++at_;
-            continue;
-        }
         const std::size_t most = std::min(window_.size() - at_, longest_ - carried);
-        const char* end = start;
-        while (end != start + most && *end != '\n' && *end != '\r') ++end;
-        const auto length = static_cast<std::size_t>(end - start);
-        const bool terminated = length < window_.size() - at_ && (*end == '\n' || *end == '\r');
-        const bool full = carried + length == longest_;
-        if (!terminated && !full) {  // the window ends first
-            std::copy(start, end, carry_.data() + carried);
-            carried += length;
-            at_ += length;
-            continue;
+        const auto* end = static_cast<const char*>(std::memchr(start, '\n', most));
+        const auto before = end ? static_cast<std::size_t>(end - start) : most;
+        if (const void* bare = std::memchr(start, '\r', before)) {
+            end = static_cast<const char*>(bare);
         }
-        if (carried > 0) {
-            std::copy(start, end, carry_.data() + carried);
-            line = {carry_.data(), carried + length};
-        } else {
-            line = {start, length};
-        }
-        at_ += length;
-        if (terminated) {
+        if (end) {
+            const auto length = static_cast<std::size_t>(end - start);
+            at_ += length + 1;
             skip_newline_ = *end == '\r';
-            ++at_;
+            return hand_out(start, length, true);
         }
-        if (!within_line_) ++line_number_;
-        within_line_ = !terminated;
-        return true;
+        at_ += most;
+        if (carried + most == longest_) return hand_out(start, most, false);
+        std::copy_n(start, most, carry_.data() + carried);  // the window ends first
+        carried += most;
     }
 }
 

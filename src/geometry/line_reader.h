@@ -12,7 +12,8 @@
 namespace halvern {
 
 /// Reads a text file, or a text in memory, line by line. A line ends with LF, CR LF or CR, or with
-/// the file. A line beyond the longest length is read in pieces of that length, each a line.
+/// the file. A line is read in pieces of at most the longest length, its end counted as one
+/// character, and each piece is a line: a line just as long as that is followed by an empty one.
 class LineReader {
 public:
     static constexpr std::size_t kLongest = 1024;  ///< what `longest` may be at most
@@ -23,11 +24,16 @@ public:
     static LineReader Over(std::string_view text, std::size_t longest);
 
     bool opened() const { return opened_; }
+    /// Bytes of the file or text when it was opened, 0 where that is not known.
+    std::size_t bytes() const { return bytes_; }
     /// Whether reading stopped at an error of the file system instead of the end.
     bool failed() const { return failed_; }
 
     /// The next line, without its end; valid until the next call. False at the end.
     [[nodiscard]] bool next(std::string_view& line);
+    /// Whether that line came with its end: it is no piece that goes on, and not cut off by the
+    /// end of the file.
+    bool ended() const { return !within_line_; }
 
     /// Of the line that next() gave, counted from 1. Pieces of one line have its number.
     std::int64_t line_number() const { return line_number_; }
@@ -50,9 +56,10 @@ private:
     std::size_t at_ = 0;       // of the next character in the window
     std::array<char, kLongest> carry_;  // a line that began in an earlier window
     std::size_t longest_;
+    std::size_t bytes_ = 0;
     std::int64_t line_number_ = 0;
     bool skip_newline_ = false;  // the last line ended with CR: an LF behind it belongs to it
-    bool within_line_ = false;   // the last line was a piece: the next belongs to the same
+    bool within_line_ = false;   // the last line had no end: the next belongs to the same
     bool opened_ = false;
     bool failed_ = false;
 };

@@ -7,6 +7,7 @@
 #include <functional>
 #include <tuple>
 
+#include "foundation/debug_output.h"
 #include "foundation/messages.h"
 
 namespace halvern {
@@ -15,6 +16,8 @@ namespace {
 
 /// Lines are read as far as this; what is longer goes on as a line of its own.
 constexpr std::size_t kLongestLine = 198;
+/// A whole record without its line end; tells how many may be in a file.
+constexpr std::size_t kRecordBytes = 80;
 
 /// What tells the three files apart, in messages and at the progress.
 struct SpsFileKind {
@@ -56,6 +59,22 @@ void refuse_empty(const SpsFileKind& kind, const std::string& file, std::int64_t
     }
 }
 
+/// The records of a file that have one sort of fault.
+struct Faults {
+    std::int64_t records = 0;
+    std::int64_t first_line = 0;
+    SpsFault first{};
+
+    void count(const SpsFault& fault, std::int64_t line) {
+        if (records++ > 0) return;
+        first = fault;
+        first_line = line;
+    }
+    bool comes_before(const Faults& other) const {
+        return records > 0 && (other.records == 0 || first_line < other.first_line);
+    }
+};
+
 /// Reads the records of one letter. `add` takes a line, `find_fault` says what is wrong with it.
 template <class Add, class FindFault>
 int read_records(LineReader& lines, const std::string& file, const SpsFileKind& kind,
@@ -68,9 +87,7 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
     const std::int64_t total = progress ? lines.count_lines() : 0;
 
     std::int64_t records = 0;
-    std::int64_t faults = 0;
-    std::int64_t first_fault_line = 0;
-    SpsFault first_fault{};
+    Faults no_numbers, shifted;
     std::int64_t first_other_line = 0;  // neither header nor blank nor of the letter
     std::string first_other;
     std::int64_t done = 0;
@@ -93,10 +110,7 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
             continue;
         }
         if (const auto fault = find_fault(line)) {
-            if (faults++ == 0) {
-                first_fault = *fault;
-                first_fault_line = lines.line_number();
-            }
+            (fault->shift > 0 ? shifted : no_numbers).count(*fault, lines.line_number());
         }
         add(line);
         ++records;
@@ -109,18 +123,27 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
         refuse_empty(kind, file, first_other_line, first_other);
         return -1;
     }
-    if (faults > 0) {
-        const bool all = faults == records;
+    const bool all = no_numbers.records + shifted.records == records;
+    if (all && shifted.comes_before(no_numbers)) {
+        LogPrint(
+            "SPS Error: %s file '%s', line %lld, columns %d-%d: the %s ends %d before its last"
+            " column: the record is shifted.\n",
+            kind.name, file.c_str(), static_cast<long long>(shifted.first_line),
+            shifted.first.first_column, shifted.first.last_column, shifted.first.field,
+            shifted.first.shift);
+    } else if (no_numbers.records > 0) {
         LogPrint("SPS %s: %s file '%s', line %lld, columns %d-%d: the %s is not a number.\n",
                  all ? "Error" : "Warning", kind.name, file.c_str(),
-                 static_cast<long long>(first_fault_line), first_fault.first_column,
-                 first_fault.last_column, first_fault.field);
-        if (all) {
-            LogPrint("SPS Error: No record of the file fits the columns of SPS revision 0.\n");
-            return -1;
-        }
+                 static_cast<long long>(no_numbers.first_line), no_numbers.first.first_column,
+                 no_numbers.first.last_column, no_numbers.first.field);
+    }
+    if (all) {
+        LogPrint("SPS Error: No record of the file fits the columns of SPS revision 0.\n");
+        return -1;
+    }
+    if (no_numbers.records > 0) {
         LogPrint("SPS Warning: %lld of its %lld records have such a field, which reads as 0.\n",
-                 static_cast<long long>(faults), static_cast<long long>(records));
+                 static_cast<long long>(no_numbers.records), static_cast<long long>(records));
     }
     return 0;
 }
@@ -128,6 +151,7 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
 int read_points(LineReader& lines, const std::string& file, const SpsFileKind& kind,
                 Progress* progress, std::vector<SpsPoint>& points) {
     points.clear();
+    points.reserve(lines.bytes() / kRecordBytes);
     return read_records(
         lines, file, kind, progress,
         [&](std::string_view line) { points.push_back(parse_sps_point(line)); },
@@ -203,8 +227,12 @@ int SpsDataSet::read_receivers(LineReader& lines, const std::string& name, Progr
     const auto before = [](const SpsPoint& a, const SpsPoint& b) {
         return sort_key(a) < sort_key(b);
     };
-    if (!std::is_sorted(receivers_.begin(), receivers_.end(), before)) {
+    // One pass tells whether they are sorted, a second one sorts.
+    if (std::is_sorted(receivers_.begin(), receivers_.end(), before)) {
+        DebugPrint("SPS Receivers: already sorted\n");
+    } else {
         std::stable_sort(receivers_.begin(), receivers_.end(), before);
+        DebugPrint("SPS Receivers: sorted in %d passes\n", 2);
     }
     return 0;
 }
@@ -212,6 +240,7 @@ int SpsDataSet::read_receivers(LineReader& lines, const std::string& name, Progr
 int SpsDataSet::read_relations(LineReader& lines, const std::string& name, Progress* progress) {
     prepared_ = false;
     relations_.clear();
+    relations_.reserve(lines.bytes() / kRecordBytes);
     return read_records(
         lines, name, kRelationFile, progress,
         [&](std::string_view line) { relations_.push_back(parse_sps_relation(line)); },
@@ -317,6 +346,24 @@ const SpsPoint* SpsDataSet::find_receiver(const Link& link, int point, int index
     if (found == end || place_on_line(*found) != wanted) return nullptr;
     last_receiver_ = static_cast<int>(found - receivers_.begin());
     return &*found;
+}
+
+bool SpsDataSet::ambiguous() const {
+    struct Range {
+        int ffid, first, last;
+        bool operator<(const Range& other) const {
+            return std::tie(ffid, first) < std::tie(other.ffid, other.first);
+        }
+    };
+    std::vector<Range> ranges;
+    ranges.reserve(relations_.size());
+    for (const SpsRelation& relation : relations_) {
+        ranges.push_back({relation.ffid, relation.first_channel, relation.last_channel});
+    }
+    if (!std::is_sorted(ranges.begin(), ranges.end())) std::sort(ranges.begin(), ranges.end());
+    return std::adjacent_find(ranges.begin(), ranges.end(), [](const Range& a, const Range& b) {
+               return a.ffid == b.ffid && b.first <= a.last;
+           }) != ranges.end();
 }
 
 SpsStatus SpsDataSet::search_relations(int ffid, int channel) {

@@ -62,6 +62,10 @@ public:
     /// fast, the order of the relations fastest.
     SpsMatch find(int ffid, int channel);
 
+    /// Whether some trace is held by more than one relation, so that what find() gives depends on
+    /// the traces before. Looks through all relations.
+    bool ambiguous() const;
+
     std::span<const SpsPoint> sources() const { return sources_; }
     std::span<const SpsPoint> receivers() const { return receivers_; }
     std::span<const SpsRelation> relations() const { return relations_; }

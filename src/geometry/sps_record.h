@@ -65,10 +65,12 @@ struct SpsFault {
     const char* field;  ///< its name
     int first_column;   ///< counted from 1
     int last_column;
+    int shift = 0;  ///< columns that the record lies too far left; 0: the field is no number
 };
 /// The first of a record's key fields (point number and coordinates; file number, points, channels
 /// and receivers) that holds something else than a number, or is blank where that leaves the
-/// record without meaning.
+/// record without meaning. Numbers stand at the right end of their columns; a record of which they
+/// all end equally far before it seems to be shifted.
 std::optional<SpsFault> find_sps_point_fault(std::string_view line);
 std::optional<SpsFault> find_sps_relation_fault(std::string_view line);
 

@@ -1,6 +1,9 @@
 #include "job/catalogue.h"
 
 #include "flow/unbuilt_flow_item.h"
+#include "geometry/ascii_input.h"
+#include "geometry/merge_sps.h"
+#include "geometry/trace_binning.h"
 #include "items/agc.h"
 #include "items/deconvolution.h"
 #include "items/filter.h"
@@ -43,13 +46,16 @@ constexpr Entry kCatalogue[] = {
     {FlowItemKind::kSegyTapeOutput, create<SegyTapeOutput>},
     {FlowItemKind::kNativeDiskOutput, create<NativeDiskOutput>},
     {FlowItemKind::kAgc, create<Agc>},
+    {FlowItemKind::kAsciiInput, create<AsciiInput>},
     {FlowItemKind::kFilter, create<Filter>},
     {FlowItemKind::kDeconvolution, create<Deconvolution>},
     {FlowItemKind::kLinearMoveout, create<LinearMoveout>},
+    {FlowItemKind::kMergeSps, create<MergeSps>},
     {FlowItemKind::kMute, create<Mute>},
     {FlowItemKind::kNormalMoveout, create<NormalMoveout>},
     {FlowItemKind::kTimeShift, create<TimeShift>},
     {FlowItemKind::kTraceMath, create<TraceMath>},
+    {FlowItemKind::kTraceBinning, create<TraceBinning>},
     {FlowItemKind::kTraceSort, create<TraceSort>},
     {FlowItemKind::kStack, create<Stack>},
 };

@@ -96,6 +96,41 @@ struct Lanes {
         }
     }
 
+    /// The same with the last value first.
+    [[gnu::always_inline]] static Complex load_complex_reversed(const double* from) {
+        if constexpr (L == 8) {
+            const V a = load(from);
+            const V b = load(from + 8);
+            return {__builtin_shufflevector(a, b, 14, 12, 10, 8, 6, 4, 2, 0),
+                    __builtin_shufflevector(a, b, 15, 13, 11, 9, 7, 5, 3, 1)};
+        } else if constexpr (L == 4) {
+            const V a = load(from);
+            const V b = load(from + 4);
+            const V c = __builtin_shufflevector(a, b, 6, 7, 2, 3);
+            const V d = __builtin_shufflevector(a, b, 4, 5, 0, 1);
+            return {__builtin_shufflevector(c, d, 0, 4, 2, 6),
+                    __builtin_shufflevector(c, d, 1, 5, 3, 7)};
+        } else {
+            const V a = load(from);
+            const V b = load(from + 2);
+            return {__builtin_shufflevector(a, b, 2, 0), __builtin_shufflevector(a, b, 3, 1)};
+        }
+    }
+    [[gnu::always_inline]] static void store_complex_reversed(double* to, Complex z) {
+        if constexpr (L == 8) {
+            store(to, __builtin_shufflevector(z.re, z.im, 7, 15, 6, 14, 5, 13, 4, 12));
+            store(to + 8, __builtin_shufflevector(z.re, z.im, 3, 11, 2, 10, 1, 9, 0, 8));
+        } else if constexpr (L == 4) {
+            const V a = __builtin_shufflevector(z.re, z.im, 0, 4, 2, 6);
+            const V b = __builtin_shufflevector(z.re, z.im, 1, 5, 3, 7);
+            store(to, __builtin_shufflevector(b, a, 2, 3, 6, 7));
+            store(to + 4, __builtin_shufflevector(b, a, 0, 1, 4, 5));
+        } else {
+            store(to, __builtin_shufflevector(z.re, z.im, 1, 3));
+            store(to + 2, __builtin_shufflevector(z.re, z.im, 0, 2));
+        }
+    }
+
     /// Stores the L columns of 8 rows one behind the other: to[8 c + r] = rows[r][c].
     [[gnu::always_inline]] static void store_transposed(double* to, const V (&rows)[8]) {
         if constexpr (L == 2) {
@@ -133,6 +168,51 @@ struct Lanes {
                 store(column + 16, __builtin_shufflevector(q, t, 0, 1, 4, 5, 8, 9, 12, 13));
                 store(column + 32, __builtin_shufflevector(p, s, 2, 3, 6, 7, 10, 11, 14, 15));
                 store(column + 48, __builtin_shufflevector(q, t, 2, 3, 6, 7, 10, 11, 14, 15));
+            }
+        }
+    }
+
+    /// The reverse: rows[r][c] = from[8 c + r].
+    [[gnu::always_inline]] static void load_transposed(const double* from, V (&rows)[8]) {
+        if constexpr (L == 2) {
+            for (int r = 0; r < 8; r += 2) {
+                const V a = load(from + r);
+                const V b = load(from + 8 + r);
+                rows[r] = __builtin_shufflevector(a, b, 0, 2);
+                rows[r + 1] = __builtin_shufflevector(a, b, 1, 3);
+            }
+        }
+        if constexpr (L == 4) {
+            for (int r = 0; r < 8; r += 4) {
+                const V a = load(from + r), b = load(from + 8 + r);
+                const V c = load(from + 16 + r), d = load(from + 24 + r);
+                const V p = __builtin_shufflevector(a, c, 0, 1, 4, 5);
+                const V q = __builtin_shufflevector(b, d, 0, 1, 4, 5);
+                const V s = __builtin_shufflevector(a, c, 2, 3, 6, 7);
+                const V t = __builtin_shufflevector(b, d, 2, 3, 6, 7);
+                rows[r] = __builtin_shufflevector(p, q, 0, 4, 2, 6);
+                rows[r + 1] = __builtin_shufflevector(p, q, 1, 5, 3, 7);
+                rows[r + 2] = __builtin_shufflevector(s, t, 0, 4, 2, 6);
+                rows[r + 3] = __builtin_shufflevector(s, t, 1, 5, 3, 7);
+            }
+        }
+        if constexpr (L == 8) {
+            V a[8];  // of columns c and c + 1 in turn: rows 0, 2, 4, 6 of both, then 1, 3, 5, 7
+            for (int c = 0; c < 8; c += 2) {
+                const V p = load(from + 8 * c), q = load(from + 8 * c + 8);
+                a[c] = __builtin_shufflevector(p, q, 0, 8, 2, 10, 4, 12, 6, 14);
+                a[c + 1] = __builtin_shufflevector(p, q, 1, 9, 3, 11, 5, 13, 7, 15);
+            }
+            for (int odd = 0; odd < 2; ++odd) {
+                const V* const b = a + odd;
+                const V p = __builtin_shufflevector(b[0], b[2], 0, 1, 4, 5, 8, 9, 12, 13);
+                const V q = __builtin_shufflevector(b[0], b[2], 2, 3, 6, 7, 10, 11, 14, 15);
+                const V s = __builtin_shufflevector(b[4], b[6], 0, 1, 4, 5, 8, 9, 12, 13);
+                const V t = __builtin_shufflevector(b[4], b[6], 2, 3, 6, 7, 10, 11, 14, 15);
+                rows[odd] = __builtin_shufflevector(p, s, 0, 1, 4, 5, 8, 9, 12, 13);
+                rows[2 + odd] = __builtin_shufflevector(q, t, 0, 1, 4, 5, 8, 9, 12, 13);
+                rows[4 + odd] = __builtin_shufflevector(p, s, 2, 3, 6, 7, 10, 11, 14, 15);
+                rows[6 + odd] = __builtin_shufflevector(q, t, 2, 3, 6, 7, 10, 11, 14, 15);
             }
         }
     }
@@ -198,38 +278,60 @@ struct FftKernels {
         return {z.re * wr - z.im * wi, z.re * wi + z.im * wr};
     }
 
-    /// Radix 8 with stride 1. The twiddles of L groups lie together, register by register.
-    /// `Packed`: the parts alternate in from.re, from.im is not used.
-    template <bool Packed>
-    static void first_stage(const FftStage& stage, Split from, Split to) {
+    [[gnu::always_inline]] static void butterfly(Complex (&z)[8], int radix) {
+        if (radix == 8) {
+            butterfly8(z);
+        } else {
+            butterfly4(z);
+        }
+    }
+
+    /// The forward transform's first stage, radix 8 with stride 1, from values whose parts
+    /// alternate. The twiddles of L groups lie together, register by register.
+    static void enter(const FftStage& stage, const double* x, Split to) {
         const std::size_t m = stage.groups;
         const double* w = stage.twiddles;
         for (std::size_t p = 0; p < m; p += L, w += 14 * L) {
             Complex z[8];
-            for (int k = 0; k < 8; ++k) {
-                if constexpr (Packed) {
-                    z[k] = Ops::load_complex(from.re + 2 * (p + m * k));
-                } else {
-                    z[k] = {Ops::load(from.re + p + m * k), Ops::load(from.im + p + m * k)};
-                }
-            }
+            for (int k = 0; k < 8; ++k) z[k] = Ops::load_complex(x + 2 * (p + m * k));
             butterfly8(z);
             V re[8], im[8];
-            re[0] = z[0].re;
-            im[0] = z[0].im;
-            for (int k = 1; k < 8; ++k) {
-                const Complex y =
-                    times(z[k], Ops::load(w + (2 * k - 2) * L), Ops::load(w + (2 * k - 1) * L));
-                re[k] = y.re;
-                im[k] = y.im;
+            for (int k = 0; k < 8; ++k) {
+                if (k > 0) {
+                    z[k] =
+                        times(z[k], Ops::load(w + (2 * k - 2) * L), Ops::load(w + (2 * k - 1) * L));
+                }
+                re[k] = z[k].re;
+                im[k] = z[k].im;
             }
             Ops::store_transposed(to.re + 8 * p, re);
             Ops::store_transposed(to.im + 8 * p, im);
         }
     }
 
+    /// `enter` backwards: the inverse transform's last stage.
+    static void leave(const FftStage& stage, Split from, double* x) {
+        const std::size_t m = stage.groups;
+        const double* w = stage.twiddles;
+        for (std::size_t p = 0; p < m; p += L, w += 14 * L) {
+            V re[8], im[8];
+            Ops::load_transposed(from.re + 8 * p, re);
+            Ops::load_transposed(from.im + 8 * p, im);
+            Complex z[8];
+            for (int k = 0; k < 8; ++k) {
+                z[k] = {re[k], im[k]};
+                if (k > 0) {
+                    z[k] =
+                        times(z[k], Ops::load(w + (2 * k - 2) * L), Ops::load(w + (2 * k - 1) * L));
+                }
+            }
+            butterfly8(z);
+            for (int k = 0; k < 8; ++k) Ops::store_complex(x + 2 * (p + m * k), {z[k].im, z[k].re});
+        }
+    }
+
     template <int Radix>
-    static void middle_stage(const FftStage& stage, Split from, Split to) {
+    static void middle(const FftStage& stage, Split from, Split to) {
         const std::size_t m = stage.groups;
         const std::size_t s = stage.stride;
         const double* w = stage.twiddles;
@@ -240,115 +342,211 @@ struct FftKernels {
                     const std::size_t i = q + s * (p + m * k);
                     z[k] = {Ops::load(from.re + i), Ops::load(from.im + i)};
                 }
-                if constexpr (Radix == 8) butterfly8(z);
-                if constexpr (Radix == 4) butterfly4(z);
-                const std::size_t j = q + s * Radix * p;
-                Ops::store(to.re + j, z[0].re);
-                Ops::store(to.im + j, z[0].im);
-                for (int k = 1; k < Radix; ++k) {
-                    const Complex y =
-                        times(z[k], Ops::broadcast(w[2 * k - 2]), Ops::broadcast(w[2 * k - 1]));
-                    Ops::store(to.re + j + s * k, y.re);
-                    Ops::store(to.im + j + s * k, y.im);
+                butterfly(z, Radix);
+                for (int k = 0; k < Radix; ++k) {
+                    if (k > 0) {
+                        z[k] =
+                            times(z[k], Ops::broadcast(w[2 * k - 2]), Ops::broadcast(w[2 * k - 1]));
+                    }
+                    const std::size_t i = q + s * (Radix * p + k);
+                    Ops::store(to.re + i, z[k].re);
+                    Ops::store(to.im + i, z[k].im);
                 }
             }
         }
     }
 
-    /// One group and hence no twiddles. `Packed`: the parts alternate in to.im (the inverse's real
-    /// part), to.re is not used.
-    template <int Radix, bool Packed>
-    static void last_stage(const FftStage& stage, Split from, Split to) {
+    template <int Radix>
+    static void middle_backwards(const FftStage& stage, Split from, Split to) {
+        const std::size_t m = stage.groups;
         const std::size_t s = stage.stride;
-        for (std::size_t q = 0; q < s; q += L) {
+        const double* w = stage.twiddles;
+        for (std::size_t p = 0; p < m; ++p, w += 2 * (Radix - 1)) {
+            for (std::size_t q = 0; q < s; q += L) {
+                Complex z[8];
+                for (int k = 0; k < Radix; ++k) {
+                    const std::size_t i = q + s * (Radix * p + k);
+                    z[k] = {Ops::load(from.re + i), Ops::load(from.im + i)};
+                    if (k > 0) {
+                        z[k] =
+                            times(z[k], Ops::broadcast(w[2 * k - 2]), Ops::broadcast(w[2 * k - 1]));
+                    }
+                }
+                butterfly(z, Radix);
+                for (int k = 0; k < Radix; ++k) {
+                    const std::size_t i = q + s * (p + m * k);
+                    Ops::store(to.re + i, z[k].re);
+                    Ops::store(to.im + i, z[k].im);
+                }
+            }
+        }
+    }
+
+    // Z = E + i O holds the spectra of the even and the odd samples, E[k] = (Z[k] + conj Z[m - k])
+    // / 2 and i O[k] the same with minus. The real spectrum is X[k] = E[k] + W^k O[k] and X[m - k]
+    // = conj(E[k] - W^k O[k]) with W^k = 2 (c - i s), c and s from the tables.
+
+    /// u = Z[k], v = Z[m - k] become X[k], X[m - k].
+    template <class Value, class Pair>
+    [[gnu::always_inline]] static void separate(Pair& u, Pair& v, Value half, Value c, Value s) {
+        const Value er = (u.re + v.re) * half, ei = (u.im - v.im) * half;
+        const Value dr = u.re - v.re, di = u.im + v.im;
+        const Value tr = c * di - s * dr, ti = c * dr + s * di;
+        u = {er + tr, ei - ti};
+        v = {er - tr, -(ei + ti)};
+    }
+    /// u = X[k], v = X[m - k] become Z[k], Z[m - k].
+    template <class Value, class Pair>
+    [[gnu::always_inline]] static void unite(Pair& u, Pair& v, Value half, Value c, Value s) {
+        const Value er = (u.re + v.re) * half, ei = (u.im - v.im) * half;
+        const Value tr = u.re - v.re, ti = u.im + v.im;
+        const Value odd_re = c * tr - s * ti, odd_im = s * tr + c * ti;
+        u = {er - odd_im, ei + odd_re};
+        v = {er + odd_im, odd_re - ei};
+    }
+
+    struct Scalar {
+        double re, im;
+    };
+    /// c and s of k = q + s i, i < Radix, 0 < q <= s / 2, from the table's part, k <= m / 2.
+    template <int Radix>
+    [[gnu::always_inline]] static void pair_factors(const FftTables& tables, std::size_t q,
+                                                    std::size_t stride, int i, V& c, V& s) {
+        // Half a spectrum further on is a quarter turn, which the factors follow exactly.
+        const std::size_t at = q + stride * (i % (Radix / 2)) - 1;
+        const V cosine = Ops::load(tables.half_cosines + at);
+        const V sine = Ops::load(tables.half_sines + at);
+        c = i < Radix / 2 ? cosine : -sine;
+        s = i < Radix / 2 ? sine : cosine;
+    }
+
+    /// The forward transform's last stage, which has one group and no twiddles, and the separation:
+    /// columns q and s - q hold each other's counterparts.
+    template <int Radix>
+    static void separate_last(const FftTables& tables, const FftStage& stage, Split from,
+                              double* x) {
+        const std::size_t s = stage.stride;
+        const V half = Ops::broadcast(0.5);
+        {  // Column 0 is its own counterpart; all lanes work on it alike.
             Complex z[8];
             for (int k = 0; k < Radix; ++k) {
-                z[k] = {Ops::load(from.re + q + s * k), Ops::load(from.im + q + s * k)};
+                z[k] = {Ops::broadcast(from.re[s * k]), Ops::broadcast(from.im[s * k])};
             }
-            if constexpr (Radix == 8) butterfly8(z);
-            if constexpr (Radix == 4) butterfly4(z);
+            butterfly(z, Radix);
+            x[0] = z[0].re[0] + z[0].im[0];
+            x[1] = z[0].re[0] - z[0].im[0];
+            for (int k = 1; k <= Radix / 2; ++k) {
+                Scalar u{z[k].re[0], z[k].im[0]};
+                Scalar v{z[Radix - k].re[0], z[Radix - k].im[0]};
+                separate(u, v, 0.5, tables.half_cosines[s * k - 1], tables.half_sines[s * k - 1]);
+                x[2 * s * (Radix - k)] = v.re;
+                x[2 * s * (Radix - k) + 1] = v.im;
+                x[2 * s * k] = u.re;
+                x[2 * s * k + 1] = u.im;
+            }
+        }
+        for (std::size_t q = 1; q <= s / 2; q += L) {
+            const std::size_t back = s - q - L + 1;
+            Complex a[8], b[8];
             for (int k = 0; k < Radix; ++k) {
-                if constexpr (Packed) {
-                    Ops::store_complex(to.im + 2 * (q + s * k), {z[k].im, z[k].re});
-                } else {
-                    Ops::store(to.re + q + s * k, z[k].re);
-                    Ops::store(to.im + q + s * k, z[k].im);
-                }
+                a[k] = {Ops::load(from.re + q + s * k), Ops::load(from.im + q + s * k)};
+                b[k] = {Ops::reverse(Ops::load(from.re + back + s * k)),
+                        Ops::reverse(Ops::load(from.im + back + s * k))};
+            }
+            butterfly(a, Radix);
+            butterfly(b, Radix);
+            for (int k = 0; k < Radix; ++k) {
+                V c, sine;
+                pair_factors<Radix>(tables, q, s, k, c, sine);
+                separate(a[k], b[Radix - 1 - k], half, c, sine);
+                Ops::store_complex(x + 2 * (q + s * k), a[k]);
+                Ops::store_complex_reversed(x + 2 * (back + s * (Radix - 1 - k)), b[Radix - 1 - k]);
             }
         }
     }
 
-    /// All stages but the first, ending in `last`. `now` and `next` are used in turn.
-    template <bool Packed>
-    static void remaining_stages(const FftTables& tables, Split now, Split next, Split last) {
-        for (int i = 1; i < tables.stages; ++i) {
-            const FftStage& stage = tables.stage[i];
-            const bool eight = stage.radix == 8;
-            if (i + 1 == tables.stages) {
-                (eight ? last_stage<8, Packed> : last_stage<4, Packed>)(stage, now, last);
-            } else {
-                (eight ? middle_stage<8> : middle_stage<4>)(stage, now, next);
-                const Split swap = now;
-                now = next;
-                next = swap;
+    /// `separate_last` backwards: the inverse transform's first stage.
+    template <int Radix>
+    static void unite_first(const FftTables& tables, const FftStage& stage, const double* x,
+                            Split to) {
+        const std::size_t s = stage.stride;
+        const V half = Ops::broadcast(0.5);
+        {
+            Complex z[8];
+            z[0] = {Ops::broadcast((x[0] - x[1]) * 0.5), Ops::broadcast((x[0] + x[1]) * 0.5)};
+            for (int k = 1; k <= Radix / 2; ++k) {
+                Scalar u{x[2 * s * k], x[2 * s * k + 1]};
+                Scalar v{x[2 * s * (Radix - k)], x[2 * s * (Radix - k) + 1]};
+                unite(u, v, 0.5, tables.half_cosines[s * k - 1], tables.half_sines[s * k - 1]);
+                z[Radix - k] = {Ops::broadcast(v.im), Ops::broadcast(v.re)};
+                z[k] = {Ops::broadcast(u.im), Ops::broadcast(u.re)};
+            }
+            butterfly(z, Radix);
+            for (int k = 0; k < Radix; ++k) {
+                to.re[s * k] = z[k].re[0];
+                to.im[s * k] = z[k].im[0];
+            }
+        }
+        for (std::size_t q = 1; q <= s / 2; q += L) {
+            const std::size_t back = s - q - L + 1;
+            Complex a[8], b[8];
+            for (int k = 0; k < Radix; ++k) {
+                Complex u = Ops::load_complex(x + 2 * (q + s * k));
+                Complex v = Ops::load_complex_reversed(x + 2 * (back + s * (Radix - 1 - k)));
+                V c, sine;
+                pair_factors<Radix>(tables, q, s, k, c, sine);
+                unite(u, v, half, c, sine);
+                a[k] = {u.im, u.re};
+                b[Radix - 1 - k] = {v.im, v.re};
+            }
+            butterfly(a, Radix);
+            butterfly(b, Radix);
+            for (int k = 0; k < Radix; ++k) {
+                Ops::store(to.re + q + s * k, a[k].re);
+                Ops::store(to.im + q + s * k, a[k].im);
+                Ops::store(to.re + back + s * k, Ops::reverse(b[k].re));
+                Ops::store(to.im + back + s * k, Ops::reverse(b[k].im));
             }
         }
     }
+
+    struct Buffers {
+        Split now, next;
+        explicit Buffers(const FftTables& tables) {
+            const std::size_t apart = tables.points + kFftPadding;
+            now = {tables.work, tables.work + apart};
+            next = {tables.work + 2 * apart, tables.work + 3 * apart};
+        }
+        void swap() {
+            const Split other = now;
+            now = next;
+            next = other;
+        }
+    };
 
     static void forward(const FftTables& tables, double* x) {
-        const std::size_t m = tables.points;
-        const std::size_t apart = m + kFftPadding;
-        const Split a{tables.work, tables.work + apart};
-        const Split b{tables.work + 2 * apart, tables.work + 3 * apart};
-        first_stage<true>(tables.stage[0], {x, nullptr}, a);
-        const Split z = tables.stages % 2 == 0 ? b : a;
-        remaining_stages<false>(tables, a, b, z);
-
-        // Z[k] = E[k] + i O[k], the spectra of the even and the odd samples: E and O from Z[k] and
-        // Z[m - k], then X[k] = E[k] + W^k O[k] and X[m - k] = conj(E[k] - W^k O[k]).
-        x[0] = z.re[0] + z.im[0];
-        x[1] = z.re[0] - z.im[0];
-        const V half = Ops::broadcast(0.5);
-        for (std::size_t k = 1; k <= m / 2; k += L) {
-            const std::size_t back = m - k - L + 1;
-            const V ar = Ops::load(z.re + k), ai = Ops::load(z.im + k);
-            const V br = Ops::reverse(Ops::load(z.re + back));
-            const V bi = Ops::reverse(Ops::load(z.im + back));
-            const V c = Ops::load(tables.half_cosines + k - 1);
-            const V s = Ops::load(tables.half_sines + k - 1);
-            const V er = (ar + br) * half, ei = (ai - bi) * half;
-            const V dr = ar - br, di = ai + bi;
-            const V tr = c * di - s * dr, ti = c * dr + s * di;
-            Ops::store_complex(x + 2 * k, {er + tr, ei - ti});
-            Ops::store_complex(x + 2 * back, {Ops::reverse(er - tr), Ops::reverse(-(ei + ti))});
+        Buffers buffers(tables);
+        enter(tables.stage[0], x, buffers.now);
+        for (int i = 1; i + 1 < tables.stages; ++i, buffers.swap()) {
+            const FftStage& stage = tables.stage[i];
+            (stage.radix == 8 ? middle<8> : middle<4>)(stage, buffers.now, buffers.next);
         }
+        const FftStage& last = tables.stage[tables.stages - 1];
+        separate_last<4>(tables, last, buffers.now, x);
     }
 
+    /// The forward transform's stages in the reverse order, each backwards. With the real and the
+    /// imaginary parts in each other's place the same twiddles and butterflies serve.
     static void inverse(const FftTables& tables, double* x) {
-        const std::size_t m = tables.points;
-        const std::size_t apart = m + kFftPadding;
-        const Split a{tables.work, tables.work + apart};
-        const Split b{tables.work + 2 * apart, tables.work + 3 * apart};
-        const V half = Ops::broadcast(0.5);
-        a.re[0] = (x[0] + x[1]) * 0.5;
-        a.im[0] = (x[0] - x[1]) * 0.5;
-        for (std::size_t k = 1; k <= m / 2; k += L) {
-            const std::size_t back = m - k - L + 1;
-            const Complex u = Ops::load_complex(x + 2 * k);
-            const Complex v = Ops::load_complex(x + 2 * back);
-            const V vr = Ops::reverse(v.re), vi = Ops::reverse(v.im);
-            const V c = Ops::load(tables.half_cosines + k - 1);
-            const V s = Ops::load(tables.half_sines + k - 1);
-            const V er = (u.re + vr) * half, ei = (u.im - vi) * half;
-            const V tr = u.re - vr, ti = u.im + vi;
-            const V odd_re = c * tr - s * ti, odd_im = s * tr + c * ti;
-            Ops::store(a.re + k, er - odd_im);
-            Ops::store(a.im + k, ei + odd_re);
-            Ops::store(a.re + back, Ops::reverse(er + odd_im));
-            Ops::store(a.im + back, Ops::reverse(odd_re - ei));
+        Buffers buffers(tables);
+        const FftStage& last = tables.stage[tables.stages - 1];
+        unite_first<4>(tables, last, x, buffers.now);
+        for (int i = tables.stages - 2; i > 0; --i, buffers.swap()) {
+            const FftStage& stage = tables.stage[i];
+            (stage.radix == 8 ? middle_backwards<8> : middle_backwards<4>)(stage, buffers.now,
+                                                                           buffers.next);
         }
-        first_stage<false>(tables.stage[0], {a.im, a.re}, {b.im, b.re});
-        remaining_stages<true>(tables, {b.im, b.re}, {a.im, a.re}, {nullptr, x});
+        leave(tables.stage[0], buffers.now, x);
     }
 };
 
@@ -720,13 +918,20 @@ struct FunctionKernels {
     static void exponentials(const double* x, double* out, std::size_t count) {
         each(x, count, [=](V v, std::size_t i, std::size_t n) { put(out + i, exponential(v), n); });
     }
-    static void sines_and_cosines(const double* x, double* sines, double* cosines,
+    static bool sines_and_cosines(const double* x, double* sines, double* cosines,
                                   std::size_t count) {
-        each(x, count, [=](V v, std::size_t i, std::size_t n) {
+        V exact = all(1.0);
+        each(x, count, [&](V v, std::size_t i, std::size_t n) {
+            const V size = v < all(0.0) ? -v : v;
+            exact = size <= all(kLargestAngle) ? exact : all(0.0);
             const SineCosine both = sine_and_cosine(v);
             put(sines + i, both.sine, n);
             put(cosines + i, both.cosine, n);
         });
+        for (int lane = 0; lane < L; ++lane) {
+            if (exact[lane] == 0) return false;
+        }
+        return true;
     }
 };
 

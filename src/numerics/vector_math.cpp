@@ -1,6 +1,7 @@
 #include "numerics/vector_math.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "numerics/kernels.h"
@@ -25,17 +26,15 @@ bool sines_and_cosines(std::span<const double> angles, std::span<double> sines,
     constexpr std::size_t kBlock = 64;
     for (std::size_t start = 0; start < angles.size(); start += kBlock) {
         const std::size_t count = std::min(kBlock, angles.size() - start);
-        const double* const x = &angles[start];
-        bool small = true;
-        for (std::size_t i = 0; i < count; ++i) small &= std::abs(x[i]) <= kLargestAngle;
-        if (small) {
-            kernels().sines_and_cosines(x, &sines[start], &cosines[start], count);
+        const auto block = angles.subspan(start, count);
+        std::array<double, kBlock> given;  // the results may replace the angles
+        std::ranges::copy(block, given.begin());
+        if (kernels().sines_and_cosines(block.data(), &sines[start], &cosines[start], count)) {
             continue;
         }
         for (std::size_t i = 0; i < count; ++i) {
-            const double angle = x[i];
-            sines[start + i] = std::sin(angle);
-            cosines[start + i] = std::cos(angle);
+            sines[start + i] = std::sin(given[i]);
+            cosines[start + i] = std::cos(given[i]);
         }
     }
     return true;

@@ -57,9 +57,9 @@ TEST_P(EveryKind, DeclaresItsParametersSoundly) {
         EXPECT_TRUE(keys.insert(parameter.key).second) << "stands twice";
         if (std::holds_alternative<Rows>(parameter.value)) continue;
         const bool chosen = !parameter.field.choices.empty();
-        const char* letters = std::holds_alternative<Bound<int>>(parameter.value)     ? "d"
-                              : std::holds_alternative<Bound<float>>(parameter.value) ? "f"
-                                                                                      : "s";
+        const char* letters = std::holds_alternative<Bound<int>>(parameter.value)           ? "d"
+                              : std::holds_alternative<Bound<std::string>>(parameter.value) ? "s"
+                                                                                            : "f";
         EXPECT_TRUE(fits(parameter.format, letters)) << parameter.format;
         EXPECT_TRUE(!parameter.log || fits(parameter.log, chosen ? "s" : letters));
         if (!parameter.field.label) continue;
@@ -79,6 +79,7 @@ TEST_P(EveryKind, ReadsBackWhatItWrites) {
     for (const Parameter& parameter : item->Parameters()) {
         if (const auto* number = std::get_if<Bound<int>>(&parameter.value)) *number->variable += 1;
         if (const auto* real = std::get_if<Bound<float>>(&parameter.value)) *real->variable += 2;
+        if (const auto* real = std::get_if<Bound<double>>(&parameter.value)) *real->variable += 2;
         if (const auto* text = std::get_if<Bound<std::string>>(&parameter.value)) {
             *text->variable = "X y";
         }
