@@ -343,13 +343,14 @@ void AsciiInput::PutEqualsFirst() {
 
 bool AsciiInput::OpenFile() {
     lines_.emplace(file_, kLongestLine);
+    if (!lines_->opened()) {
+        Error("Cannot open file to read: '%s'\n", file_.c_str());
+        return false;
+    }
     std::string_view line;
-    // A directory opens and fails at the first read.
-    bool more = lines_->opened();
-    for (int i = 0; more && i < start_record_; ++i) more = lines_->next(line);
-    if (lines_->opened() && !lines_->failed()) return true;
-    Error("Cannot open file to read: '%s'\n", file_.c_str());
-    return false;
+    for (int i = 0; i < start_record_ && lines_->next(line); ++i) {
+    }
+    return true;
 }
 
 bool AsciiInput::LoadRecords() {
