@@ -1,16 +1,19 @@
 // The services behind the processing items, for traces of 1,500 samples, against what bounds them.
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <string>
 
 #include "numerics/convolution.h"
 #include "numerics/correlation.h"
 #include "numerics/key_sort.h"
+#include "numerics/minimum_phase.h"
 #include "numerics/real_fft.h"
 #include "numerics/running_gain.h"
 #include "numerics/spline.h"
 #include "numerics/toeplitz.h"
+#include "numerics/vector_math.h"
 #include "ratio.h"
 
 namespace {
@@ -72,6 +75,40 @@ void toeplitz(benchmark::State& state) {
 }
 BENCHMARK(toeplitz);
 
+void minimum_phase_design(benchmark::State& state) {
+    const AlignedDoubles trace = noise(kSamples);
+    AlignedDoubles lags(kOperator + 1), filter(kOperator);
+    correlate(trace, trace, lags);
+    MinimumPhaseInverse plan = *MinimumPhaseInverse::make(4096);
+    compare(
+        state, [&] { plan.design(lags, filter); }, Pair{});
+}
+BENCHMARK(minimum_phase_design);
+
+/// Of 2,048 values: logarithms, exponentials, sines and cosines.
+void elementary_functions(benchmark::State& state) {
+    const AlignedDoubles x = noise(2048);
+    AlignedDoubles a(2048), b(2048);
+    compare(
+        state,
+        [&] {
+            exponentials(x, a);
+            logarithms(a, a);
+            sines_and_cosines(x, a, b);
+        },
+        [&] {
+            for (std::size_t i = 0; i < x.size(); ++i) a[i] = std::exp(x[i]);
+            for (double& value : a) value = std::log(value);
+            for (std::size_t i = 0; i < x.size(); ++i) {
+                a[i] = std::sin(x[i]);
+                b[i] = std::cos(x[i]);
+            }
+            benchmark::ClobberMemory();
+        });
+    state.SetLabel("limit: the standard library");
+}
+BENCHMARK(elementary_functions);
+
 void spline_shift(benchmark::State& state) {
     std::vector<float> trace(kSamples, 1.0f);
     AlignedDoubles work(kSamples);
@@ -96,29 +133,6 @@ void gain(benchmark::State& state) {
     state.SetLabel("limit: a transform pair");
 }
 BENCHMARK(gain);
-
-/// What no order of evaluation can avoid: two dependent additions for every sample.
-void gain_against_its_chain(benchmark::State& state) {
-    const AlignedDoubles values = noise(kSamples);
-    const std::vector<float> input(values.begin(), values.end());
-    std::vector<float> trace = input;
-    AlignedDoubles energies(kSamples);
-    compare(
-        state,
-        [&] {
-            std::memcpy(trace.data(), input.data(), kSamples * sizeof(float));
-            benchmark::DoNotOptimize(running_gain(trace, 64, energies));
-        },
-        [&] {
-            double sum = 0;
-            for (const double value : values) {
-                sum -= value;
-                sum += value;
-            }
-            benchmark::DoNotOptimize(sum);
-        });
-}
-BENCHMARK(gain_against_its_chain);
 
 void direct_over_spectral_correlation(benchmark::State& state) {
     const AlignedDoubles trace = noise(static_cast<std::size_t>(state.range(0)));

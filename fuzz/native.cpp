@@ -16,7 +16,8 @@ void TerminateJob(int) { std::abort(); }
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 3) return 0;
     namespace fs = std::filesystem;
-    static const fs::path folder = fs::temp_directory_path() / ("fuzz-native-" + std::to_string(std::rand()));
+    static const fs::path folder =
+        fs::temp_directory_path() / ("fuzz-native-" + std::to_string(std::rand()));
     fs::create_directories(folder);
     const std::string text(reinterpret_cast<const char*>(data), size);
     // The first two bytes say where the three texts are cut.
@@ -32,14 +33,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (data[0] % 2 == 0) {
         write("main", part(2, first));
     } else {
-        write("main", "KDFILE001\n" + at + "desc\n" + at + "line\n" + at + "head\n" + at + "data\n");
+        write("main",
+              "KDFILE001\n" + at + "desc\n" + at + "line\n" + at + "head\n" + at + "data\n");
     }
     write("line", part(first, second));
     write("desc", part(second, size));
     write("head", std::string(480, '\1'));
     write("data", std::string(4000, '\2'));
     halvern::NativeReader reader;
-    if (reader.open((folder / "main").string(), 1, "fuzz") != halvern::NativeOpening::kOpened) return 0;
+    if (reader.open((folder / "main").string(), 1, "fuzz") != halvern::NativeOpening::kOpened)
+        return 0;
     while (reader.read_next() == 1) {
         for (int word = 0; word < reader.definition().count(); ++word) {
             (void)reader.definition().get_double(word);

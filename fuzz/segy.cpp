@@ -7,9 +7,9 @@
 #include <random>
 #include <vector>
 
+#include "flow/record_encoder.h"
 #include "foundation/messages.h"
 #include "segy/segy_reader.h"
-#include "segy/segy_record_encoder.h"
 
 void halvern::TerminateJob(int) { __builtin_trap(); }  // the description has all that is needed
 
@@ -115,9 +115,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             __builtin_trap();
         }
         for (const SampleFormat format : kFormats) {
-            SegyRecordEncoder encoder(reader.definition(), format, data[0] & 2 ? count : count / 2,
-                                      reader.layout().interval, data[0]);
-            (void)encoder.line_header(reader.line());
+            RecordEncoder encoder(reader.definition(), format, data[0] & 2 ? count : count / 2,
+                                  reader.layout().interval, data[0]);
+            (void)segy_output_line(reader.line(), format, encoder.samples(), encoder.interval());
             (void)encoder.encode(reader.definition(), reader.samples());
         }
         if (reader.samples().floats(reader.definition()).size() !=

@@ -45,8 +45,8 @@ struct Options {
 SyntheticLine asked_line(const Options& options) {
     SyntheticLine line = options.line;
     const double interval_us = options.interval_ms * 1000;
-    line.interval_us =
-        interval_us >= 1 && interval_us <= 65535 ? static_cast<int>(interval_us + 0.5) : 0;
+    const bool in_range = interval_us >= 1 && interval_us <= 65535;
+    line.interval_us = in_range ? static_cast<int>(std::lround(interval_us)) : 0;
     if (line.interval_us > 0 && std::fabs(interval_us - line.interval_us) > 1e-6) {
         throw CLI::ValidationError("--interval", "must be a whole number of microseconds");
     }

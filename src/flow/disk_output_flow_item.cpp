@@ -56,7 +56,6 @@ ParameterList DiskOutputFlowItem::DiskParameters(const std::string& standard_fil
         {.key = "TIME",
          .format = "%d",
          .value = Bound{&time_ms_, 1000},
-         .log = "The traces will be shortened to %d msec.\n",
          .field = {.label = "Time",
                    .prompt = "Trace length to output (in msec.)?",
                    .help = "Enter the trace length to be output in milliseconds.  The number here "

@@ -185,7 +185,7 @@ private:
     int& slot_of(int point, int index, const SpsLineName& line) {
         std::uint64_t hash = mix(static_cast<std::uint32_t>(point)) + static_cast<unsigned>(index);
         hash = mix(hash ^ std::hash<std::string_view>{}({line.data(), line.size()}));
-        for (std::size_t at = hash;; ++at) {
+        for (auto at = static_cast<std::size_t>(hash);; ++at) {
             int& slot = slots_[at & (slots_.size() - 1)];
             if (slot < 0) return slot;
             const SpsPoint& source = sources_[static_cast<std::size_t>(slot)];
@@ -291,9 +291,10 @@ void SpsDataSet::link_receivers(std::size_t relation) {
         link.end_receiver = links_[relation - 1].end_receiver;
         return;
     }
-    const auto run = std::ranges::equal_range(receivers_, line, {}, &SpsPoint::line_name);
-    link.first_receiver = static_cast<int>(run.begin() - receivers_.begin());
-    link.end_receiver = static_cast<int>(run.end() - receivers_.begin());
+    const auto first = std::ranges::lower_bound(receivers_, line, {}, &SpsPoint::line_name);
+    const auto end = std::ranges::upper_bound(receivers_, line, {}, &SpsPoint::line_name);
+    link.first_receiver = static_cast<int>(first - receivers_.begin());
+    link.end_receiver = static_cast<int>(end - receivers_.begin());
 }
 
 SpsMatch SpsDataSet::find(int ffid, int channel) {

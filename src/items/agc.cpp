@@ -55,7 +55,8 @@ void Agc::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&, in
             "It is being reduced to the trace length.\n");
         window = line.samples();
     }
-    half_window_ = static_cast<std::size_t>(window / 2);  // an odd window works as one of a sample less
+    half_window_ =
+        static_cast<std::size_t>(window / 2);  // an odd window works as one of a sample less
     energies_.resize(static_cast<std::size_t>(line.samples()));
 }
 

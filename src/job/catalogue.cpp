@@ -5,6 +5,15 @@
 #include "geometry/merge_sps.h"
 #include "geometry/trace_binning.h"
 #include "items/agc.h"
+#include "items/deconvolution.h"
+#include "items/filter.h"
+#include "items/linear_moveout.h"
+#include "items/mute.h"
+#include "items/normal_moveout.h"
+#include "items/stack.h"
+#include "items/time_shift.h"
+#include "items/trace_math.h"
+#include "items/trace_sort.h"
 #include "native/native_disk_input.h"
 #include "native/native_disk_output.h"
 #include "segy/segy_disk_input.h"
@@ -19,28 +28,37 @@ std::unique_ptr<FlowItem> create(const FlowSection& section, LogFlag log) {
     return std::make_unique<Item>(section, log);
 }
 
+struct Entry {
+    FlowItemKind kind;
+    std::unique_ptr<FlowItem> (*create)(const FlowSection& section, LogFlag log);
+};
+
+// The kinds that are built, by id.
+constexpr Entry kCatalogue[] = {
+    {FlowItemKind::kSegyDiskInput, create<SegyDiskInput>},
+    {FlowItemKind::kNativeDiskInput, create<NativeDiskInput>},
+    {FlowItemKind::kSegyDiskOutput, create<SegyDiskOutput>},
+    {FlowItemKind::kNativeDiskOutput, create<NativeDiskOutput>},
+    {FlowItemKind::kAgc, create<Agc>},
+    {FlowItemKind::kAsciiInput, create<AsciiInput>},
+    {FlowItemKind::kFilter, create<Filter>},
+    {FlowItemKind::kDeconvolution, create<Deconvolution>},
+    {FlowItemKind::kLinearMoveout, create<LinearMoveout>},
+    {FlowItemKind::kMergeSps, create<MergeSps>},
+    {FlowItemKind::kMute, create<Mute>},
+    {FlowItemKind::kNormalMoveout, create<NormalMoveout>},
+    {FlowItemKind::kTimeShift, create<TimeShift>},
+    {FlowItemKind::kTraceMath, create<TraceMath>},
+    {FlowItemKind::kTraceBinning, create<TraceBinning>},
+    {FlowItemKind::kTraceSort, create<TraceSort>},
+    {FlowItemKind::kStack, create<Stack>},
+};
+
 }  // namespace
 
 std::unique_ptr<FlowItem> CreateFlowItem(const FlowSection& section, LogFlag log) {
-    switch (section.kind) {
-        case FlowItemKind::kSegyDiskInput:
-            return create<SegyDiskInput>(section, log);
-        case FlowItemKind::kNativeDiskInput:
-            return create<NativeDiskInput>(section, log);
-        case FlowItemKind::kNativeDiskOutput:
-            return create<NativeDiskOutput>(section, log);
-        case FlowItemKind::kSegyDiskOutput:
-            return create<SegyDiskOutput>(section, log);
-        case FlowItemKind::kAgc:
-            return create<Agc>(section, log);
-        case FlowItemKind::kAsciiInput:
-            return create<AsciiInput>(section, log);
-        case FlowItemKind::kMergeSps:
-            return create<MergeSps>(section, log);
-        case FlowItemKind::kTraceBinning:
-            return create<TraceBinning>(section, log);
-        default:
-            break;
+    for (const Entry& entry : kCatalogue) {
+        if (entry.kind == section.kind) return entry.create(section, log);
     }
     const int id = static_cast<int>(section.kind);
     if (id < 0 || id >= kFlowItemKinds) return nullptr;

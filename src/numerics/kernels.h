@@ -46,10 +46,15 @@ struct Kernels {
     /// As solve_toeplitz, the lengths already checked.
     bool (*levinson)(const double* row, const double* right, double* solution, std::size_t length,
                      double* work);
-    /// As the function, the lengths already checked.
-    void (*running_gain)(float* samples, std::size_t length, std::size_t half_window,
-                         double* energies);
+    /// As the functions.
+    void (*logarithms)(const double* x, double* out, std::size_t count);
+    void (*exponentials)(const double* x, double* out, std::size_t count);
+    /// False when an angle was above kLargestAngle, where the results are not exact.
+    bool (*sines_and_cosines)(const double* x, double* sines, double* cosines, std::size_t count);
 };
+
+/// Up to here a product of the number of quarter turns with a part of one is exact.
+inline constexpr double kLargestAngle = 1e5;
 
 /// Zeros behind every array of the solver, so that its sums may end in full registers.
 inline constexpr std::size_t kSolverPadding = 8;

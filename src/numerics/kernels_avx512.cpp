@@ -11,6 +11,9 @@ const Kernels& avx512_kernels() {
         table.lanes = 8;
         table.fft_forward = FftKernels<8>::forward;
         table.fft_inverse = FftKernels<8>::inverse;
+        table.logarithms = FunctionKernels<8>::logarithms;
+        table.exponentials = FunctionKernels<8>::exponentials;
+        table.sines_and_cosines = FunctionKernels<8>::sines_and_cosines;
         return table;
     }();
     return kTable;

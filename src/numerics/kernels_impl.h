@@ -8,20 +8,24 @@
 
 namespace halvern::numerics {
 
-/// The vector type of L doubles. (GCC loses the attribute where its size depends on L.)
+/// The vector types of L doubles and of their bits. (GCC loses the attribute where its size depends
+/// on L.)
 template <int L>
 struct Register;
 template <>
 struct Register<2> {
     typedef double V __attribute__((vector_size(16)));
+    typedef unsigned long long Bits __attribute__((vector_size(16)));
 };
 template <>
 struct Register<4> {
     typedef double V __attribute__((vector_size(32)));
+    typedef unsigned long long Bits __attribute__((vector_size(32)));
 };
 template <>
 struct Register<8> {
     typedef double V __attribute__((vector_size(64)));
+    typedef unsigned long long Bits __attribute__((vector_size(64)));
 };
 
 /// The moves between registers of L doubles and memory.
@@ -92,6 +96,41 @@ struct Lanes {
         }
     }
 
+    /// The same with the last value first.
+    [[gnu::always_inline]] static Complex load_complex_reversed(const double* from) {
+        if constexpr (L == 8) {
+            const V a = load(from);
+            const V b = load(from + 8);
+            return {__builtin_shufflevector(a, b, 14, 12, 10, 8, 6, 4, 2, 0),
+                    __builtin_shufflevector(a, b, 15, 13, 11, 9, 7, 5, 3, 1)};
+        } else if constexpr (L == 4) {
+            const V a = load(from);
+            const V b = load(from + 4);
+            const V c = __builtin_shufflevector(a, b, 6, 7, 2, 3);
+            const V d = __builtin_shufflevector(a, b, 4, 5, 0, 1);
+            return {__builtin_shufflevector(c, d, 0, 4, 2, 6),
+                    __builtin_shufflevector(c, d, 1, 5, 3, 7)};
+        } else {
+            const V a = load(from);
+            const V b = load(from + 2);
+            return {__builtin_shufflevector(a, b, 2, 0), __builtin_shufflevector(a, b, 3, 1)};
+        }
+    }
+    [[gnu::always_inline]] static void store_complex_reversed(double* to, Complex z) {
+        if constexpr (L == 8) {
+            store(to, __builtin_shufflevector(z.re, z.im, 7, 15, 6, 14, 5, 13, 4, 12));
+            store(to + 8, __builtin_shufflevector(z.re, z.im, 3, 11, 2, 10, 1, 9, 0, 8));
+        } else if constexpr (L == 4) {
+            const V a = __builtin_shufflevector(z.re, z.im, 0, 4, 2, 6);
+            const V b = __builtin_shufflevector(z.re, z.im, 1, 5, 3, 7);
+            store(to, __builtin_shufflevector(b, a, 2, 3, 6, 7));
+            store(to + 4, __builtin_shufflevector(b, a, 0, 1, 4, 5));
+        } else {
+            store(to, __builtin_shufflevector(z.re, z.im, 1, 3));
+            store(to + 2, __builtin_shufflevector(z.re, z.im, 0, 2));
+        }
+    }
+
     /// Stores the L columns of 8 rows one behind the other: to[8 c + r] = rows[r][c].
     [[gnu::always_inline]] static void store_transposed(double* to, const V (&rows)[8]) {
         if constexpr (L == 2) {
@@ -129,6 +168,51 @@ struct Lanes {
                 store(column + 16, __builtin_shufflevector(q, t, 0, 1, 4, 5, 8, 9, 12, 13));
                 store(column + 32, __builtin_shufflevector(p, s, 2, 3, 6, 7, 10, 11, 14, 15));
                 store(column + 48, __builtin_shufflevector(q, t, 2, 3, 6, 7, 10, 11, 14, 15));
+            }
+        }
+    }
+
+    /// The reverse: rows[r][c] = from[8 c + r].
+    [[gnu::always_inline]] static void load_transposed(const double* from, V (&rows)[8]) {
+        if constexpr (L == 2) {
+            for (int r = 0; r < 8; r += 2) {
+                const V a = load(from + r);
+                const V b = load(from + 8 + r);
+                rows[r] = __builtin_shufflevector(a, b, 0, 2);
+                rows[r + 1] = __builtin_shufflevector(a, b, 1, 3);
+            }
+        }
+        if constexpr (L == 4) {
+            for (int r = 0; r < 8; r += 4) {
+                const V a = load(from + r), b = load(from + 8 + r);
+                const V c = load(from + 16 + r), d = load(from + 24 + r);
+                const V p = __builtin_shufflevector(a, c, 0, 1, 4, 5);
+                const V q = __builtin_shufflevector(b, d, 0, 1, 4, 5);
+                const V s = __builtin_shufflevector(a, c, 2, 3, 6, 7);
+                const V t = __builtin_shufflevector(b, d, 2, 3, 6, 7);
+                rows[r] = __builtin_shufflevector(p, q, 0, 4, 2, 6);
+                rows[r + 1] = __builtin_shufflevector(p, q, 1, 5, 3, 7);
+                rows[r + 2] = __builtin_shufflevector(s, t, 0, 4, 2, 6);
+                rows[r + 3] = __builtin_shufflevector(s, t, 1, 5, 3, 7);
+            }
+        }
+        if constexpr (L == 8) {
+            V a[8];  // of columns c and c + 1 in turn: rows 0, 2, 4, 6 of both, then 1, 3, 5, 7
+            for (int c = 0; c < 8; c += 2) {
+                const V p = load(from + 8 * c), q = load(from + 8 * c + 8);
+                a[c] = __builtin_shufflevector(p, q, 0, 8, 2, 10, 4, 12, 6, 14);
+                a[c + 1] = __builtin_shufflevector(p, q, 1, 9, 3, 11, 5, 13, 7, 15);
+            }
+            for (int odd = 0; odd < 2; ++odd) {
+                const V* const b = a + odd;
+                const V p = __builtin_shufflevector(b[0], b[2], 0, 1, 4, 5, 8, 9, 12, 13);
+                const V q = __builtin_shufflevector(b[0], b[2], 2, 3, 6, 7, 10, 11, 14, 15);
+                const V s = __builtin_shufflevector(b[4], b[6], 0, 1, 4, 5, 8, 9, 12, 13);
+                const V t = __builtin_shufflevector(b[4], b[6], 2, 3, 6, 7, 10, 11, 14, 15);
+                rows[odd] = __builtin_shufflevector(p, s, 0, 1, 4, 5, 8, 9, 12, 13);
+                rows[2 + odd] = __builtin_shufflevector(q, t, 0, 1, 4, 5, 8, 9, 12, 13);
+                rows[4 + odd] = __builtin_shufflevector(p, s, 2, 3, 6, 7, 10, 11, 14, 15);
+                rows[6 + odd] = __builtin_shufflevector(q, t, 2, 3, 6, 7, 10, 11, 14, 15);
             }
         }
     }
@@ -194,38 +278,60 @@ struct FftKernels {
         return {z.re * wr - z.im * wi, z.re * wi + z.im * wr};
     }
 
-    /// Radix 8 with stride 1. The twiddles of L groups lie together, register by register.
-    /// `Packed`: the parts alternate in from.re, from.im is not used.
-    template <bool Packed>
-    static void first_stage(const FftStage& stage, Split from, Split to) {
+    [[gnu::always_inline]] static void butterfly(Complex (&z)[8], int radix) {
+        if (radix == 8) {
+            butterfly8(z);
+        } else {
+            butterfly4(z);
+        }
+    }
+
+    /// The forward transform's first stage, radix 8 with stride 1, from values whose parts
+    /// alternate. The twiddles of L groups lie together, register by register.
+    static void enter(const FftStage& stage, const double* x, Split to) {
         const std::size_t m = stage.groups;
         const double* w = stage.twiddles;
         for (std::size_t p = 0; p < m; p += L, w += 14 * L) {
             Complex z[8];
-            for (int k = 0; k < 8; ++k) {
-                if constexpr (Packed) {
-                    z[k] = Ops::load_complex(from.re + 2 * (p + m * k));
-                } else {
-                    z[k] = {Ops::load(from.re + p + m * k), Ops::load(from.im + p + m * k)};
-                }
-            }
+            for (int k = 0; k < 8; ++k) z[k] = Ops::load_complex(x + 2 * (p + m * k));
             butterfly8(z);
             V re[8], im[8];
-            re[0] = z[0].re;
-            im[0] = z[0].im;
-            for (int k = 1; k < 8; ++k) {
-                const Complex y =
-                    times(z[k], Ops::load(w + (2 * k - 2) * L), Ops::load(w + (2 * k - 1) * L));
-                re[k] = y.re;
-                im[k] = y.im;
+            for (int k = 0; k < 8; ++k) {
+                if (k > 0) {
+                    z[k] =
+                        times(z[k], Ops::load(w + (2 * k - 2) * L), Ops::load(w + (2 * k - 1) * L));
+                }
+                re[k] = z[k].re;
+                im[k] = z[k].im;
             }
             Ops::store_transposed(to.re + 8 * p, re);
             Ops::store_transposed(to.im + 8 * p, im);
         }
     }
 
+    /// `enter` backwards: the inverse transform's last stage.
+    static void leave(const FftStage& stage, Split from, double* x) {
+        const std::size_t m = stage.groups;
+        const double* w = stage.twiddles;
+        for (std::size_t p = 0; p < m; p += L, w += 14 * L) {
+            V re[8], im[8];
+            Ops::load_transposed(from.re + 8 * p, re);
+            Ops::load_transposed(from.im + 8 * p, im);
+            Complex z[8];
+            for (int k = 0; k < 8; ++k) {
+                z[k] = {re[k], im[k]};
+                if (k > 0) {
+                    z[k] =
+                        times(z[k], Ops::load(w + (2 * k - 2) * L), Ops::load(w + (2 * k - 1) * L));
+                }
+            }
+            butterfly8(z);
+            for (int k = 0; k < 8; ++k) Ops::store_complex(x + 2 * (p + m * k), {z[k].im, z[k].re});
+        }
+    }
+
     template <int Radix>
-    static void middle_stage(const FftStage& stage, Split from, Split to) {
+    static void middle(const FftStage& stage, Split from, Split to) {
         const std::size_t m = stage.groups;
         const std::size_t s = stage.stride;
         const double* w = stage.twiddles;
@@ -236,115 +342,211 @@ struct FftKernels {
                     const std::size_t i = q + s * (p + m * k);
                     z[k] = {Ops::load(from.re + i), Ops::load(from.im + i)};
                 }
-                if constexpr (Radix == 8) butterfly8(z);
-                if constexpr (Radix == 4) butterfly4(z);
-                const std::size_t j = q + s * Radix * p;
-                Ops::store(to.re + j, z[0].re);
-                Ops::store(to.im + j, z[0].im);
-                for (int k = 1; k < Radix; ++k) {
-                    const Complex y =
-                        times(z[k], Ops::broadcast(w[2 * k - 2]), Ops::broadcast(w[2 * k - 1]));
-                    Ops::store(to.re + j + s * k, y.re);
-                    Ops::store(to.im + j + s * k, y.im);
+                butterfly(z, Radix);
+                for (int k = 0; k < Radix; ++k) {
+                    if (k > 0) {
+                        z[k] =
+                            times(z[k], Ops::broadcast(w[2 * k - 2]), Ops::broadcast(w[2 * k - 1]));
+                    }
+                    const std::size_t i = q + s * (Radix * p + k);
+                    Ops::store(to.re + i, z[k].re);
+                    Ops::store(to.im + i, z[k].im);
                 }
             }
         }
     }
 
-    /// One group and hence no twiddles. `Packed`: the parts alternate in to.im (the inverse's real
-    /// part), to.re is not used.
-    template <int Radix, bool Packed>
-    static void last_stage(const FftStage& stage, Split from, Split to) {
+    template <int Radix>
+    static void middle_backwards(const FftStage& stage, Split from, Split to) {
+        const std::size_t m = stage.groups;
         const std::size_t s = stage.stride;
-        for (std::size_t q = 0; q < s; q += L) {
+        const double* w = stage.twiddles;
+        for (std::size_t p = 0; p < m; ++p, w += 2 * (Radix - 1)) {
+            for (std::size_t q = 0; q < s; q += L) {
+                Complex z[8];
+                for (int k = 0; k < Radix; ++k) {
+                    const std::size_t i = q + s * (Radix * p + k);
+                    z[k] = {Ops::load(from.re + i), Ops::load(from.im + i)};
+                    if (k > 0) {
+                        z[k] =
+                            times(z[k], Ops::broadcast(w[2 * k - 2]), Ops::broadcast(w[2 * k - 1]));
+                    }
+                }
+                butterfly(z, Radix);
+                for (int k = 0; k < Radix; ++k) {
+                    const std::size_t i = q + s * (p + m * k);
+                    Ops::store(to.re + i, z[k].re);
+                    Ops::store(to.im + i, z[k].im);
+                }
+            }
+        }
+    }
+
+    // Z = E + i O holds the spectra of the even and the odd samples, E[k] = (Z[k] + conj Z[m - k])
+    // / 2 and i O[k] the same with minus. The real spectrum is X[k] = E[k] + W^k O[k] and X[m - k]
+    // = conj(E[k] - W^k O[k]) with W^k = 2 (c - i s), c and s from the tables.
+
+    /// u = Z[k], v = Z[m - k] become X[k], X[m - k].
+    template <class Value, class Pair>
+    [[gnu::always_inline]] static void separate(Pair& u, Pair& v, Value half, Value c, Value s) {
+        const Value er = (u.re + v.re) * half, ei = (u.im - v.im) * half;
+        const Value dr = u.re - v.re, di = u.im + v.im;
+        const Value tr = c * di - s * dr, ti = c * dr + s * di;
+        u = {er + tr, ei - ti};
+        v = {er - tr, -(ei + ti)};
+    }
+    /// u = X[k], v = X[m - k] become Z[k], Z[m - k].
+    template <class Value, class Pair>
+    [[gnu::always_inline]] static void unite(Pair& u, Pair& v, Value half, Value c, Value s) {
+        const Value er = (u.re + v.re) * half, ei = (u.im - v.im) * half;
+        const Value tr = u.re - v.re, ti = u.im + v.im;
+        const Value odd_re = c * tr - s * ti, odd_im = s * tr + c * ti;
+        u = {er - odd_im, ei + odd_re};
+        v = {er + odd_im, odd_re - ei};
+    }
+
+    struct Scalar {
+        double re, im;
+    };
+    /// c and s of k = q + s i, i < Radix, 0 < q <= s / 2, from the table's part, k <= m / 2.
+    template <int Radix>
+    [[gnu::always_inline]] static void pair_factors(const FftTables& tables, std::size_t q,
+                                                    std::size_t stride, int i, V& c, V& s) {
+        // Half a spectrum further on is a quarter turn, which the factors follow exactly.
+        const std::size_t at = q + stride * (i % (Radix / 2)) - 1;
+        const V cosine = Ops::load(tables.half_cosines + at);
+        const V sine = Ops::load(tables.half_sines + at);
+        c = i < Radix / 2 ? cosine : -sine;
+        s = i < Radix / 2 ? sine : cosine;
+    }
+
+    /// The forward transform's last stage, which has one group and no twiddles, and the separation:
+    /// columns q and s - q hold each other's counterparts.
+    template <int Radix>
+    static void separate_last(const FftTables& tables, const FftStage& stage, Split from,
+                              double* x) {
+        const std::size_t s = stage.stride;
+        const V half = Ops::broadcast(0.5);
+        {  // Column 0 is its own counterpart; all lanes work on it alike.
             Complex z[8];
             for (int k = 0; k < Radix; ++k) {
-                z[k] = {Ops::load(from.re + q + s * k), Ops::load(from.im + q + s * k)};
+                z[k] = {Ops::broadcast(from.re[s * k]), Ops::broadcast(from.im[s * k])};
             }
-            if constexpr (Radix == 8) butterfly8(z);
-            if constexpr (Radix == 4) butterfly4(z);
+            butterfly(z, Radix);
+            x[0] = z[0].re[0] + z[0].im[0];
+            x[1] = z[0].re[0] - z[0].im[0];
+            for (int k = 1; k <= Radix / 2; ++k) {
+                Scalar u{z[k].re[0], z[k].im[0]};
+                Scalar v{z[Radix - k].re[0], z[Radix - k].im[0]};
+                separate(u, v, 0.5, tables.half_cosines[s * k - 1], tables.half_sines[s * k - 1]);
+                x[2 * s * (Radix - k)] = v.re;
+                x[2 * s * (Radix - k) + 1] = v.im;
+                x[2 * s * k] = u.re;
+                x[2 * s * k + 1] = u.im;
+            }
+        }
+        for (std::size_t q = 1; q <= s / 2; q += L) {
+            const std::size_t back = s - q - L + 1;
+            Complex a[8], b[8];
             for (int k = 0; k < Radix; ++k) {
-                if constexpr (Packed) {
-                    Ops::store_complex(to.im + 2 * (q + s * k), {z[k].im, z[k].re});
-                } else {
-                    Ops::store(to.re + q + s * k, z[k].re);
-                    Ops::store(to.im + q + s * k, z[k].im);
-                }
+                a[k] = {Ops::load(from.re + q + s * k), Ops::load(from.im + q + s * k)};
+                b[k] = {Ops::reverse(Ops::load(from.re + back + s * k)),
+                        Ops::reverse(Ops::load(from.im + back + s * k))};
+            }
+            butterfly(a, Radix);
+            butterfly(b, Radix);
+            for (int k = 0; k < Radix; ++k) {
+                V c, sine;
+                pair_factors<Radix>(tables, q, s, k, c, sine);
+                separate(a[k], b[Radix - 1 - k], half, c, sine);
+                Ops::store_complex(x + 2 * (q + s * k), a[k]);
+                Ops::store_complex_reversed(x + 2 * (back + s * (Radix - 1 - k)), b[Radix - 1 - k]);
             }
         }
     }
 
-    /// All stages but the first, ending in `last`. `now` and `next` are used in turn.
-    template <bool Packed>
-    static void remaining_stages(const FftTables& tables, Split now, Split next, Split last) {
-        for (int i = 1; i < tables.stages; ++i) {
-            const FftStage& stage = tables.stage[i];
-            const bool eight = stage.radix == 8;
-            if (i + 1 == tables.stages) {
-                (eight ? last_stage<8, Packed> : last_stage<4, Packed>)(stage, now, last);
-            } else {
-                (eight ? middle_stage<8> : middle_stage<4>)(stage, now, next);
-                const Split swap = now;
-                now = next;
-                next = swap;
+    /// `separate_last` backwards: the inverse transform's first stage.
+    template <int Radix>
+    static void unite_first(const FftTables& tables, const FftStage& stage, const double* x,
+                            Split to) {
+        const std::size_t s = stage.stride;
+        const V half = Ops::broadcast(0.5);
+        {
+            Complex z[8];
+            z[0] = {Ops::broadcast((x[0] - x[1]) * 0.5), Ops::broadcast((x[0] + x[1]) * 0.5)};
+            for (int k = 1; k <= Radix / 2; ++k) {
+                Scalar u{x[2 * s * k], x[2 * s * k + 1]};
+                Scalar v{x[2 * s * (Radix - k)], x[2 * s * (Radix - k) + 1]};
+                unite(u, v, 0.5, tables.half_cosines[s * k - 1], tables.half_sines[s * k - 1]);
+                z[Radix - k] = {Ops::broadcast(v.im), Ops::broadcast(v.re)};
+                z[k] = {Ops::broadcast(u.im), Ops::broadcast(u.re)};
+            }
+            butterfly(z, Radix);
+            for (int k = 0; k < Radix; ++k) {
+                to.re[s * k] = z[k].re[0];
+                to.im[s * k] = z[k].im[0];
+            }
+        }
+        for (std::size_t q = 1; q <= s / 2; q += L) {
+            const std::size_t back = s - q - L + 1;
+            Complex a[8], b[8];
+            for (int k = 0; k < Radix; ++k) {
+                Complex u = Ops::load_complex(x + 2 * (q + s * k));
+                Complex v = Ops::load_complex_reversed(x + 2 * (back + s * (Radix - 1 - k)));
+                V c, sine;
+                pair_factors<Radix>(tables, q, s, k, c, sine);
+                unite(u, v, half, c, sine);
+                a[k] = {u.im, u.re};
+                b[Radix - 1 - k] = {v.im, v.re};
+            }
+            butterfly(a, Radix);
+            butterfly(b, Radix);
+            for (int k = 0; k < Radix; ++k) {
+                Ops::store(to.re + q + s * k, a[k].re);
+                Ops::store(to.im + q + s * k, a[k].im);
+                Ops::store(to.re + back + s * k, Ops::reverse(b[k].re));
+                Ops::store(to.im + back + s * k, Ops::reverse(b[k].im));
             }
         }
     }
+
+    struct Buffers {
+        Split now, next;
+        explicit Buffers(const FftTables& tables) {
+            const std::size_t apart = tables.points + kFftPadding;
+            now = {tables.work, tables.work + apart};
+            next = {tables.work + 2 * apart, tables.work + 3 * apart};
+        }
+        void swap() {
+            const Split other = now;
+            now = next;
+            next = other;
+        }
+    };
 
     static void forward(const FftTables& tables, double* x) {
-        const std::size_t m = tables.points;
-        const std::size_t apart = m + kFftPadding;
-        const Split a{tables.work, tables.work + apart};
-        const Split b{tables.work + 2 * apart, tables.work + 3 * apart};
-        first_stage<true>(tables.stage[0], {x, nullptr}, a);
-        const Split z = tables.stages % 2 == 0 ? b : a;
-        remaining_stages<false>(tables, a, b, z);
-
-        // Z[k] = E[k] + i O[k], the spectra of the even and the odd samples: E and O from Z[k] and
-        // Z[m - k], then X[k] = E[k] + W^k O[k] and X[m - k] = conj(E[k] - W^k O[k]).
-        x[0] = z.re[0] + z.im[0];
-        x[1] = z.re[0] - z.im[0];
-        const V half = Ops::broadcast(0.5);
-        for (std::size_t k = 1; k <= m / 2; k += L) {
-            const std::size_t back = m - k - L + 1;
-            const V ar = Ops::load(z.re + k), ai = Ops::load(z.im + k);
-            const V br = Ops::reverse(Ops::load(z.re + back));
-            const V bi = Ops::reverse(Ops::load(z.im + back));
-            const V c = Ops::load(tables.half_cosines + k - 1);
-            const V s = Ops::load(tables.half_sines + k - 1);
-            const V er = (ar + br) * half, ei = (ai - bi) * half;
-            const V dr = ar - br, di = ai + bi;
-            const V tr = c * di - s * dr, ti = c * dr + s * di;
-            Ops::store_complex(x + 2 * k, {er + tr, ei - ti});
-            Ops::store_complex(x + 2 * back, {Ops::reverse(er - tr), Ops::reverse(-(ei + ti))});
+        Buffers buffers(tables);
+        enter(tables.stage[0], x, buffers.now);
+        for (int i = 1; i + 1 < tables.stages; ++i, buffers.swap()) {
+            const FftStage& stage = tables.stage[i];
+            (stage.radix == 8 ? middle<8> : middle<4>)(stage, buffers.now, buffers.next);
         }
+        const FftStage& last = tables.stage[tables.stages - 1];
+        separate_last<4>(tables, last, buffers.now, x);
     }
 
+    /// The forward transform's stages in the reverse order, each backwards. With the real and the
+    /// imaginary parts in each other's place the same twiddles and butterflies serve.
     static void inverse(const FftTables& tables, double* x) {
-        const std::size_t m = tables.points;
-        const std::size_t apart = m + kFftPadding;
-        const Split a{tables.work, tables.work + apart};
-        const Split b{tables.work + 2 * apart, tables.work + 3 * apart};
-        const V half = Ops::broadcast(0.5);
-        a.re[0] = (x[0] + x[1]) * 0.5;
-        a.im[0] = (x[0] - x[1]) * 0.5;
-        for (std::size_t k = 1; k <= m / 2; k += L) {
-            const std::size_t back = m - k - L + 1;
-            const Complex u = Ops::load_complex(x + 2 * k);
-            const Complex v = Ops::load_complex(x + 2 * back);
-            const V vr = Ops::reverse(v.re), vi = Ops::reverse(v.im);
-            const V c = Ops::load(tables.half_cosines + k - 1);
-            const V s = Ops::load(tables.half_sines + k - 1);
-            const V er = (u.re + vr) * half, ei = (u.im - vi) * half;
-            const V tr = u.re - vr, ti = u.im + vi;
-            const V odd_re = c * tr - s * ti, odd_im = s * tr + c * ti;
-            Ops::store(a.re + k, er - odd_im);
-            Ops::store(a.im + k, ei + odd_re);
-            Ops::store(a.re + back, Ops::reverse(er + odd_im));
-            Ops::store(a.im + back, Ops::reverse(odd_re - ei));
+        Buffers buffers(tables);
+        const FftStage& last = tables.stage[tables.stages - 1];
+        unite_first<4>(tables, last, x, buffers.now);
+        for (int i = tables.stages - 2; i > 0; --i, buffers.swap()) {
+            const FftStage& stage = tables.stage[i];
+            (stage.radix == 8 ? middle_backwards<8> : middle_backwards<4>)(stage, buffers.now,
+                                                                           buffers.next);
         }
-        first_stage<false>(tables.stage[0], {a.im, a.re}, {b.im, b.re});
-        remaining_stages<true>(tables, {b.im, b.re}, {a.im, a.re}, {nullptr, x});
+        leave(tables.stage[0], buffers.now, x);
     }
 };
 
@@ -582,52 +784,154 @@ struct SolverKernels {
     }
 };
 
+/// Elementary functions without branches or tables: the argument reduced to a small interval, there
+/// a series cut where its terms no longer count.
 template <int L>
-struct GainKernels {
-    static void running_gain(float* samples, std::size_t n, std::size_t h, double* energies) {
-        for (std::size_t i = 0; i < n; ++i) {
-            energies[i] = static_cast<double>(samples[i]) * static_cast<double>(samples[i]);
-        }
-        double sum = 0;
-        for (std::size_t i = 0; i < h; ++i) sum += energies[i];
-        // The chain of sums waits for one addition after the other; meanwhile the processor takes
-        // the roots and quotients of the block before, which do not depend on one another.
-        constexpr std::size_t kBlock = 32;
-        for (std::size_t start = 0; start < n; start += kBlock) {
-            double sums[kBlock];
-            const std::size_t end = start + kBlock < n ? start + kBlock : n;
-            const std::size_t rising = end < h ? end : h;
-            const std::size_t full = end < n - h ? end : n - h;
-            std::size_t j = start;
-            for (; j < rising; ++j) {
-                sums[j - start] = sum;
-                sum += energies[j + h];
-            }
-            for (; j < full; ++j) {
-                sums[j - start] = sum;
-                sum -= energies[j - h];
-                sum += energies[j + h];
-            }
-            for (; j < end; ++j) {
-                sums[j - start] = sum;
-                sum -= energies[j - h];
-            }
-            if (end - start == kBlock) {
-                divide(samples + start, sums, kBlock);
-            } else {
-                divide(samples + start, sums, end - start);
+struct FunctionKernels {
+    using Ops = Lanes<L>;
+    using V = typename Ops::V;
+    using Bits = typename Register<L>::Bits;
+
+    // Added to a number below 2^51, it rounds it to a whole one, which then stands in the lowest
+    // bits.
+    static constexpr double kRounder = 0x1.8p52;
+
+    [[gnu::always_inline]] static V all(double x) { return Ops::broadcast(x); }
+    [[gnu::always_inline]] static Bits bits(V v) { return reinterpret_cast<Bits>(v); }
+    [[gnu::always_inline]] static V number(Bits b) { return reinterpret_cast<V>(b); }
+
+    /// The polynomial with these coefficients, the highest power's first: four interleaved ones in
+    /// x^4, whose chains of operations are short and run side by side.
+    template <std::size_t N>
+    [[gnu::always_inline]] static V polynomial(V x, const double (&coefficients)[N]) {
+        const V square = x * x;
+        const V fourth = square * square;
+        V part[4];
+        for (std::size_t p = 0; p < 4; ++p) {  // powers p, p + 4, ..., N - 1 at most
+            std::size_t power = (N - 1 - p) / 4 * 4 + p;
+            part[p] = all(coefficients[N - 1 - power]);
+            while (power >= 4) {
+                power -= 4;
+                part[p] = part[p] * fourth + all(coefficients[N - 1 - power]);
             }
         }
+        return (part[0] + x * part[1]) + square * (part[2] + x * part[3]);
     }
 
-    [[gnu::always_inline]] static void divide(float* samples, const double* sums,
-                                              std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto root = static_cast<float>(__builtin_sqrt(sums[i]));
-            const bool live = root > 0;
-            const float quotient = samples[i] / (live ? root : 1.0f);
-            samples[i] = live ? quotient : samples[i];
+    /// 2^k for a whole k within the exponents of normal numbers.
+    [[gnu::always_inline]] static V power_of_two(V k) {
+        return number((bits(k + all(kRounder)) << 52) + bits(all(1.0)));
+    }
+
+    [[gnu::always_inline]] static V exponential(V x) {
+        static constexpr double kTaylor[] = {1 / 6227020800.0, 1 / 479001600.0, 1 / 39916800.0,
+                                             1 / 3628800.0,    1 / 362880.0,    1 / 40320.0,
+                                             1 / 5040.0,       1 / 720.0,       1 / 120.0,
+                                             1 / 24.0,         1 / 6.0,         1 / 2.0};
+        x = x > all(710.0) ? all(710.0) : x;
+        x = x < all(-746.0) ? all(-746.0) : x;
+        const V k = x * all(1.44269504088896340736) + all(kRounder) - all(kRounder);
+        const V r = x - k * all(0x1.62e42feep-1) - k * all(0x1.a39ef35793c76p-33);
+        // In two steps, for results beyond the normal numbers.
+        const V half = k * all(0.5) + all(kRounder) - all(kRounder);
+        const V power = all(1.0) + (r + r * r * polynomial(r, kTaylor));
+        return power * power_of_two(half) * power_of_two(k - half);
+    }
+
+    [[gnu::always_inline]] static V logarithm(V x) {
+        static constexpr double kSeries[] = {2 / 23.0, 2 / 21.0, 2 / 19.0, 2 / 17.0,
+                                             2 / 15.0, 2 / 13.0, 2 / 11.0, 2 / 9.0,
+                                             2 / 7.0,  2 / 5.0,  2 / 3.0};
+        constexpr double kSmallest = 0x1p-1022;
+        constexpr double kInfinity = __builtin_inf();
+        const auto tiny = x < all(kSmallest);
+        const V y = tiny ? x * all(0x1p54) : x;
+        // y = m 2^k with m from about the root of 1/2 to the root of 2.
+        constexpr unsigned long long kRootOfHalf = 0x3fe6a09e00000000;
+        const Bits shifted = bits(y) + (0x3ff0000000000000 - kRootOfHalf);
+        const V m = number((shifted & 0x000fffffffffffff) + kRootOfHalf);
+        V k = number((shifted >> 52) | 0x4330000000000000) - all(0x1p52 + 1023);
+        k = tiny ? k - all(54.0) : k;
+        const V f = m - all(1.0);
+        const V s = f / (all(2.0) + f);
+        const V z = s * s;
+        const V square = all(0.5) * f * f;
+        const V rest = z * polynomial(z, kSeries);
+        V result = k * all(0x1.62e42feep-1) -
+                   ((square - (s * (square + rest) + k * all(0x1.a39ef35793c76p-33))) - f);
+        result = x == all(kInfinity) ? x : result;
+        result = x == all(0.0) ? all(-kInfinity) : result;
+        return x >= all(0.0) ? result : all(__builtin_nan(""));
+    }
+
+    struct SineCosine {
+        V sine, cosine;
+    };
+    [[gnu::always_inline]] static SineCosine sine_and_cosine(V x) {
+        static constexpr double kSine[] = {
+            1 / 355687428096000.0, -1 / 1307674368000.0, 1 / 6227020800.0, -1 / 39916800.0,
+            1 / 362880.0,          -1 / 5040.0,          1 / 120.0,        -1 / 6.0};
+        static constexpr double kCosine[] = {
+            -1 / 6402373705728000.0, 1 / 20922789888000.0, -1 / 87178291200.0, 1 / 479001600.0,
+            -1 / 3628800.0,          1 / 40320.0,          -1 / 720.0,         1 / 24.0};
+        const V shifted = x * all(0.63661977236758134308) + all(kRounder);
+        const V quarters = shifted - all(kRounder);
+        // A quarter turn in three parts, the first two short enough for exact products; what the
+        // remainder r loses by rounding is kept as its error e.
+        const V most = x - quarters * all(0x1.921fb544p0);
+        const V second_part = quarters * all(0x1.0b4611a6p-34);
+        const V near = most - second_part;
+        const V low = ((most - near) - second_part) - quarters * all(0x1.3198a2e037073p-69);
+        const V r = near + low;
+        const V e = (near - r) + low;
+        const V z = r * r;
+        const V half = all(0.5) * z;
+        const V sine = r + (r * z * polynomial(z, kSine) + e * (all(1.0) - half));
+        const V cosine = all(1.0) - (half - (z * z * polynomial(z, kCosine) - r * e));
+        const Bits quarter = bits(shifted);
+        const Bits swapped = Bits{} - (quarter & 1);
+        const V first = number((bits(sine) & ~swapped) | (bits(cosine) & swapped));
+        const V second = number((bits(cosine) & ~swapped) | (bits(sine) & swapped));
+        return {number(bits(first) ^ ((quarter & 2) << 62)),
+                number(bits(second) ^ (((quarter + 1) & 2) << 62))};
+    }
+
+    /// The function of L values at a time, the last ones filled up with ones.
+    template <class Function>
+    [[gnu::always_inline]] static void each(const double* x, std::size_t count, Function apply) {
+        std::size_t i = 0;
+        for (; i + L <= count; i += L) apply(Ops::load(x + i), i, L);
+        if (i < count) {
+            V last = all(1.0);
+            for (std::size_t lane = 0; i + lane < count; ++lane) last[lane] = x[i + lane];
+            apply(last, i, count - i);
         }
+    }
+    [[gnu::always_inline]] static void put(double* to, V v, std::size_t count) {
+        if (count == L) return Ops::store(to, v);
+        for (std::size_t lane = 0; lane < count; ++lane) to[lane] = v[lane];
+    }
+
+    static void logarithms(const double* x, double* out, std::size_t count) {
+        each(x, count, [=](V v, std::size_t i, std::size_t n) { put(out + i, logarithm(v), n); });
+    }
+    static void exponentials(const double* x, double* out, std::size_t count) {
+        each(x, count, [=](V v, std::size_t i, std::size_t n) { put(out + i, exponential(v), n); });
+    }
+    static bool sines_and_cosines(const double* x, double* sines, double* cosines,
+                                  std::size_t count) {
+        V exact = all(1.0);
+        each(x, count, [&](V v, std::size_t i, std::size_t n) {
+            const V size = v < all(0.0) ? -v : v;
+            exact = size <= all(kLargestAngle) ? exact : all(0.0);
+            const SineCosine both = sine_and_cosine(v);
+            put(sines + i, both.sine, n);
+            put(cosines + i, both.cosine, n);
+        });
+        for (int lane = 0; lane < L; ++lane) {
+            if (exact[lane] == 0) return false;
+        }
+        return true;
     }
 };
 
@@ -640,7 +944,9 @@ constexpr Kernels kernel_table(const char* name) {
             .convolve = SumKernels<L>::convolve,
             .correlate = SumKernels<L>::correlate,
             .levinson = SolverKernels<L>::levinson,
-            .running_gain = GainKernels<L>::running_gain};
+            .logarithms = FunctionKernels<L>::logarithms,
+            .exponentials = FunctionKernels<L>::exponentials,
+            .sines_and_cosines = FunctionKernels<L>::sines_and_cosines};
 }
 
 }  // namespace halvern::numerics

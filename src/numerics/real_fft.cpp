@@ -9,7 +9,7 @@ namespace halvern::numerics {
 
 namespace {
 
-constexpr std::int64_t kShortestFast = 128;
+constexpr std::int64_t kShortestFast = 256;
 
 struct Root {
     double cosine, sine;
@@ -73,12 +73,13 @@ void RealFft::make_tables() {
     work_.resize(4 * (points + kFftPadding));
     tables_.work = work_.data();
 
-    // Eights as long as they fit, and one or two fours for what is left.
+    // Eights first; the last stage is a four, which leaves room in the registers for its
+    // counterpart.
     int bits = std::countr_zero(points);
     std::size_t stride = 1;
     std::size_t size = 0;
     while (bits > 0) {
-        const int radix = bits == 2 || bits == 4 ? 4 : 8;
+        const int radix = bits == 5 || bits >= 7 ? 8 : 4;
         bits -= radix == 8 ? 3 : 2;
         const std::size_t groups = points / stride / static_cast<std::size_t>(radix);
         tables_.stage[tables_.stages++] = {.radix = radix, .groups = groups, .stride = stride};

@@ -11,7 +11,7 @@ namespace {
 
 // Large enough that calls into the system do not count, small enough to stay in the cache between
 // the copy into it and the copy out of it.
-constexpr std::size_t kBufferBytes = std::size_t{512} << 10;
+constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 
 const char* stream_mode(BlockWriter::Mode mode) {
     switch (mode) {

@@ -3,9 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "flow/process_flow_item.h"
+#include "flow/disk_output_flow_item.h"
 #include "segy/segy_layout.h"
-#include "segy/segy_record_encoder.h"
 #include "segy/segy_writer.h"
 
 namespace halvern {
@@ -18,12 +17,11 @@ namespace halvern {
 /// record was, and the input is at least as far. Where that does not hold (another record size,
 /// more traces than were read, an input that was moved back) the job ends instead. Traces that the
 /// flow drops leave no gap: the first records are written over, the last ones stay.
-class SegyDiskOutput final : public OutputFlowItem {
+class SegyDiskOutput final : public DiskOutputFlowItem {
 public:
     SegyDiskOutput(const FlowSection& section, LogFlag log);
     ~SegyDiskOutput() override;
 
-    void LogParameters() override;
     /// Checks the parameters, opens the file and sizes the record buffer. Ends the job, before it
     /// touches any file, when the file cannot take this line's traces.
     void PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples,
@@ -35,11 +33,7 @@ public:
     /// Closes the file and sums up. Harmless when no trace came.
     void EndRun() override;
 
-    bool OverwritesInput() const { return write_type_ == kOverwriteInput; }
-
 private:
-    enum WriteType { kAppend = 0, kOverwrite = 1, kOverwriteInput = 2 };
-
     /// The file to write, and what of it stays.
     struct Target {
         std::string path;
@@ -51,27 +45,16 @@ private:
 
     ParameterList Parameters() override;
     DialogTexts WindowTexts() const override;
-    SampleFormat ChosenFormat() const;
     // The steps of PrepareRun; false after an error line.
-    bool CheckParameters(const LineHeader& line) const;
     bool FindInput(Target& target, SegyLayout& layout);
-    bool CheckFits(const SegyLayout& input, const LineHeader& line, int samples) const;
-    bool CheckPath(const std::string& path);
     bool FindEndOfFile(const LineHeader& line, int samples, Target& target);
     bool ReadLayout(const std::string& path, SegyLayout& layout, std::int64_t& traces,
                     std::int64_t& left_over);
-    int OutputSamples(const LineHeader& line) const;
     void FailWriting(const char* what);  // names the file and the system's reason, ends the job
-
-    std::string file_;
-    int output_format_ = 0;  // as entered
-    int write_type_ = 0;     // a WriteType
-    int use_time_ = 0;
-    int time_ms_ = 0;
 
     // From PrepareRun to EndRun:
     std::string path_;
-    SegyRecordEncoder encoder_;
+    RecordEncoder encoder_;
     SegyWriter writer_;
     bool prepared_ = false;
     bool line_header_due_ = false;

@@ -29,7 +29,8 @@ int segy_revision(const LineHeader& line) {
     return major <= 15 ? static_cast<int>(major) : 0;
 }
 
-void clear_foreign_layout(LineHeader& line) {
+LineHeader segy_output_line(const LineHeader& line, SampleFormat format, int samples,
+                            int interval) {
     struct Field {
         std::size_t offset, size;
     };
@@ -40,13 +41,19 @@ void clear_foreign_layout(LineHeader& line) {
         {3512, 16},  // number of traces, offset of the first
         {3528, 4},   // trailer records
     };
+    LineHeader header = line;
     const int revision = segy_revision(line);
-    const std::span<std::byte, kLineHeaderBytes> bytes = line.bytes();
+    const std::span<std::byte, kLineHeaderBytes> bytes = header.bytes();
     if (revision >= 1) put_u16(bytes.subspan<kTextHeaders, 2>(), 0);
-    if (revision < 2) return;
-    for (const auto& [offset, size] : kOfRevision2) {
-        std::ranges::fill(bytes.subspan(offset, size), std::byte{0});
+    if (revision >= 2) {
+        for (const auto& [offset, size] : kOfRevision2) {
+            std::ranges::fill(bytes.subspan(offset, size), std::byte{0});
+        }
     }
+    header.set_sample_interval(interval);
+    header.set_samples(samples, samples);
+    header.set_format(format);
+    return header;
 }
 
 SegyLayout SegyLayout::parse(const LineHeader& line) {

@@ -46,8 +46,9 @@ struct SegyLayout {
 /// The revision of a line header's layout, 0 where its field holds no number that a writer uses.
 int segy_revision(const LineHeader& line);
 
-/// Takes out of a copied line header what held for the file it came from only: extended text
-/// headers and, from revision 2 on, the counts and offsets that override the older fields.
-void clear_foreign_layout(LineHeader& line);
+/// The line header of an output with records of `samples` samples at `interval` (internal units) in
+/// `format`: a copy of `line` without what held for the file it came from only, which is extended
+/// text headers and, from revision 2 on, the counts and offsets that override the older fields.
+LineHeader segy_output_line(const LineHeader& line, SampleFormat format, int samples, int interval);
 
 }  // namespace halvern

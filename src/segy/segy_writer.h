@@ -1,59 +1,24 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <span>
-#include <string>
 
+#include "platform/block_writer.h"
 #include "trace/line_header.h"
 
 namespace halvern {
 
-/// Writes a SEG-Y file front to back through a C stream with a large buffer, so that what it
-/// accepted reaches the system even when the process ends by exit. Every failure is kept: after the
-/// first one nothing more is written, and finish() reports it.
-class SegyWriter {
+/// Writes a SEG-Y file front to back: the header block, then the records.
+class SegyWriter : public BlockWriter {
 public:
-    enum class Mode {
-        kCreate,  ///< a new file; one that exists is emptied
-        kAppend,  ///< behind the end of a file, which is made when it does not exist
-        kUpdate,  ///< over an existing file's bytes, which otherwise stay
-    };
-
-    SegyWriter() = default;
-    /// Closes; a failure then goes unreported, so finish() first.
-    ~SegyWriter() { static_cast<void>(finish()); }
-    SegyWriter(const SegyWriter&) = delete;
-    SegyWriter& operator=(const SegyWriter&) = delete;
-
-    /// Opens `path`; kUpdate starts writing at `offset`. 0 or -1.
-    [[nodiscard]] int open(const std::string& path, Mode mode, std::int64_t offset = 0);
-    bool is_open() const { return stream_ != nullptr; }
-
     /// The 3600 header bytes. 0 or -1.
-    [[nodiscard]] int write_line_header(const LineHeader& line);
+    [[nodiscard]] int write_line_header(const LineHeader& line) {
+        return write(line.bytes()) == kLineHeaderBytes ? 0 : -1;
+    }
     /// One record. Gives the bytes that were accepted; fewer than the record's: it failed.
-    [[nodiscard]] std::size_t write_record(std::span<const std::byte> record);
-    /// Hands everything to the system and closes. 0, or -1 when that or any write before it failed;
-    /// 0 when nothing is open.
-    [[nodiscard]] int finish();
-
-    /// Why the last operation failed, in the system's words.
-    std::string reason() const;
-
-private:
-    struct Close {
-        void operator()(std::FILE* stream) const { std::fclose(stream); }
-    };
-    std::size_t write(std::span<const std::byte> bytes);
-
-    // The buffer outlives the stream, which empties it when it is closed.
-    std::unique_ptr<char[]> buffer_;
-    std::unique_ptr<std::FILE, Close> stream_;
-    int error_ = 0;  // of the first failure, as errno
-    bool failed_ = false;
+    [[nodiscard]] std::size_t write_record(std::span<const std::byte> record) {
+        return write(record);
+    }
 };
 
 }  // namespace halvern

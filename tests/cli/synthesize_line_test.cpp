@@ -118,21 +118,6 @@ TEST(SyntheticTimes, FollowTheirEquations) {
     EXPECT_NEAR(line.zero_offset_ms(0, middle + 500), 425, 1e-9);
 }
 
-TEST(SyntheticTimes, DelaysStayWithinTheirSizeAndMoveReflections) {
-    const SyntheticLine still{.statics_ms = 0};
-    const SyntheticLine line{.statics_ms = 9};
-    int largest = 0;
-    for (int shot = 0; shot < line.shots; ++shot) {
-        const int station = line.receiver_station(shot, 7);
-        const int delay = line.source_delay_ms(shot) + line.receiver_delay_ms(station);
-        EXPECT_LE(std::abs(line.source_delay_ms(shot)), 9);
-        EXPECT_LE(std::abs(line.receiver_delay_ms(station)), 9);
-        largest = std::max(largest, std::abs(delay));
-        EXPECT_NEAR(line.reflection_ms(2, shot, 7) - still.reflection_ms(2, shot, 7), delay, 1e-9);
-    }
-    EXPECT_GT(largest, 3);
-}
-
 TEST(SyntheticLineFault, RefusesWhatCannotBeMade) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     EXPECT_FALSE(SyntheticLine{}.fault());

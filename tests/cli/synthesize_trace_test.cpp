@@ -104,9 +104,6 @@ TEST(TraceMaker, GroundRollRulesNearTheSource) {
         return std::fabs(*std::max_element(trace.begin() + 25, trace.end()));
     };
     EXPECT_GT(largest(with), 3 * largest(without));
-    line.ground_roll = 8;  // slower than 350 m/s nothing arrives: 10 m are through after 29 ms
-    const std::vector<float> quiet = trace_of(line, 0, 60);
-    for (std::size_t i = 700 / 2; i < 720 / 2; ++i) EXPECT_NEAR(quiet[i], without[i], 1e-6);
 }
 
 TEST(TraceMaker, TracesDependOnTheirPlaceAndTheSeedAlone) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <set>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -57,29 +58,6 @@ SpsDataSet data_set(const std::string& sources, const std::string& receivers,
     EXPECT_EQ(set.read_relations(relation_lines, "x"), 0);
     EXPECT_EQ(set.prepare(), 0);
     return set;
-}
-
-TEST(SpsFind, EveryStatus) {
-    SpsDataSet set = data_set(point_line('S', 1, 11, 1, 110) + point_line('S', 1, 12, 1, 120),
-                              point_line('R', 5, 101, 1, 1010) + point_line('R', 5, 102, 1, 1020) +
-                                  point_line('R', 6, 101, 1, 9999),
-                              relation_line({7, 1, 11, 1, 3, 5, 101, 103}) +
-                                  relation_line({8, 1, 13, 1, 3, 5, 101, 103}) +
-                                  relation_line({9, 1, 12, 1, 3, 4, 101, 103}));
-
-    EXPECT_EQ(set.find(6, 1).status, SpsStatus::kNoFfid);
-    EXPECT_EQ(set.find(7, 4).status, SpsStatus::kNoRelation);
-    const SpsMatch no_source = set.find(8, 1);
-    EXPECT_EQ(no_source.status, SpsStatus::kNoSource);
-    EXPECT_EQ(no_source.relation->source_point, 13);
-    const SpsMatch no_point = set.find(7, 3);
-    EXPECT_EQ(no_point.status, SpsStatus::kNoReceiver);
-    EXPECT_EQ(no_point.receiver_point, 103);
-    EXPECT_EQ(set.find(9, 1).status, SpsStatus::kNoReceiver) << "no receiver is on line 4";
-    const SpsMatch found = set.find(7, 2);
-    ASSERT_EQ(found.status, SpsStatus::kFound);
-    EXPECT_EQ(found.source->easting, 110);
-    EXPECT_EQ(found.receiver->easting, 1020);
 }
 
 TEST(SpsFind, LineNamesAreComparedAsText) {
@@ -191,7 +169,7 @@ TEST(SpsFind, FindsWhatAPlainSearchFinds) {
         ASSERT_LT(place(a), place(b)) << "eastings ascend in the file";
     }
     PlainSearch plain(set);
-    int found = 0;
+    std::set<SpsStatus> seen;
     for (int i = 0; i < 20000; ++i) {
         const int ffid = pick(1, 31);
         for (int channel = pick(1, 20), last = channel + pick(0, 5); channel <= last; ++channel) {
@@ -202,10 +180,10 @@ TEST(SpsFind, FindsWhatAPlainSearchFinds) {
             ASSERT_EQ(got.receiver_point, wanted.receiver_point);
             ASSERT_EQ(got.source, wanted.source);
             ASSERT_EQ(got.receiver, wanted.receiver);
-            found += got.status == SpsStatus::kFound;
+            seen.insert(got.status);
         }
     }
-    EXPECT_GT(found, 1000);
+    EXPECT_EQ(seen.size(), 5u) << "every status occurs";
 }
 
 TEST(SpsReading, RefusesAFileThatHoldsNoRecord) {

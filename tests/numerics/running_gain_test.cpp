@@ -61,16 +61,12 @@ TEST(RunningGain, IsThePlainOneBitForBit) {
                 std::vector<float> plain = fast;
                 std::vector<double> energies(n);
                 const bool fits = h <= n / 2;
-                const std::vector<float> input = fast;
+                ASSERT_EQ(running_gain(fast, h, energies), fits);
                 ASSERT_EQ(running_gain_plain(plain, h, energies), fits);
                 const auto same = [](float a, float b) {
                     return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
                 };
-                for (const Kernels* width : every_width()) {
-                    fast = input;
-                    if (fits) width->running_gain(fast.data(), n, h, energies.data());
-                    ASSERT_TRUE(std::ranges::equal(fast, plain, same)) << width->name;
-                }
+                ASSERT_TRUE(std::ranges::equal(fast, plain, same));
             }
         }
     }

@@ -96,9 +96,11 @@ TEST_F(SegyDiskFlow, AppendingNumbersOnAndKeepsTheFilesFormat) {
     EXPECT_EQ(output(),
               header_bytes({}) + traces_of(1, 10) + written_trace(11, 50) + written_trace(12, 51));
     // A file that does not exist, or holds headers alone, is begun.
-    for (const bool headers : {false, true}) {
+    for (const std::string& headers :
+         {std::string(), header_bytes({.interval_us = 9}),
+          header_bytes({.revision = 0x0100, .text_headers = 1}) + std::string(3200, ' ')}) {
         std::filesystem::remove(out_);
-        if (headers) folder_.write("out.sgy", header_bytes({.interval_us = 9}));
+        if (!headers.empty()) folder_.write("out.sgy", headers);
         EXPECT_THAT(run({}, {"OUTPUTFORMAT=0", "WRITETYPE=0"}), Not(HasSubstr("[job ended]")));
         EXPECT_EQ(output(), header_bytes({}) + written_trace(1, 50) + written_trace(2, 51));
     }
@@ -275,17 +277,17 @@ TEST_F(SegyDiskFlow, OverwritingWithAPartOfTheTracesSaysWhatStays) {
 }
 
 TEST_F(SegyDiskFlow, OverwritingStopsWhereTheInputIsMovedBack) {
-    class BackToTheStart final : public ProcessFlowItem {
+    class OneBack final : public ProcessFlowItem {
     public:
-        BackToTheStart() : ProcessFlowItem(FlowItemKind::kTraceSelect, LogFlag::kQuiet) {}
+        OneBack() : ProcessFlowItem(FlowItemKind::kTraceSelect, LogFlag::kQuiet) {}
         int ProcessTrace(LineHeader&, TraceHeaderDefinition&, TraceSamples&) override {
-            if (GetReceivedCount() == 3) SetInputPosition(0);
+            if (GetReceivedCount() == 3) SetInputPosition(2);
             return kPassOn;
         }
     };
     write_input(header_bytes({}) + traces_of(1, 4));
     const auto head = make({}, {});
-    head->SetNext(std::make_unique<BackToTheStart>())
+    head->SetNext(std::make_unique<OneBack>())
         .SetNext(std::make_unique<SegyDiskOutput>(FlowSection{.lines = {"WRITETYPE=2"}},
                                                   LogFlag::kQuiet));
     EXPECT_JOB_ERROR(head->RunInput(),

@@ -1,3 +1,4 @@
+#include "segy/segy_layout.h"
 #include "segy/segy_writer.h"
 
 #include <gtest/gtest.h>
@@ -6,8 +7,8 @@
 #include <cmath>
 #include <limits>
 
+#include "flow/record_encoder.h"
 #include "segy/segy_bytes.h"
-#include "segy/segy_record_encoder.h"
 #include "support/log_capture.h"
 #include "support/temporary_folder.h"
 
@@ -27,7 +28,7 @@ protected:
     /// The record of a trace of these samples, numbered from `traces_before` on, at 2 ms.
     std::string encode(std::vector<float> samples, SampleFormat format, int count,
                        std::int64_t traces_before = 0) {
-        SegyRecordEncoder encoder(definition_, format, count, 2 * kInternalPerMs, traces_before);
+        RecordEncoder encoder(definition_, format, count, 2 * kInternalPerMs, traces_before);
         TraceSamples trace;
         trace.set_floats(std::move(samples));
         std::string bytes;
@@ -82,10 +83,11 @@ TEST_F(SegyEncoding, LineHeaderKeepsTextAndLosesWhatHeldForItsOldFileOnly) {
     for (std::size_t i = 0; i < bytes.size(); ++i)
         line.bytes()[i] = static_cast<std::byte>(bytes[i]);
 
-    const SegyRecordEncoder encoder(definition_, SampleFormat::kInt16, 5, 2 * kInternalPerMs);
     SegyWriter writer;
     ASSERT_EQ(writer.open(folder_.file("out.sgy"), SegyWriter::Mode::kCreate), 0);
-    ASSERT_EQ(writer.write_line_header(encoder.line_header(line)), 0);
+    ASSERT_EQ(writer.write_line_header(
+                  segy_output_line(line, SampleFormat::kInt16, 5, 2 * kInternalPerMs)),
+              0);
     ASSERT_EQ(writer.finish(), 0);
 
     std::string expected = header_bytes(

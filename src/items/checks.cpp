@@ -1,0 +1,24 @@
+#include "items/checks.h"
+
+namespace halvern {
+
+int RequireHeaderWord(const FlowItem& item, const TraceHeaderDefinition& header, const char* name) {
+    const int index = header.find(name);
+    if (index < 0) {
+        item.Error(
+            "Cannot read header '%s' from the trace header definition.\n"
+            "Add it to the trace header definition and re-run.\n",
+            name);
+        TerminateJob(kJobError);
+    }
+    return index;
+}
+
+bool RequireSampleInterval(const FlowItem& item, const LineHeader& line) {
+    if (line.sample_interval() > 0) return true;
+    item.Error("The line has no sample interval.\n");
+    TerminateJob(kJobError);
+    return false;
+}
+
+}  // namespace halvern

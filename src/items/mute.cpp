@@ -1,0 +1,37 @@
+#include "items/mute.h"
+
+#include <algorithm>
+
+namespace halvern {
+
+namespace {
+const OffsetTableWords kWords{
+    .key = "OFFSET_TIME",
+    .pairs = "offset/time",
+    .log_title = "Pair# -OFFSET- --TIME--\n",
+    .prompt = "Enter the offset/time pairs.",
+    .dialog = "Mute",
+    .already_up = "MUTE Interface is already up.",
+    .sheet = {.entry = "Offset/Time",
+              .columns = {{"Offset", "Offset", "OFFSET"}, {"Time", "Time", "TIME"}},
+              .quoted = {1, 0},
+              .checked = {1, 0}},
+    .positive = false};
+}  // namespace
+
+Mute::Mute(const FlowSection& section, LogFlag log)
+    : OffsetTableItem(FlowItemKind::kMute, log, kWords) {
+    Configure(section);
+}
+
+int Mute::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {
+    const std::span<float> trace = samples.floats(header);
+    // Times before the trace mute nothing of it, times behind its end all of it.
+    const double end = NearestSample(TableValue(OffsetOf(header)));
+    const double muted = end > 0 ? std::min(end, static_cast<double>(trace.size())) : 0;
+    std::ranges::fill(trace.first(static_cast<std::size_t>(muted)), 0.0f);
+    samples.set_floats(trace);
+    return kPassOn;
+}
+
+}  // namespace halvern

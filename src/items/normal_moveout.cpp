@@ -1,0 +1,344 @@
+#include "items/normal_moveout.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <utility>
+
+#include "items/checks.h"
+#include "items/number_sheet.h"
+
+namespace halvern {
+
+namespace {
+
+const NumberSheet kSheet{.entry = "Time/Velocity",
+                         .columns = {{"Crossline Number", "Crossline", "CROSSLINE", true},
+                                     {"Inline Number", "Inline", "INLINE", true},
+                                     {"Time", "Time", "TIME"},
+                                     {"Velocity", "Velocity", "VELOCITY"}},
+                         .quoted = {0, 1, 2, 3},
+                         .checked = {0, 1, 2, 3}};
+
+// The square of a trace's reflection time, in seconds, from that of its time at zero offset.
+inline double moved_squared(double time_squared, double offset_squared, double velocity_squared) {
+    return time_squared + offset_squared / velocity_squared;
+}
+
+}  // namespace
+
+NormalMoveout::NormalMoveout(const FlowSection& section, LogFlag log)
+    : ProcessFlowItem(FlowItemKind::kNormalMoveout, log) {
+    Configure(section);
+}
+
+ParameterList NormalMoveout::Parameters() {
+    return {
+        {.key = "MUTE_THRESH",
+         .format = "%f",
+         .value = Bound{&mute_percent_, 0.0f},
+         .log = "Stretch Mute Percentage = %3.1f\n",
+         .field = {.label = "Stretch",
+                   .prompt = "Enter the stretch mute percentage (0 means no mute)"}},
+        TableParameter(),
+    };
+}
+
+Parameter NormalMoveout::TableParameter() {
+    return {
+        .key = "TIME_VEL",
+        .format = "",
+        .value = Rows{
+            .clear = [this] { entries_.clear(); },
+            .read =
+                [this](const char* rest) {
+                    Entry entry{};
+                    if (std::sscanf(rest, "%lf,%lf,%d,%d", &entry.time_ms, &entry.velocity,
+                                    &entry.crossline, &entry.in_line) != 4) {
+                        Warning(
+                            "The line 'TIME_VEL=%s' is no time/velocity entry.  It is left out.\n",
+                            rest);
+                        return false;
+                    }
+                    entries_.push_back(entry);
+                    return true;
+                },
+            .write =
+                [this](std::FILE* stream, const char* key) {
+                    for (const Entry& entry : entries_) {
+                        std::fprintf(stream, "%s=%3.1f,%3.1f,%d,%d\n", key, entry.time_ms,
+                                     entry.velocity, entry.crossline, entry.in_line);
+                    }
+                },
+            .columns = kSheet.titles(),
+            .cells =
+                [this] {
+                    NumberSheet::Cells cells;
+                    for (const Entry& entry : entries_) {
+                        cells.push_back({std::to_string(entry.crossline),
+                                         std::to_string(entry.in_line), one_decimal(entry.time_ms),
+                                         one_decimal(entry.velocity)});
+                    }
+                    return cells;
+                },
+            .assign =
+                [this](const NumberSheet::Cells& cells) {
+                    std::vector<std::vector<double>> rows;
+                    std::string wrong = kSheet.read(cells, rows);
+                    if (!wrong.empty()) return wrong;
+                    entries_.clear();
+                    for (const auto& row : rows) {
+                        entries_.push_back({.time_ms = row[2],
+                                            .velocity = row[3],
+                                            .crossline = static_cast<int>(row[0]),
+                                            .in_line = static_cast<int>(row[1])});
+                    }
+                    return wrong;
+                }},
+        .field = {.label = "Spread", .prompt = "Enter the time/velocity pairs."}};
+}
+
+DialogTexts NormalMoveout::WindowTexts() const {
+    DialogTexts texts = ProcessFlowItem::WindowTexts();
+    texts.title = "NMO Parameters";
+    texts.already_up = "NMO Interface is already up.";
+    return texts;
+}
+
+void NormalMoveout::LogParameters() {
+    ProcessFlowItem::LogParameters();
+    Message("Pair# XLINE  INLINE --TIME-- VELOCITY\n");
+    for (int number = 1; const Entry& entry : entries_) {
+        Message("%5d %6d %6d %8.1f %8.1f\n", number++, entry.crossline, entry.in_line,
+                entry.time_ms, entry.velocity);
+    }
+}
+
+void NormalMoveout::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples&,
+                               int) {
+    if (entries_.empty()) {
+        Error("There are no time/velocity pairs.  Enter at least one pair before running.\n");
+        return TerminateJob(kJobError);
+    }
+    if (!CheckEntries()) return;
+    Message("The following SEG-Y trace headers are used on INPUT and are expected to be valid:\n");
+    Message("  OFFSET   - Source to receiver offset\n");
+    Message("  XLINE    - Crossline bin number\n");
+    Message("  INLINE   - Inline bin number\n");
+    if ((offset_word_ = RequireHeaderWord(*this, header, "OFFSET")) < 0 ||
+        (crossline_word_ = RequireHeaderWord(*this, header, "XLINE")) < 0 ||
+        (in_line_word_ = RequireHeaderWord(*this, header, "INLINE")) < 0 ||
+        !RequireSampleInterval(*this, line)) {
+        return;
+    }
+    interval_ms_ = static_cast<double>(line.sample_interval()) / kInternalPerMs;
+    interval_s_ = interval_ms_ / 1000;
+    if (!(mute_percent_ >= 0)) mute_percent_ = 0;
+    stretch_limit_ = static_cast<double>(mute_percent_) / 100;
+
+    const auto samples = static_cast<std::size_t>(std::max(line.samples(), 0));
+    GroupEntries();
+    velocities_.resize(locations_.size() * samples);
+    for (std::size_t i = 0; i < locations_.size(); ++i) {
+        SpreadVelocities(locations_[i], std::span(velocities_).subspan(i * samples, samples));
+    }
+    times_squared_.resize(samples);
+    previous_squared_.resize(samples);
+    // Summed up, not multiplied: the last bits of the time decide which sample it falls into.
+    double time = 0;
+    for (std::size_t i = 0; i < samples; ++i, time += interval_s_) {
+        times_squared_[i] = time * time;
+        previous_squared_[i] = (time - interval_s_) * (time - interval_s_);
+    }
+    velocity_squared_.resize(samples);
+    sources_.resize(samples);
+    input_.assign(samples + 1, 0.0f);
+    placed_ = false;
+}
+
+void NormalMoveout::EndRun() {
+    locations_ = {};
+    velocities_ = {};
+    times_squared_ = {};
+    previous_squared_ = {};
+    velocity_squared_ = {};
+    sources_ = {};
+    input_ = {};
+    placed_ = false;
+}
+
+bool NormalMoveout::CheckEntries() {
+    std::map<std::pair<int, int>, double> last_time;
+    for (int number = 1; const Entry& entry : entries_) {
+        const char* fault = nullptr;
+        if (!std::isfinite(entry.velocity) || entry.velocity <= 0) {
+            fault = "has no velocity above zero";
+        } else if (!std::isfinite(entry.time_ms)) {
+            fault = "has no finite time";
+        } else {
+            const auto [last, first_here] =
+                last_time.try_emplace({entry.crossline, entry.in_line}, entry.time_ms);
+            if (!first_here && entry.time_ms < last->second) {
+                fault = "is earlier than the one before it at the same place";
+            }
+            last->second = entry.time_ms;
+        }
+        if (fault) {
+            Error(
+                "Time/Velocity Pair #%d (crossline %d, inline %d, time %3.1f, velocity %3.1f) "
+                "%s.\n",
+                number, entry.crossline, entry.in_line, entry.time_ms, entry.velocity, fault);
+            TerminateJob(kJobError);
+            return false;
+        }
+        ++number;
+    }
+    return true;
+}
+
+void NormalMoveout::GroupEntries() {
+    locations_.clear();
+    std::map<std::pair<int, int>, std::size_t> known;
+    for (const Entry& entry : entries_) {
+        const auto [place, is_new] =
+            known.try_emplace({entry.crossline, entry.in_line}, locations_.size());
+        if (is_new) {
+            locations_.push_back({.crossline = entry.crossline,
+                                  .in_line = entry.in_line,
+                                  .times_ms = {},
+                                  .velocities = {}});
+        }
+        locations_[place->second].times_ms.push_back(entry.time_ms);
+        locations_[place->second].velocities.push_back(entry.velocity);
+    }
+}
+
+void NormalMoveout::SpreadVelocities(const Location& location, std::span<double> velocities) const {
+    const std::vector<double>& times = location.times_ms;
+    const std::vector<double>& table = location.velocities;
+    std::size_t next = 0;
+    double time = 0;
+    for (double& velocity : velocities) {
+        if (next == times.size()) {
+            velocity = table.back();
+        } else if (time == times[next]) {
+            velocity = table[next++];
+        } else {
+            while (next < times.size() && times[next] < time) ++next;
+            if (next == 0) {
+                velocity = table.front();
+            } else if (next == times.size()) {
+                velocity = table.back();
+            } else {
+                const double span = times[next] - times[next - 1];
+                const double step = table[next] - table[next - 1];
+                velocity = table[next - 1];
+                if (span != 0) velocity += step * ((time - times[next - 1]) / span);
+            }
+        }
+        time += interval_ms_;
+    }
+}
+
+// The squared velocities at a place. Traces of one place usually follow one another, so they are
+// kept until a trace comes from elsewhere.
+void NormalMoveout::MoveTo(int crossline, int in_line) {
+    if (placed_ && crossline == crossline_ && in_line == in_line_) return;
+    placed_ = true;
+    crossline_ = crossline;
+    in_line_ = in_line;
+
+    // The nearest location in each quadrant; the first one of those equally far. An exact match
+    // counts alone. A slot that stays empty weighs nothing, whatever it points at.
+    struct Slot {
+        std::size_t location = 0;
+        double distance = 0;  // squared, in bins; 0: empty
+        double weight = 0;
+    };
+    std::array<Slot, 4> slots;
+    for (std::size_t i = 0; i < locations_.size(); ++i) {
+        const double across = static_cast<double>(locations_[i].crossline) - crossline;
+        const double along = static_cast<double>(locations_[i].in_line) - in_line;
+        const double distance = across * across + along * along;
+        if (distance == 0) {
+            slots = {Slot{.location = i, .distance = 1}};
+            break;
+        }
+        Slot& slot = slots[(across < 0 ? 0u : 2u) + (along < 0 ? 0u : 1u)];
+        if (slot.distance == 0 || distance < slot.distance) slot = {i, distance, 0};
+    }
+    double sum = 0;
+    for (Slot& slot : slots) {
+        if (slot.distance > 0) slot.weight = 1 / slot.distance;
+        sum += slot.weight;
+    }
+    for (Slot& slot : slots) slot.weight /= sum;
+
+    const std::size_t samples = velocity_squared_.size();
+    const double* const v0 = velocities_.data() + slots[0].location * samples;
+    const double* const v1 = velocities_.data() + slots[1].location * samples;
+    const double* const v2 = velocities_.data() + slots[2].location * samples;
+    const double* const v3 = velocities_.data() + slots[3].location * samples;
+    for (std::size_t i = 0; i < samples; ++i) {
+        const double velocity = slots[0].weight * v0[i] + slots[1].weight * v1[i] +
+                                slots[2].weight * v2[i] + slots[3].weight * v3[i];
+        velocity_squared_[i] = velocity * velocity;
+    }
+}
+
+// Fills sources_ for a trace at the place that MoveTo went to. The loops are free of branches so
+// that they work on several samples at a time; what lies outside the trace ends up at the zero
+// behind it.
+void NormalMoveout::FindSources(double offset) {
+    const double offset_squared = offset * offset;
+    const double interval = interval_s_;
+    const std::size_t samples = sources_.size();
+    const auto end = static_cast<double>(samples);
+    const double* const times = times_squared_.data();
+    const double* const previous = previous_squared_.data();
+    const double* const velocities = velocity_squared_.data();
+    std::int32_t* const sources = sources_.data();
+    if (stretch_limit_ <= 0) {
+        for (std::size_t i = 0; i < samples; ++i) {
+            const double moved = std::sqrt(moved_squared(times[i], offset_squared, velocities[i]));
+            const double position = moved / interval;
+            sources[i] = static_cast<std::int32_t>(position < end ? position : end);
+        }
+        return;
+    }
+    const double limit = stretch_limit_;
+    for (std::size_t i = 0; i < samples; ++i) {
+        const double moved = std::sqrt(moved_squared(times[i], offset_squared, velocities[i]));
+        const double before = std::sqrt(moved_squared(previous[i], offset_squared, velocities[i]));
+        const double position = moved / interval;
+        const double stretch = interval / (moved - before) - 1;
+        const double kept = stretch >= limit ? end : position;
+        sources[i] = static_cast<std::int32_t>(kept < end ? kept : end);
+    }
+    // The first sample has no stretch of its own: it is judged with the second one, unless that
+    // one comes from beyond the trace.
+    const auto position = [&](std::size_t i) {
+        return std::sqrt(moved_squared(times[i], offset_squared, velocities[i])) / interval;
+    };
+    if (samples == 0) return;
+    const double first = position(0);
+    const bool goes =
+        samples > 1 && sources[1] == static_cast<std::int32_t>(samples) && position(1) < end;
+    sources[0] = static_cast<std::int32_t>(!goes && first < end ? first : end);
+}
+
+int NormalMoveout::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {
+    const std::span<float> trace = samples.floats(header);
+    MoveTo(header.get_int(crossline_word_), header.get_int(in_line_word_));
+    FindSources(header.get_double(offset_word_));
+    const std::size_t count = std::min(trace.size(), sources_.size());
+    std::ranges::copy(trace.first(count), input_.begin());
+    for (std::size_t i = 0; i < count; ++i) {
+        trace[i] = input_[static_cast<std::size_t>(sources_[i])];
+    }
+    samples.set_floats(trace);
+    return kPassOn;
+}
+
+}  // namespace halvern

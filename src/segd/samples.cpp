@@ -1,0 +1,67 @@
+#include "segd/samples.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "trace/codecs.h"
+
+namespace halvern::segd {
+
+namespace {
+
+void decode_8058(std::span<const std::byte> raw, double descale, std::span<float> samples) {
+    const std::size_t there = std::min(samples.size(), raw.size() / 4);
+    decode_ieee(raw.first(there * 4), samples.first(there));
+    for (float& sample : samples.first(there)) {
+        const auto value = static_cast<float>(sample * descale);
+        sample = std::isfinite(value) ? value : 0.0f;
+    }
+    std::ranges::fill(samples.subspan(there), 0.0f);
+}
+
+}  // namespace
+
+bool is_readable(int format) {
+    return format == 8015 || format == 8036 || format == 8048 || format == 8058;
+}
+
+std::int64_t bytes_of(int format, std::int64_t samples, bool cut_group) {
+    switch (format) {
+        case 8015: {
+            const std::int64_t last = samples % 4;
+            return samples / 4 * 10 + (last == 0 ? 0 : cut_group ? 2 + 2 * last : 10);
+        }
+        case 8036:
+            return samples * 3;
+        default:
+            return samples * 4;
+    }
+}
+
+std::int64_t samples_in(int format, std::int64_t bytes) {
+    switch (format) {
+        case 8015: {
+            const std::int64_t last = bytes % 10;
+            return bytes / 10 * 4 + (last > 2 ? (last - 2) / 2 : 0);
+        }
+        case 8036:
+            return bytes / 3;
+        default:
+            return bytes / 4;
+    }
+}
+
+void decode(int format, std::span<const std::byte> raw, double descale, std::span<float> samples) {
+    switch (format) {
+        case 8015:
+            return decode_segd_8015(raw, descale, samples);
+        case 8036:
+            return decode_segd_8036(raw, descale, samples);
+        case 8048:
+            return decode_segd_8048(raw, descale, samples);
+        default:
+            return decode_8058(raw, descale, samples);
+    }
+}
+
+}  // namespace halvern::segd

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace halvern {
+
+/// Waiting for drives and stackers, so that a test need not wait.
+class TapeClock {
+public:
+    virtual ~TapeClock() = default;
+    /// Wall-clock time in milliseconds from any fixed start; never goes back.
+    virtual long long NowMs() = 0;
+    virtual void SleepMs(int ms) = 0;
+};
+
+/// The machine's clock.
+TapeClock& SystemTapeClock();
+
+}  // namespace halvern

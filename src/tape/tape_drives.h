@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/global_config.h"
+#include "tape/image_scsi.h"
+#include "tape/tape_device.h"
+
+namespace halvern {
+
+/// The type of a configured tape device that is an image: "TAPEDEVICE=PATH image".
+inline constexpr const char* kImageType = "image";
+
+/// The first tape device of the configuration, or "NONE": the standard value of DEVICE=.
+std::string first_tape_device(const GlobalConfig& config = CurrentConfig());
+
+/// Whether the configuration says that the device of this name is an image.
+bool is_tape_image(const std::string& name, const GlobalConfig& config = CurrentConfig());
+
+/// The device that an item's DEVICE= names, not yet open: an image when the configuration says so,
+/// else a drive of this system. A drive's name that the configuration had to split at its first
+/// blank ("VENDOR" and "PRODUCT - 4_0") is put together again.
+std::unique_ptr<TapeDevice> make_tape_device(const std::string& name, TapeUse use,
+                                             const GlobalConfig& config = CurrentConfig(),
+                                             TapeClock& clock = SystemTapeClock());
+
+/// What drives are reached through here: the vendor's library, or the system's own driver.
+/// `name` is the drive that is wanted. Null, with a log line, when there is no such thing.
+std::unique_ptr<SequentialScsi> load_system_scsi(const std::string& name);
+
+/// What the drives that answer now are called, for the configuration.
+std::vector<std::string> enumerate_tape_drives();
+
+}  // namespace halvern

@@ -1,0 +1,102 @@
+// Once a run is warm, no item allocates: every operator new of this program is counted.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <functional>
+#include <new>
+
+#include "items/agc.h"
+#include "items/deconvolution.h"
+#include "items/filter.h"
+#include "items/time_shift.h"
+#include "items/trace_math.h"
+#include "support/item_bench.h"
+#include "trace/big_endian.h"
+
+namespace {
+std::atomic<long> allocations{0};
+
+void* counted(std::size_t size, std::size_t alignment) {
+    ++allocations;
+    size = (size + alignment) / alignment * alignment;  // never zero
+    if (void* place = std::aligned_alloc(alignment, size)) return place;
+    throw std::bad_alloc();
+}
+}  // namespace
+
+void* operator new(std::size_t size) { return counted(size, alignof(std::max_align_t)); }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return counted(size, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* place) noexcept { std::free(place); }
+void operator delete(void* place, std::size_t) noexcept { std::free(place); }
+void operator delete(void* place, std::align_val_t) noexcept { std::free(place); }
+void operator delete(void* place, std::size_t, std::align_val_t) noexcept { std::free(place); }
+
+namespace halvern {
+namespace {
+
+using namespace testing_support;
+
+struct Warm {
+    const char* name;
+    std::function<std::unique_ptr<FlowItem>()> make;
+};
+template <class Item>
+Warm warm(const char* name, std::vector<std::string> lines) {
+    return {name, [lines] {
+                return std::make_unique<Item>(FlowSection{.lines = lines}, LogFlag::kQuiet);
+            }};
+}
+
+// Takes what is sent and keeps nothing.
+class Drain final : public FlowItem {
+public:
+    Drain() : FlowItem(FlowItemKind::kSegyDiskOutput, LogFlag::kQuiet) {}
+};
+
+class AllocationOf : public testing::TestWithParam<Warm> {};
+
+TEST_P(AllocationOf, NothingPerTrace) {
+    constexpr int kSamples = 500;
+    TraceHeaderDefinition header;
+    ASSERT_EQ(header.load(HALVERN_SOURCE_DIR "/header/default"), 0);
+    std::vector<std::byte> image(kTraceHeaderBytes), raw(kSamples * 4);
+    header.attach(image.data());
+    const int offset = header.find("OFFSET");
+    LineHeader line;
+    line.set_sample_interval(4000 * kInternalPerUs);
+    line.set_samples(kSamples, kSamples);
+    TraceSamples samples;
+    const auto item = GetParam().make();
+    item->SetNext(std::make_unique<Drain>());
+
+    const auto deliver = [&](int number) {
+        header.set_double(offset, 10 * number);
+        for (std::size_t i = 0; i < kSamples; ++i) {  // every fifth trace is dead
+            const auto value = static_cast<float>((i * i + 7) % 101) - 50.0f;
+            put_f32(std::span(raw).subspan(i * 4).first<4>(), number % 5 ? value : 0.0f);
+        }
+        samples.set_raw(raw, kSamples, kSamples, kSamples, SampleFormat::kIeee);
+        if (number == 0) item->PrepareChain(line, header, samples, 0);
+        item->DeliverTrace(line, header, samples);
+    };
+    for (int number = 0; number < 6; ++number) deliver(number);
+    const long before = allocations;
+    for (int number = 6; number < 26; ++number) deliver(number);
+    EXPECT_EQ(allocations - before, 0);
+    EXPECT_EQ(item->GetReceivedCount(), 26);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Items, AllocationOf,
+    testing::Values(warm<Agc>("Agc", {}), warm<Deconvolution>("DeconvolutionInTime", {}),
+                    warm<Deconvolution>("DeconvolutionInFrequency", {"DOMAIN=2"}),
+                    warm<Deconvolution>("DeconvolutionLong", {"DOMAIN=2", "FILTERLEN=1900"}),
+                    warm<Filter>("Filter", {}), warm<TimeShift>("TimeShift", {"AMOUNT=-6"}),
+                    warm<TraceMath>("TraceMath", {"SAMPLEVALADDED=1"})),
+    [](const auto& row) { return row.param.name; });
+
+}  // namespace
+}  // namespace halvern

@@ -1,0 +1,101 @@
+#include "items/mute.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "items/table_bench.h"
+
+namespace halvern {
+namespace {
+
+using namespace testing_support;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct Case {
+    std::vector<std::string> pairs;  // OFFSET_TIME lines' values
+    int interval_us;
+    double offset;
+    int zeros;  // by hand, of 60 samples
+};
+class MuteTable : public testing::TestWithParam<Case> {};
+
+TEST_P(MuteTable, ZeroesTheStart) {
+    const Case& c = GetParam();
+    std::vector<std::string> lines;
+    for (const std::string& pair : c.pairs) lines.push_back("OFFSET_TIME=" + pair);
+    ItemBench<Mute> bench({.interval_us = c.interval_us, .samples = 60}, lines);
+    bench.set("OFFSET", c.offset);
+    std::vector<float> expected(60, 2.5f);
+    std::fill_n(expected.begin(), c.zeros, 0.0f);
+    EXPECT_EQ(bench.process(std::vector<float>(60, 2.5f)), expected);
+    EXPECT_FALSE(bench.log().find("ERROR") != std::string::npos);
+}
+
+const std::vector<std::string> kRising{"1000,200", "0,100", "500,120"};  // not in order
+INSTANTIATE_TEST_SUITE_P(
+    ByHand, MuteTable,
+    testing::Values(Case{{"300,99"}, 2000, 7, 50},  // floor(49.5 + 0.5)
+                    Case{{"300,98.9"}, 2000, 9000, 49}, Case{{"300,99"}, 500, 0, 60},
+                    Case{{"0,1.25"}, 500, 0, 3},  // 2.5 samples of half a millisecond
+                    Case{kRising, 4000, -20, 25}, Case{kRising, 4000, 0, 25},
+                    Case{kRising, 4000, 250, 28},  // 110 ms are 27.5 samples
+                    Case{kRising, 4000, 500, 30}, Case{kRising, 4000, 750, 40},
+                    Case{kRising, 4000, 1000, 50}, Case{kRising, 4000, 1e6, 50},
+                    Case{{"-100,8", "100,16"}, 4000, -100, 2},  // the sign counts
+                    Case{{"-100,8", "100,16"}, 4000, 0, 3}, Case{{"0,-50"}, 4000, 0, 0},
+                    Case{{"0,1e300"}, 4000, 0, 60}));
+
+TEST(Mute, NeedsATableAndItsHeaderWord) {
+    ItemBench<Mute> none({.interval_us = 4000, .samples = 4}, {"OFFSET_TIME=7"});
+    EXPECT_JOB_ERROR(none.prepare(),
+                     "*** ERROR in Mute: There are no offset/time pairs.  Enter at least one pair "
+                     "before running.\n");
+    EXPECT_THAT(none.log(), HasSubstr("WARNING in Mute: The line 'OFFSET_TIME=7' is no"));
+    ItemBench<Mute> word({.interval_us = 4000, .samples = 4}, {"OFFSET_TIME=0,8"});
+    forget_word(word, "OFFSET");
+    EXPECT_JOB_ERROR(word.prepare(),
+                     "*** ERROR in Mute: Cannot read header 'OFFSET' from the trace header "
+                     "definition.\nAdd it to the trace header definition and re-run.\n");
+    ItemBench<Mute> infinite({.interval_us = 4000, .samples = 4},
+                             {"OFFSET_TIME=0,8", "OFFSET_TIME=10,inf"});
+    EXPECT_JOB_ERROR(infinite.prepare(), "Offset/Time Pair #2 (10.0, inf) is not finite.");
+    ItemBench<Mute> unsampled({.interval_us = 0, .samples = 4}, {"OFFSET_TIME=0,8"});
+    EXPECT_JOB_ERROR(unsampled.prepare(), "no sample interval");
+}
+
+TEST(Mute, LogsAndWritesItsPairs) {
+    ItemBench<Mute> bench({.interval_us = 4000, .samples = 4},
+                          {"OFFSET_TIME=1000.25,200", "OFFSET_TIME=-5,12.34"});
+    EXPECT_EQ(bench.log(),
+              "Mute: Initializing Flow Item\nMute: Pair# -OFFSET- --TIME--\n"
+              "Mute:     1   1000.2    200.0\nMute:     2     -5.0     12.3\n");
+    EXPECT_EQ(written(bench.item()), "$MUTE\nOFFSET_TIME=1000.2,200.0\nOFFSET_TIME=-5.0,12.3\n");
+    bench.prepare();
+    EXPECT_THAT(bench.log(), HasSubstr("Mute: The following SEG-Y trace headers are used on INPUT "
+                                       "and are expected to be valid:\nMute: OFFSET   - Source to "
+                                       "receiver offset\n"));
+}
+
+TEST(Mute, ChecksTheSheet) {
+    ItemBench<Mute> bench({.interval_us = 4000, .samples = 4}, {"OFFSET_TIME=1,2"});
+    const Rows sheet = sheet_of(bench.item());
+    EXPECT_THAT(sheet.columns, ElementsAre(testing::StrEq("Offset"), testing::StrEq("Time")));
+    EXPECT_THAT(sheet.cells(), ElementsAre(ElementsAre("1.0", "2.0")));
+    EXPECT_EQ(sheet.assign({{"1", "2"}, {"", ""}, {"3", ""}}),
+              "Offset/Time Pair #3 has at least one empty field and one non-empty field.\n"
+              "Time = '', Offset = '3'");
+    EXPECT_EQ(sheet.assign({{"1x", "2"}}),
+              "Offset/Time Pair #1 has a bad number in the OFFSET field.\n"
+              "OFFSET = '1x'.  Fix before accepting spreadsheet.");
+    EXPECT_EQ(sheet.assign({{"1x", "nan"}}),
+              "Offset/Time Pair #1 has a bad number in the TIME field.\n"
+              "TIME = 'nan'.  Fix before accepting spreadsheet.");
+    EXPECT_EQ(written(bench.item()), "$MUTE\nOFFSET_TIME=1.0,2.0\n");  // untouched so far
+    EXPECT_EQ(sheet.assign({{"", ""}, {" -7.5 ", "+2e1"}}), "");
+    EXPECT_EQ(written(bench.item()), "$MUTE\nOFFSET_TIME=-7.5,20.0\n");
+}
+
+}  // namespace
+}  // namespace halvern
