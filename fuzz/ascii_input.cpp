@@ -37,7 +37,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     if (match.empty() || values.empty()) return 0;
-    std::ranges::stable_partition(match, [](const AsciiField& f) { return f.compare == kEqual; });
+    std::stable_partition(match.begin(), match.end(),
+                          [](const AsciiField& f) { return f.compare == kEqual; });
 
     AsciiTable table(match, values);
     LineReader lines = LineReader::Over(text, 998);

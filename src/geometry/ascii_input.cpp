@@ -432,7 +432,8 @@ void AsciiInput::RunInput() {
         if (method_ == kOverwrite) Error("%s", kOverwriteLine);
         return TerminateJob(kJobError);
     }
-    Created& made = created_.emplace();
+    created_ = std::make_unique<Created>();
+    Created& made = *created_;
     if (made.header.load(header_file_) != 0) {
         Error("Cannot read trace header format '%s'.\n", header_file_.c_str());
         return TerminateJob(kJobError);
