@@ -14,13 +14,15 @@ namespace halvern {
 
 namespace {
 
-// What can be a sample: neither too large for single precision nor no number at all.
-bool all_fit(std::span<const double> values) {
-    bool fit = true;
-    for (const double value : values) {
-        fit &= std::abs(value) <= double{std::numeric_limits<float>::max()};
+// By the bits without the sign: an infinity's, or those of what is no number, are the largest. All
+// are looked at, which takes less time than stopping at the first.
+bool all_finite(std::span<const float> values) {
+    constexpr std::int32_t kInfinity = 0x7F800000;
+    std::int32_t largest = 0;
+    for (const float value : values) {
+        largest = std::max(largest, std::bit_cast<std::int32_t>(value) & 0x7FFFFFFF);
     }
-    return fit;
+    return largest < kInfinity;
 }
 
 }  // namespace
@@ -114,6 +116,7 @@ void Deconvolution::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSa
     autocorrelation_.resize(lags);
     operator_.resize(length);
     result_.resize(samples);
+    output_.resize(samples);
     lost_ = 0;
     if (domain_ == kTime) {
         solver_work_.resize(numerics::toeplitz_work(length));
@@ -125,19 +128,18 @@ void Deconvolution::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSa
 }
 
 int Deconvolution::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {
-    const std::span<float> trace = samples.floats(header);
-    std::ranges::copy(trace, trace_.begin());
+    std::ranges::copy(samples.floats(header), trace_.begin());
     correlator_->autocorrelate(trace_, autocorrelation_);
     autocorrelation_[0] *= 1 + double{prewhitening_percent_} / 100;
 
     const bool done = domain_ == kTime ? SubtractPrediction() : Spike();
-    if (!done || !all_fit(result_)) {
+    std::ranges::transform(result_, output_.begin(),
+                           [](double sample) { return static_cast<float>(sample); });
+    if (!done || !all_finite(output_)) {
         ReportLoss();
         return kKeepBack;
     }
-    std::ranges::transform(result_, trace.begin(),
-                           [](double sample) { return static_cast<float>(sample); });
-    samples.set_floats(trace);
+    samples.set_floats(std::span(output_));
     return kPassOn;
 }
 
@@ -184,6 +186,7 @@ void Deconvolution::EndRun() {
     for (auto* buffer : {&trace_, &autocorrelation_, &operator_, &result_, &solver_work_}) {
         *buffer = {};
     }
+    output_ = {};
 }
 
 }  // namespace halvern

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "flow/process_flow_item.h"
 #include "numerics/aligned.h"
@@ -51,6 +52,7 @@ private:
     numerics::AlignedDoubles autocorrelation_;  // [operator samples + lag], zero lag whitened
     numerics::AlignedDoubles operator_;         // [operator samples]
     numerics::AlignedDoubles result_;           // [samples]
+    std::vector<float> output_;                 // [samples] the same, rounded
     numerics::AlignedDoubles solver_work_;      // time domain
     int lost_ = 0;                              // traces that could not be deconvolved
 };

@@ -21,22 +21,31 @@
 namespace {
 std::atomic<long> allocations{0};
 
-void* counted(std::size_t size, std::size_t alignment) {
+void* counted(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) noexcept {
     ++allocations;
     size = (size + alignment) / alignment * alignment;  // never zero
-    if (void* place = std::aligned_alloc(alignment, size)) return place;
-    throw std::bad_alloc();
+    return std::aligned_alloc(alignment, size);
+}
+void* present(void* place) {
+    if (!place) throw std::bad_alloc();
+    return place;
 }
 }  // namespace
 
-void* operator new(std::size_t size) { return counted(size, alignof(std::max_align_t)); }
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return counted(size, static_cast<std::size_t>(alignment));
+// Not inlined: the compiler would miss the other half of a pair.
+[[gnu::noinline]] void* operator new(std::size_t size) { return present(counted(size)); }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return counted(size);
 }
-void operator delete(void* place) noexcept { std::free(place); }
-void operator delete(void* place, std::size_t) noexcept { std::free(place); }
-void operator delete(void* place, std::align_val_t) noexcept { std::free(place); }
-void operator delete(void* place, std::size_t, std::align_val_t) noexcept { std::free(place); }
+[[gnu::noinline]] void* operator new(std::size_t size, std::align_val_t alignment) {
+    return present(counted(size, static_cast<std::size_t>(alignment)));
+}
+[[gnu::noinline]] void operator delete(void* place) noexcept { std::free(place); }
+[[gnu::noinline]] void operator delete(void* place, std::size_t) noexcept { std::free(place); }
+[[gnu::noinline]] void operator delete(void* place, std::align_val_t) noexcept { std::free(place); }
+[[gnu::noinline]] void operator delete(void* place, std::size_t, std::align_val_t) noexcept {
+    std::free(place);
+}
 
 namespace halvern {
 namespace {
