@@ -78,7 +78,8 @@ std::string parse_row(const std::vector<std::string>& row, bool match, AsciiFiel
         return "Enter a header word other than 'None'";
     }
     if (std::string fault = parse_range(cell(kRangeColumn), field); !fault.empty()) return fault;
-    const std::string_view type = trimmed(row.size() > kTypeColumn ? row[kTypeColumn] : "");
+    const std::string type_cell = cell(kTypeColumn);
+    const std::string_view type = trimmed(type_cell);
     if (type != kTraceType && type != kNonTraceType && !type.empty()) {
         return "Enter 'NON-TRACE' or 'TRACE' as trace type.";
     }

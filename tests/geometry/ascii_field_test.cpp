@@ -6,7 +6,8 @@ namespace halvern {
 namespace {
 
 TEST(AsciiField, ReadsItsColumnsOfALine) {
-    const std::string wide = std::string(50, ' ') + "12";
+    std::string wide(51, ' ');  // then 1 and 2
+    wide.replace(50, 1, "12");
     const struct {
         int first, last;
         std::string line;

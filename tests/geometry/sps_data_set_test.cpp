@@ -213,6 +213,45 @@ TEST(SpsReading, RefusesAFileThatHoldsNoRecord) {
     }
 }
 
+// A character too many, or one too few, behind the record letter.
+TEST(SpsReading, RefusesShiftedRecords) {
+    std::string points, relations;
+    for (int i = 1; i <= 3; ++i) {
+        append_sps_point(points, 'S', {.line = 1, .point = 100 + i, .easting = 3237.5});
+        relations += relation_line({i, 1, 100 + i, 1, 96, 5, 1001, 1096});
+    }
+    for (const bool left : {false, true}) {
+        const auto shifted = [left](std::string text) {
+            for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1) {
+                left ? text.erase(at + 1, 1) : text.insert(at + 1, 1, ' ');
+            }
+            return text;
+        };
+        SpsDataSet set;
+        LogCapture log;
+        const std::string moved_points = shifted(points), moved_relations = shifted(relations);
+        LineReader point_lines = LineReader::Over(moved_points, 198);
+        LineReader relation_lines = LineReader::Over(moved_relations, 198);
+        EXPECT_EQ(set.read_sources(point_lines, "s"), -1);
+        EXPECT_EQ(set.read_relations(relation_lines, "x"), -1);
+        const std::string why = left ? "the record is shifted.\n" : "is not a number.\n";
+        for (const char* file : {"SOURCE file 's', line 1, ", "RELATION file 'x', line 1, "}) {
+            const std::size_t at = log.text().find(file);
+            ASSERT_NE(at, std::string::npos) << log.text();
+            EXPECT_NE(log.text().find(why, at), std::string::npos) << log.text();
+        }
+    }
+}
+
+TEST(SpsDataSet, KnowsWhenATraceStandsInTwoRelations) {
+    const std::string s = point_line('S', 1, 11, 1, 0), r = point_line('R', 5, 101, 1, 0);
+    const std::string apart = relation_line({7, 1, 11, 5, 8, 5, 101, 101}) +
+                              relation_line({8, 1, 11, 1, 4, 5, 101, 101}) +
+                              relation_line({7, 1, 11, 1, 4, 5, 101, 101});
+    EXPECT_FALSE(data_set(s, r, apart).ambiguous());
+    EXPECT_TRUE(data_set(s, r, apart + relation_line({8, 1, 11, 4, 9, 5, 101, 101})).ambiguous());
+}
+
 TEST(SpsReading, KeepsTheRecordsOfAFileThatIsPartlyDamaged) {
     LogCapture log;
     SpsDataSet set;
