@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -63,6 +64,41 @@ void items(const Options& options) {
     table.print(options.csv);
 }
 
+// For a person the words of a parameter share a column, and there is one for units where there are
+// any; CSV has a column for each.
+Table parameter_table(const ParameterList& list, bool csv) {
+    const bool units = csv || std::ranges::any_of(list, [](const Parameter& parameter) {
+                           return !unit_in(parameter.field.prompt).empty();
+                       });
+    std::vector<std::string> titles = {"key", "default"};
+    if (units) titles.push_back("unit");
+    if (csv) {
+        titles.insert(titles.end(), {"prompt", "help", "choices"});
+    } else {
+        titles.push_back("question and help");
+    }
+    Table table(std::move(titles));
+    for (const Parameter& parameter : list) {
+        const Field& field = parameter.field;
+        const bool rows = std::holds_alternative<Rows>(parameter.value);
+        const std::string choices = choices_text(parameter);
+        std::vector<std::string> cells = {parameter.key, rows ? "" : value_text(parameter)};
+        if (units) cells.push_back(unit_in(field.prompt));
+        if (csv) {
+            cells.insert(cells.end(), {field.prompt, field.help, choices});
+        } else {
+            std::string words = field.prompt;
+            if (rows) words += " (one line each)";
+            for (const std::string& more : {choices, std::string(field.help)}) {
+                if (!more.empty()) words += "\n" + more;
+            }
+            cells.push_back(std::move(words));
+        }
+        table.add(std::move(cells));
+    }
+    return table;
+}
+
 void item(const Options& options) {
     open_workplace();
     const FlowItemKind kind = kind_named(options.item);
@@ -72,27 +108,7 @@ void item(const Options& options) {
                            " is not available in this version; 'halvern flow items' tells which "
                            "items are");
     }
-    Table table(
-        options.csv
-            ? std::vector<std::string>{"key", "default", "unit", "prompt", "help", "choices"}
-            : std::vector<std::string>{"key", "default", "unit", "question and help"});
-    for (const Parameter& parameter : item->Parameters()) {
-        const Field& field = parameter.field;
-        const bool rows = std::holds_alternative<Rows>(parameter.value);
-        const std::string standard = rows ? "" : value_text(parameter);
-        const std::string choices = choices_text(parameter);
-        if (options.csv) {
-            table.add({parameter.key, standard, unit_in(field.prompt), field.prompt, field.help,
-                       choices});
-            continue;
-        }
-        std::string words = field.prompt;
-        if (rows) words += " (one line each)";
-        for (const std::string& more : {choices, std::string(field.help)}) {
-            if (!more.empty()) words += "\n" + more;
-        }
-        table.add({parameter.key, standard, unit_in(field.prompt), words});
-    }
+    const Table table = parameter_table(item->Parameters(), options.csv);
     if (!options.csv) {
         std::printf("%s, keyword %s\n", item->GetName(), flow_item_kind(kind).keyword);
         if (table.empty()) std::printf("It has no parameters.\n");

@@ -108,9 +108,10 @@ LogReading::LineKind LogReading::take(std::string_view line) {
         if (traces_ >= 0) read_ = traces_;
     }
     if (line.starts_with("Job terminated with error at ")) {
-        end_ = End::kError;
+        end_ = asked_to_stop_ ? End::kStopped : End::kError;
         return LineKind::kError;
     }
+    if (line == "The job was asked to stop.") asked_to_stop_ = true;
     if (line.starts_with("*** WARNING")) return LineKind::kWarning;
     for (const std::string_view start :
          {"*** ERROR", "PARAMETER ERROR:", "ERROR IN PARAMETER FILE:", "UNDEFINED STRING:",
@@ -130,6 +131,8 @@ const char* state_name(JobState state) {
             return "done";
         case JobState::kFailed:
             return "failed";
+        case JobState::kStopped:
+            return "stopped";
         case JobState::kKilled:
             break;
     }
@@ -190,9 +193,11 @@ JobStatus job_status(int number) {
         status.log.take(std::string_view(*log).substr(begin, end - begin));
         begin = end + 1;
     }
-    if (status.log.end() != LogReading::End::kNone) {
+    if (status.log.end() == LogReading::End::kNormal) {
+        status.state = JobState::kDone;
+    } else if (status.log.end() != LogReading::End::kNone) {
         status.state =
-            status.log.end() == LogReading::End::kNormal ? JobState::kDone : JobState::kFailed;
+            status.log.end() == LogReading::End::kStopped ? JobState::kStopped : JobState::kFailed;
     } else if (runs) {
         status.state = JobState::kRunning;
     } else if (status.record.process > 0 || log) {

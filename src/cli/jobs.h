@@ -34,7 +34,7 @@ struct JobRecord {
 class LogReading {
 public:
     enum class LineKind { kPlain, kProgress, kWarning, kError };
-    enum class End { kNone, kNormal, kError };
+    enum class End { kNone, kNormal, kError, kStopped };
 
     /// Takes one line, without its end.
     LineKind take(std::string_view line);
@@ -47,9 +47,11 @@ private:
     long long traces_ = -1;
     long long read_ = 0;
     End end_ = End::kNone;
+    bool asked_to_stop_ = false;
 };
 
-enum class JobState { kStarting, kRunning, kDone, kFailed, kKilled };
+/// Stopped: it ended because it was asked to; killed: it ended without a last line.
+enum class JobState { kStarting, kRunning, kDone, kFailed, kStopped, kKilled };
 const char* state_name(JobState state);
 
 struct JobStatus {

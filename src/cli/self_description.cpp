@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -179,8 +180,11 @@ std::string for_troff(const std::string& text) {
 
 void print_command(const CLI::App& command, const std::string& path) {
     const auto subs = command.get_subcommands([](const CLI::App*) { return true; });
+    const std::size_t cut = path.rfind(' ');  // help names the command itself
+    const std::string before =
+        cut == std::string::npos ? "halvern" : "halvern " + path.substr(0, cut);
     std::printf(".SS \"halvern %s\"\n.nf\n%s\n.fi\n", path.c_str(),
-                for_troff(command.help("halvern " + path.substr(0, path.rfind(' ')))).c_str());
+                for_troff(command.help(before)).c_str());
     for (const CLI::App* sub : subs) print_command(*sub, path + " " + sub->get_name());
 }
 
@@ -231,8 +235,10 @@ void print_completions(CLI::App& app, const std::vector<std::string>& words) {
     const Typed typed = read_words(app, words);
     choose_system_directory();
     try {
+        std::set<std::string> said;
         for (const std::string& word : values(typed)) {
-            if (word.starts_with(typed.last)) std::printf("%s\n", word.c_str());
+            if (!word.starts_with(typed.last) || !said.insert(word).second) continue;
+            std::printf("%s\n", word.c_str());
         }
     } catch (const CommandError&) {  // nothing can be offered where nothing can be read
     }
