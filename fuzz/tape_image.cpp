@@ -32,8 +32,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         image, [&] { return std::make_unique<ImageScsi>(image, TapeUse::kRead); }, 1);
     std::size_t bytes = 0;
     for (int ends = 0; ends < 2;) {
-        const int count = device.read_block();
-        if (count > 0) bytes += device.block().size();
+        static std::vector<std::byte> block(1 << 16);
+        const int count = device.read(block);
+        if (count > 0) bytes += static_cast<std::size_t>(count);
         if (count == TapeDevice::kNoData) ++ends;
         if (count == TapeDevice::kFailed && device.skip_blocks(1) != 0) break;
     }

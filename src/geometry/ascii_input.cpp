@@ -343,13 +343,14 @@ void AsciiInput::PutEqualsFirst() {
 
 bool AsciiInput::OpenFile() {
     lines_.emplace(file_, kLongestLine);
+    if (!lines_->opened()) {
+        Error("Cannot open file to read: '%s'\n", file_.c_str());
+        return false;
+    }
     std::string_view line;
-    // A directory opens and fails at the first read.
-    bool more = lines_->opened();
-    for (int i = 0; more && i < start_record_; ++i) more = lines_->next(line);
-    if (lines_->opened() && !lines_->failed()) return true;
-    Error("Cannot open file to read: '%s'\n", file_.c_str());
-    return false;
+    for (int i = 0; i < start_record_ && lines_->next(line); ++i) {
+    }
+    return true;
 }
 
 bool AsciiInput::LoadRecords() {
@@ -431,7 +432,8 @@ void AsciiInput::RunInput() {
         if (method_ == kOverwrite) Error("%s", kOverwriteLine);
         return TerminateJob(kJobError);
     }
-    Created& made = created_.emplace();
+    created_ = std::make_unique<Created>();
+    Created& made = *created_;
     if (made.header.load(header_file_) != 0) {
         Error("Cannot read trace header format '%s'.\n", header_file_.c_str());
         return TerminateJob(kJobError);

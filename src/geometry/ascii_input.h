@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -89,7 +90,7 @@ private:
         int expected = 0;  // lines of the file
         int sent = 0;
     };
-    std::optional<Created> created_;
+    std::unique_ptr<Created> created_;  // while the item heads a running flow
 };
 
 }  // namespace halvern

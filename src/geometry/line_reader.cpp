@@ -15,11 +15,12 @@ LineReader::LineReader(std::size_t longest)
     : longest_(std::clamp<std::size_t>(longest, 1, kLongest)) {}
 
 LineReader::LineReader(const std::string& path, std::size_t longest) : LineReader(longest) {
+    std::error_code unknown;
+    if (std::filesystem::is_directory(path, unknown)) return;  // which opens, but cannot be read
     file_.reset(std::fopen(path.c_str(), "rb"));
     opened_ = file_ != nullptr;
     if (!opened_) return;
     block_.resize(kBlockBytes);
-    std::error_code unknown;
     const std::uintmax_t bytes = std::filesystem::file_size(path, unknown);
     if (!unknown) bytes_ = static_cast<std::size_t>(bytes);
 }

@@ -10,8 +10,35 @@ namespace halvern {
 
 namespace {
 
-/// Names in the order of MergeSps::Word.
-constexpr const char* kWordNames[MergeSps::kWords] = {
+/// The header words, in the order in which they are looked up.
+enum Word : std::size_t {
+    kFfid,
+    kChan,
+    kSrcX,
+    kSrcY,
+    kSrcElev,
+    kSouDepth,
+    kSWatDep,
+    kSStatic,
+    kSUphole,
+    kRecX,
+    kRecY,
+    kRecElev,
+    kRWatDep,
+    kRStatic,
+    kRUphole,
+    kTime,
+    kOffset,
+    kAzimuth,
+    kSouLine,
+    kSouPoint,
+    kSouIndex,
+    kRecLine,
+    kRecPoint,
+    kRecIndex,
+    kWords
+};
+constexpr const char* kWordNames[kWords] = {
     "FFID",    "CHAN",    "SRCX",    "SRCY",     "SRCELEV",  "SOUDEPTH", "SWATDEP",  "SSTATIC",
     "SUPHOLE", "RECX",    "RECY",    "RECELEV",  "RWATDEP",  "RSTATIC",  "RUPHOLE",  "TIME",
     "OFFSET",  "AZIMUTH", "SOULINE", "SOUPOINT", "SOUINDEX", "RECLINE",  "RECPOINT", "RECINDEX"};
@@ -46,7 +73,7 @@ constexpr struct {
     {"AZIMUTH", "Source to Receiver Azimuth"},
 };
 
-/// Words about each sort of miss, in the order of MergeSps::Miss.
+/// Words about each sort of miss, in the order of Miss.
 constexpr struct {
     const char* sort;
     const char* heading;
@@ -182,7 +209,7 @@ void MergeSps::LogWords() const {
 }
 
 bool MergeSps::FindWords(const TraceHeaderDefinition& header) {
-    for (std::size_t i = 0; i < kWords; ++i) {
+    for (std::size_t i = 0; i < words_.size(); ++i) {
         words_[i] = header.find(kWordNames[i]);
         if (words_[i] >= 0) continue;
         Error(
@@ -228,7 +255,9 @@ void MergeSps::ListMisses(Miss kind) const {
 
 void MergeSps::WriteWords(TraceHeaderDefinition& header, const SpsPoint& source,
                           const SpsPoint& receiver) const {
-    const auto set = [&](Word word, double value) { header.set_double(words_[word], value); };
+    const auto set = [&](std::size_t word, double value) {
+        header.set_double(words_[word], value);
+    };
     set(kSrcX, source.easting);
     set(kSrcY, source.northing);
     set(kSrcElev, source.elevation);

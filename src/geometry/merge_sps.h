@@ -51,35 +51,6 @@ public:
     /// Lists what was not found, and releases the files' contents.
     void EndRun() override;
 
-    /// Header words of the item, in the order in which they are looked up.
-    enum Word {
-        kFfid,
-        kChan,
-        kSrcX,
-        kSrcY,
-        kSrcElev,
-        kSouDepth,
-        kSWatDep,
-        kSStatic,
-        kSUphole,
-        kRecX,
-        kRecY,
-        kRecElev,
-        kRWatDep,
-        kRStatic,
-        kRUphole,
-        kTime,
-        kOffset,
-        kAzimuth,
-        kSouLine,
-        kSouPoint,
-        kSouIndex,
-        kRecLine,
-        kRecPoint,
-        kRecIndex,
-        kWords,
-    };
-
 protected:
     /// Where one trace stands in several relations, its geometry depends on the trace before it.
     bool RepeatsItself() const override { return !set_.ambiguous(); }
@@ -107,7 +78,7 @@ private:
 
     // From PrepareRun to EndRun:
     SpsDataSet set_;
-    std::array<int, kWords> words_{};  // indexes
+    std::array<int, 24> words_{};  // indexes of the header words
     std::array<MissList, kMisses> misses_;
 };
 

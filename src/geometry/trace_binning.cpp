@@ -11,9 +11,23 @@ namespace halvern {
 
 namespace {
 
-/// Names in the order of TraceBinning::Word.
-constexpr const char* kWordNames[TraceBinning::kWords] = {
-    "SRCX", "SRCY", "RECX", "RECY", "XLINE", "INLINE", "CDPN", "CDPX", "CDPY", "BINX", "BINY"};
+/// The header words, in the order in which they are looked up.
+enum Word : std::size_t {
+    kSrcX,
+    kSrcY,
+    kRecX,
+    kRecY,
+    kXline,
+    kInline,
+    kCdpN,
+    kCdpX,
+    kCdpY,
+    kBinX,
+    kBinY,
+    kWords
+};
+constexpr const char* kWordNames[kWords] = {"SRCX", "SRCY", "RECX", "RECY", "XLINE", "INLINE",
+                                            "CDPN", "CDPX", "CDPY", "BINX", "BINY"};
 
 constexpr double kRadiansPerDegree = 0.017453293;
 
@@ -162,7 +176,7 @@ void TraceBinning::PrepareRun(LineHeader&, TraceHeaderDefinition& header, TraceS
     Message("  CDPY     - CDP Y coordinate\n");
     Message("  BINX     - Bin X coordinate\n");
     Message("  BINY     - Bin Y coordinate\n");
-    for (std::size_t i = 0; i < kWords; ++i) {
+    for (std::size_t i = 0; i < words_.size(); ++i) {
         words_[i] = header.find(kWordNames[i]);
         if (words_[i] >= 0) continue;
         Error(

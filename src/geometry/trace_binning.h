@@ -20,22 +20,6 @@ public:
     int ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
                      TraceSamples& samples) override;
 
-    /// Header words of the item, in the order in which they are looked up.
-    enum Word {
-        kSrcX,
-        kSrcY,
-        kRecX,
-        kRecY,
-        kXline,
-        kInline,
-        kCdpN,
-        kCdpX,
-        kCdpY,
-        kBinX,
-        kBinY,
-        kWords,
-    };
-
 private:
     /// Numbers of the bins along one axis.
     struct Numbering {
@@ -56,8 +40,8 @@ private:
     Numbering nline_{};
 
     // From PrepareRun on:
-    std::array<int, kWords> words_{};  // indexes
-    double xlines_ = 0;                // how many there are
+    std::array<int, 11> words_{};  // indexes of the header words
+    double xlines_ = 0;            // how many there are
     double cos_ = 1;
     double sin_ = 0;
 };

@@ -21,4 +21,14 @@ bool RequireSampleInterval(const FlowItem& item, const LineHeader& line) {
     return false;
 }
 
+int RequireWholeMilliseconds(const FlowItem& item, const LineHeader& line) {
+    const int interval = line.sample_interval();
+    if (interval >= kInternalPerMs) return interval / kInternalPerMs;
+    item.Error(
+        "The sample interval must be at least 1 millisecond.  The line has '%d' microseconds.\n",
+        interval / kInternalPerUs);
+    TerminateJob(kJobError);
+    return 0;
+}
+
 }  // namespace halvern

@@ -4,8 +4,9 @@
 
 #include "flow/process_flow_item.h"
 #include "numerics/aligned.h"
+#include "numerics/convolver.h"
 #include "numerics/correlation.h"
-#include "numerics/real_fft.h"
+#include "numerics/minimum_phase.h"
 
 namespace halvern {
 
@@ -32,11 +33,9 @@ private:
 
     ParameterList Parameters() override;
     bool CheckParameters(int samples, double interval_ms);
-    /// Time domain: result_ from trace_ and autocorrelation_. False when the system is singular.
+    // From trace_ and autocorrelation_ to result_; false when there is none.
     bool SubtractPrediction();
-    /// Frequency domain: operator_ from autocorrelation_, result_ from trace_ and operator_.
-    void DesignSpikingOperator();
-    void ApplyOperator();
+    bool Spike();
     void ReportLoss();
 
     int domain_{};  // kTime, or anything else for kFrequency
@@ -46,18 +45,14 @@ private:
 
     // The run's; empty outside it.
     std::optional<numerics::Correlator> correlator_;
-    numerics::AlignedDoubles trace_;            // [samples]
+    std::optional<numerics::Convolver> convolver_;
+    std::optional<numerics::MinimumPhaseInverse> inverse_;  // frequency domain
+    numerics::AlignedDoubles trace_;                        // [samples]
     numerics::AlignedDoubles autocorrelation_;  // [operator samples + lag], zero lag whitened
     numerics::AlignedDoubles operator_;         // [operator samples]
     numerics::AlignedDoubles result_;           // [samples]
     numerics::AlignedDoubles solver_work_;      // time domain
-    std::optional<numerics::RealFft> fft_;      // frequency domain, as what follows
-    numerics::AlignedDoubles spectrum_;         // [transform length] packed, of the operator
-    numerics::AlignedDoubles trace_spectrum_;   // likewise; empty: the operator is short enough
-    numerics::AlignedDoubles amplitudes_;       // [transform length / 2 + 1], as the next two
-    numerics::AlignedDoubles sines_;
-    numerics::AlignedDoubles cosines_;
-    int lost_ = 0;  // traces that could not be deconvolved
+    int lost_ = 0;                              // traces that could not be deconvolved
 };
 
 }  // namespace halvern

@@ -6,7 +6,7 @@
 #include <numbers>
 #include <string>
 
-#include "items/whole_milliseconds.h"
+#include "items/checks.h"
 
 namespace halvern {
 
@@ -116,7 +116,7 @@ bool Filter::CheckCorners(float nyquist_hz) {
 }
 
 void Filter::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&, int) {
-    const double interval_ms = whole_milliseconds(*this, line);
+    const double interval_ms = RequireWholeMilliseconds(*this, line);
     if (interval_ms == 0) return;
     if (!CheckCorners(static_cast<float>(1 / (2 * interval_ms / 1000)))) return;
     if (line.samples() < 2) {

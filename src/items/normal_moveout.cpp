@@ -8,6 +8,7 @@
 
 #include "items/checks.h"
 #include "items/number_sheet.h"
+#include "numerics/moveout.h"
 
 namespace halvern {
 
@@ -20,11 +21,6 @@ const NumberSheet kSheet{.entry = "Time/Velocity",
                                      {"Velocity", "Velocity", "VELOCITY"}},
                          .quoted = {0, 1, 2, 3},
                          .checked = {0, 1, 2, 3}};
-
-// The square of a trace's reflection time, in seconds, from that of its time at zero offset.
-inline double moved_squared(double time_squared, double offset_squared, double velocity_squared) {
-    return time_squared + offset_squared / velocity_squared;
-}
 
 }  // namespace
 
@@ -145,13 +141,16 @@ void NormalMoveout::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, 
     }
     times_squared_.resize(samples);
     previous_squared_.resize(samples);
+    rises_.resize(samples);
     // Summed up, not multiplied: the last bits of the time decide which sample it falls into.
     double time = 0;
     for (std::size_t i = 0; i < samples; ++i, time += interval_s_) {
         times_squared_[i] = time * time;
         previous_squared_[i] = (time - interval_s_) * (time - interval_s_);
+        rises_[i] = times_squared_[i] - previous_squared_[i];
     }
     velocity_squared_.resize(samples);
+    moved_times_.resize(samples);
     sources_.resize(samples);
     input_.assign(samples + 1, 0.0f);
     placed_ = false;
@@ -162,7 +161,9 @@ void NormalMoveout::EndRun() {
     velocities_ = {};
     times_squared_ = {};
     previous_squared_ = {};
+    rises_ = {};
     velocity_squared_ = {};
+    moved_times_ = {};
     sources_ = {};
     input_ = {};
     placed_ = false;
@@ -287,45 +288,41 @@ void NormalMoveout::MoveTo(int crossline, int in_line) {
     }
 }
 
-// Fills sources_ for a trace at the place that MoveTo went to. The loops are free of branches so
-// that they work on several samples at a time; what lies outside the trace ends up at the zero
-// behind it.
+// Fills sources_ for a trace at the place that MoveTo went to.
 void NormalMoveout::FindSources(double offset) {
     const double offset_squared = offset * offset;
-    const double interval = interval_s_;
-    const std::size_t samples = sources_.size();
-    const auto end = static_cast<double>(samples);
-    const double* const times = times_squared_.data();
-    const double* const previous = previous_squared_.data();
-    const double* const velocities = velocity_squared_.data();
-    std::int32_t* const sources = sources_.data();
-    if (stretch_limit_ <= 0) {
-        for (std::size_t i = 0; i < samples; ++i) {
-            const double moved = std::sqrt(moved_squared(times[i], offset_squared, velocities[i]));
-            const double position = moved / interval;
-            sources[i] = static_cast<std::int32_t>(position < end ? position : end);
+    numerics::moveout(times_squared_, offset_squared, velocity_squared_, interval_s_, moved_times_,
+                      sources_);
+    if (stretch_limit_ > 0) MuteStretched(offset_squared);
+}
+
+// The stretch is interval / (t - u) - 1, with t a sample's moved time and u that of a time one
+// interval earlier. As the rise, t² - u², does not depend on the offset, and t - interval <= u <=
+// t, nearly every sample can be judged without the root and the division that u and the stretch
+// take. The others, and the doubtful ones in between, are judged by the stretch itself, so that the
+// result is the same.
+void NormalMoveout::MuteStretched(double offset_squared) {
+    const auto nowhere = static_cast<std::int32_t>(sources_.size());
+    const double step = interval_s_ / (1 + stretch_limit_);  // t - u at the limit
+    // Far more than the rounding of times up to the trace's end makes out.
+    const double doubt = 1e-6 * step + 1e-14 * interval_s_ * static_cast<double>(sources_.size());
+    const double kept_above = 2 * (step + doubt);
+    const double muted_below = step - doubt;
+    // Mostly everything from some sample on is kept: what is left to look at ends there.
+    const double* const rises = rises_.data();
+    const double* const moved = moved_times_.data();
+    std::size_t open = sources_.size();
+    while (open > 1 && rises[open - 1] > moved[open - 1] * kept_above) --open;
+    for (std::size_t i = 1; i < open; ++i) {
+        if (rises[i] > moved[i] * kept_above || sources_[i] == nowhere) continue;
+        if (!(rises[i] < (2 * moved[i] - interval_s_) * muted_below)) {
+            const double before =
+                std::sqrt(previous_squared_[i] + offset_squared / velocity_squared_[i]);
+            if (!(interval_s_ / (moved[i] - before) - 1 >= stretch_limit_)) continue;
         }
-        return;
+        sources_[i] = nowhere;
+        if (i == 1) sources_[0] = nowhere;  // it has no stretch of its own
     }
-    const double limit = stretch_limit_;
-    for (std::size_t i = 0; i < samples; ++i) {
-        const double moved = std::sqrt(moved_squared(times[i], offset_squared, velocities[i]));
-        const double before = std::sqrt(moved_squared(previous[i], offset_squared, velocities[i]));
-        const double position = moved / interval;
-        const double stretch = interval / (moved - before) - 1;
-        const double kept = stretch >= limit ? end : position;
-        sources[i] = static_cast<std::int32_t>(kept < end ? kept : end);
-    }
-    // The first sample has no stretch of its own: it is judged with the second one, unless that
-    // one comes from beyond the trace.
-    const auto position = [&](std::size_t i) {
-        return std::sqrt(moved_squared(times[i], offset_squared, velocities[i])) / interval;
-    };
-    if (samples == 0) return;
-    const double first = position(0);
-    const bool goes =
-        samples > 1 && sources[1] == static_cast<std::int32_t>(samples) && position(1) < end;
-    sources[0] = static_cast<std::int32_t>(!goes && first < end ? first : end);
 }
 
 int NormalMoveout::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {

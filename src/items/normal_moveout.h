@@ -52,6 +52,7 @@ private:
     void SpreadVelocities(const Location& location, std::span<double> velocities) const;
     void MoveTo(int crossline, int in_line);
     void FindSources(double offset);
+    void MuteStretched(double offset_squared);
 
     float mute_percent_{};        // stretch mute as entered; 0: none
     std::vector<Entry> entries_;  // as entered
@@ -67,6 +68,8 @@ private:
     std::vector<double> velocities_;        // [locations][samples]
     std::vector<double> times_squared_;     // [samples] output time squared
     std::vector<double> previous_squared_;  // [samples] the same, one interval earlier
+    std::vector<double> rises_;             // [samples] the difference of the two
+    std::vector<double> moved_times_;       // [samples] of the trace in hand, in seconds
     std::vector<std::int32_t> sources_;     // [samples] where a sample comes from; samples: nowhere
     std::vector<float> input_;              // [samples + 1] the trace, and a zero behind it
 

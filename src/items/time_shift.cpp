@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "items/whole_milliseconds.h"
+#include "items/checks.h"
 #include "numerics/spline.h"
 
 namespace halvern {
@@ -77,15 +77,11 @@ void TimeShift::LogParameters() {
 }
 
 void TimeShift::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples&, int) {
-    word_index_ = header.find(word_);
-    if (type_ == kHeader && word_index_ < 0) {
-        Error(
-            "Cannot read header '%s' from the trace header definition.\n"
-            "Add it to the trace header definition and re-run.\n",
-            word_.c_str());
-        return TerminateJob(kJobError);
+    if (type_ == kHeader) {
+        word_index_ = RequireHeaderWord(*this, header, word_.c_str());
+        if (word_index_ < 0) return;
     }
-    interval_ms_ = whole_milliseconds(*this, line);
+    interval_ms_ = RequireWholeMilliseconds(*this, line);
     if (interval_ms_ == 0) return;
     spline_work_.resize(static_cast<std::size_t>(line.samples()));
     rounded_ = 0;

@@ -16,8 +16,11 @@
 #include "items/trace_sort.h"
 #include "native/native_disk_input.h"
 #include "native/native_disk_output.h"
+#include "segd/segd_tape_input.h"
 #include "segy/segy_disk_input.h"
 #include "segy/segy_disk_output.h"
+#include "tape/segy_tape_input.h"
+#include "tape/segy_tape_output.h"
 
 namespace halvern {
 
@@ -35,9 +38,12 @@ struct Entry {
 
 // The kinds that are built, by id.
 constexpr Entry kCatalogue[] = {
+    {FlowItemKind::kSegdTapeInput, create<SegdTapeInput>},
+    {FlowItemKind::kSegyTapeInput, create<SegyTapeInput>},
     {FlowItemKind::kSegyDiskInput, create<SegyDiskInput>},
     {FlowItemKind::kNativeDiskInput, create<NativeDiskInput>},
     {FlowItemKind::kSegyDiskOutput, create<SegyDiskOutput>},
+    {FlowItemKind::kSegyTapeOutput, create<SegyTapeOutput>},
     {FlowItemKind::kNativeDiskOutput, create<NativeDiskOutput>},
     {FlowItemKind::kAgc, create<Agc>},
     {FlowItemKind::kAsciiInput, create<AsciiInput>},

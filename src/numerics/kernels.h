@@ -36,7 +36,8 @@ struct Kernels {
     const char* name;
     int lanes;  ///< doubles in a register
     void (*fft_forward)(const FftTables& tables, double* values);
-    void (*fft_inverse)(const FftTables& tables, double* values);
+    /// At least the first `wanted` of the complex values that stand for pairs of real ones.
+    void (*fft_inverse)(const FftTables& tables, double* values, std::size_t wanted);
     /// out[i] = sum over j of longer[i - j] shorter[j] for i = 0 ... outputs - 1.
     void (*convolve)(const double* longer, std::size_t longer_length, const double* shorter,
                      std::size_t shorter_length, double* out, std::size_t outputs);
@@ -51,10 +52,36 @@ struct Kernels {
     void (*exponentials)(const double* x, double* out, std::size_t count);
     /// False when an angle was above kLargestAngle, where the results are not exact.
     bool (*sines_and_cosines)(const double* x, double* sines, double* cosines, std::size_t count);
+
+    // Of MinimumPhaseInverse, on arrays padded by kBinPadding; h is a power of two from 2 up.
+
+    /// Of `bins` complex values: logarithms[k] = log |spectrum[k]|, at least kLeastLogarithm.
+    void (*log_amplitudes)(const double* spectrum, double* logarithms, std::size_t bins);
+    /// spectrum[k] = rest exp(-logarithms[k] / 2 - i phases[k]), rest even or odd by k. False when
+    /// a phase was above kLargestAngle.
+    bool (*inverse_spectrum)(const double* logarithms, const double* phases, double even,
+                             double odd, double* spectrum, std::size_t bins);
+    /// x[j] = f[2j] + (f[2j+1] - f[2j-1]) for 0 < j < h / 2, x[h - j] the same for the symmetric or
+    /// antisymmetric continuation of f[0 ... h]. x[h / 2] is overwritten.
+    void (*fold_symmetric)(const double* f, double* x, std::size_t h, bool antisymmetric);
+    /// f[k] and f[h - k], 0 < k < h / 2, from the packed spectrum x of what fold_symmetric made;
+    /// f[h / 2] is overwritten.
+    void (*unfold_symmetric)(const double* x, const double* weights, double* f, std::size_t h,
+                             bool antisymmetric);
+    /// As the function.
+    void (*moveout)(const double* times_squared, double offset_squared,
+                    const double* velocities_squared, double interval, double* moved,
+                    std::int32_t* sources, std::size_t count);
 };
 
 /// Up to here a product of the number of quarter turns with a part of one is exact.
 inline constexpr double kLargestAngle = 1e5;
+
+/// The natural logarithm of the smallest normal number, 2^-1022.
+inline constexpr double kLeastLogarithm = -708.39641853226410622;
+
+/// What an array of bins has room for behind its last one.
+inline constexpr std::size_t kBinPadding = 8;
 
 /// Zeros behind every array of the solver, so that its sums may end in full registers.
 inline constexpr std::size_t kSolverPadding = 8;

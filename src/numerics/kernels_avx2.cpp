@@ -1,4 +1,4 @@
-#include "numerics/kernels_impl.h"
+#include "numerics/kernel_table.h"
 
 namespace halvern::numerics {
 

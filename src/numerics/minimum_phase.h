@@ -37,16 +37,15 @@ public:
 
 private:
     MinimumPhaseInverse(RealFft whole, RealFft half);
-    void transform_symmetric(AlignedDoubles& f);
-    void transform_antisymmetric(AlignedDoubles& f);
+    void transform_symmetric(double* f);
+    void transform_antisymmetric(double* f);
 
     RealFft whole_;              // of N values
     RealFft half_;               // of N / 2
     AlignedDoubles values_;      // [N]
-    AlignedDoubles logarithms_;  // [N / 2 + 1], bin by bin, then amplitudes
-    AlignedDoubles phases_;      // [N / 2 + 1], logarithms, cepstrum, phases, then cosines
-    AlignedDoubles sines_;       // [N / 2 + 1]
-    AlignedDoubles weights_;     // [N / 4 + 1], 1 / (2 sin(2 pi k / N))
+    AlignedDoubles logarithms_;  // [N / 2 + 1], bin by bin
+    AlignedDoubles phases_;      // [N / 2 + 1]; first the logarithms, then the cepstrum
+    AlignedDoubles weights_;     // [N / 4 + 1], 1 / (2 sin(2 pi k / N)); all with kBinPadding
 };
 
 }  // namespace halvern::numerics

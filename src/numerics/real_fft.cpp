@@ -89,7 +89,7 @@ void RealFft::make_tables() {
 
     twiddles_.resize(size + points);
     double* next = twiddles_.data();
-    const auto root = [this](std::size_t k, std::size_t of) {
+    const auto root = [](std::size_t k, std::size_t of) {
         // exp(-2 pi i k / of): k up to 7/8 of a turn, the second half by its opposite.
         const auto turn = static_cast<std::int64_t>(of);
         const auto at = static_cast<std::int64_t>(k);
@@ -124,10 +124,17 @@ void RealFft::make_tables() {
 }
 
 bool RealFft::transform(std::span<double> values, int sign) {
+    if (sign == -1) return inverse_start(values, values.size());
     if (!kernels_) return transform_plain(values, sign);
-    if (static_cast<std::int64_t>(values.size()) != length_ || (sign != 1 && sign != -1))
-        return false;
-    (sign == 1 ? kernels_->fft_forward : kernels_->fft_inverse)(tables_, values.data());
+    if (static_cast<std::int64_t>(values.size()) != length_ || sign != 1) return false;
+    kernels_->fft_forward(tables_, values.data());
+    return true;
+}
+
+bool RealFft::inverse_start(std::span<double> values, std::size_t count) {
+    if (!kernels_) return transform_plain(values, -1);
+    if (static_cast<std::int64_t>(values.size()) != length_) return false;
+    kernels_->fft_inverse(tables_, values.data(), count / 2 + count % 2);
     return true;
 }
 

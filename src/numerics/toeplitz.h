@@ -18,7 +18,7 @@ constexpr std::size_t toeplitz_work(std::size_t size) { return 4 * (size + 8); }
 /// False when the recursion breaks down: when the error power, which starts at row[0] and shrinks
 /// with every step of a positive definite system, is not above L x 2.2e-16 x row[0] (the system is
 /// singular to working precision, or not positive definite, or holds something that is not a
-/// number), and when the sizes do not fit or L is 0. `solution` is then unspecified. All four spans
+/// number), and when the sizes do not fit or L is 0. `solution` then holds anything. All four spans
 /// are distinct; `work` holds at least toeplitz_work(L) doubles. Nothing is allocated.
 [[nodiscard]] bool solve_toeplitz(std::span<const double> row, std::span<const double> right,
                                   std::span<double> solution, std::span<double> work);

@@ -23,7 +23,7 @@ bool exponentials(std::span<const double> x, std::span<double> out) {
 bool sines_and_cosines(std::span<const double> angles, std::span<double> sines,
                        std::span<double> cosines) {
     if (sines.size() != angles.size() || cosines.size() != angles.size()) return false;
-    constexpr std::size_t kBlock = 64;
+    constexpr std::size_t kBlock = 256;
     for (std::size_t start = 0; start < angles.size(); start += kBlock) {
         const std::size_t count = std::min(kBlock, angles.size() - start);
         const auto block = angles.subspan(start, count);

@@ -7,20 +7,6 @@
 
 namespace halvern::segd {
 
-namespace {
-
-void decode_8058(std::span<const std::byte> raw, double descale, std::span<float> samples) {
-    const std::size_t there = std::min(samples.size(), raw.size() / 4);
-    decode_ieee(raw.first(there * 4), samples.first(there));
-    for (float& sample : samples.first(there)) {
-        const auto value = static_cast<float>(sample * descale);
-        sample = std::isfinite(value) ? value : 0.0f;
-    }
-    std::ranges::fill(samples.subspan(there), 0.0f);
-}
-
-}  // namespace
-
 bool is_readable(int format) {
     return format == 8015 || format == 8036 || format == 8048 || format == 8058;
 }
@@ -51,6 +37,13 @@ std::int64_t samples_in(int format, std::int64_t bytes) {
     }
 }
 
+void descale_ieee(std::span<float> samples, double descale) {
+    for (float& sample : samples) {
+        const auto value = static_cast<float>(sample * descale);
+        sample = std::isfinite(value) ? value : 0.0f;
+    }
+}
+
 void decode(int format, std::span<const std::byte> raw, double descale, std::span<float> samples) {
     switch (format) {
         case 8015:
@@ -60,8 +53,12 @@ void decode(int format, std::span<const std::byte> raw, double descale, std::spa
         case 8048:
             return decode_segd_8048(raw, descale, samples);
         default:
-            return decode_8058(raw, descale, samples);
+            break;
     }
+    const std::size_t there = std::min(samples.size(), raw.size() / 4);
+    decode_ieee(raw.first(there * 4), samples.first(there));
+    descale_ieee(samples.first(there), descale);
+    std::ranges::fill(samples.subspan(there), 0.0f);
 }
 
 }  // namespace halvern::segd

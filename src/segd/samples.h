@@ -16,6 +16,9 @@ std::int64_t bytes_of(int format, std::int64_t samples, bool cut_group = false);
 /// The most samples that `bytes` bytes can hold.
 std::int64_t samples_in(int format, std::int64_t bytes);
 
+/// Multiplies IEEE samples by `descale`, in place; what is not finite becomes 0.
+void descale_ieee(std::span<float> samples, double descale);
+
 /// Decodes the samples of a trace and multiplies each by `descale`. `raw` may end early: what is
 /// missing is 0. Values that are not finite become 0.
 void decode(int format, std::span<const std::byte> raw, double descale, std::span<float> samples);

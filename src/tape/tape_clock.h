@@ -11,7 +11,9 @@ public:
     virtual void SleepMs(int ms) = 0;
 };
 
-/// The machine's clock.
-TapeClock& SystemTapeClock();
+/// The process-wide clock: the machine's, until another one (not owned) is set; null: the machine's
+/// again.
+TapeClock& CurrentTapeClock();
+void SetTapeClock(TapeClock* clock);
 
 }  // namespace halvern

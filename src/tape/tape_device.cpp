@@ -15,6 +15,8 @@ namespace {
 constexpr int kReadyTimeoutMs = 10000;
 constexpr int kReadyPollMs = 200;
 
+TapeClock* current_clock = nullptr;
+
 class MachineClock final : public TapeClock {
 public:
     long long NowMs() override {
@@ -26,10 +28,11 @@ public:
 
 }  // namespace
 
-TapeClock& SystemTapeClock() {
-    static MachineClock clock;
-    return clock;
+TapeClock& CurrentTapeClock() {
+    static MachineClock machine;
+    return current_clock ? *current_clock : machine;
 }
+void SetTapeClock(TapeClock* clock) { current_clock = clock; }
 
 std::string tape_device_name(SequentialScsi& scsi, int device) {
     const std::uint32_t path = scsi.GetScsiPath(device);

@@ -23,7 +23,7 @@ public:
     /// `name` is what the configuration calls the device: "VENDOR PRODUCT - path1_path2", or the
     /// system's own name of it. `retries`: how often a failed or empty read is tried again.
     TapeDevice(std::string name, ScsiLoader load, int retries = kRetries,
-               TapeClock& clock = SystemTapeClock());
+               TapeClock& clock = CurrentTapeClock());
     ~TapeDevice();
     TapeDevice(const TapeDevice&) = delete;
     TapeDevice& operator=(const TapeDevice&) = delete;

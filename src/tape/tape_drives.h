@@ -24,7 +24,7 @@ bool is_tape_image(const std::string& name, const GlobalConfig& config = Current
 /// blank ("VENDOR" and "PRODUCT - 4_0") is put together again.
 std::unique_ptr<TapeDevice> make_tape_device(const std::string& name, TapeUse use,
                                              const GlobalConfig& config = CurrentConfig(),
-                                             TapeClock& clock = SystemTapeClock());
+                                             TapeClock& clock = CurrentTapeClock());
 
 /// What drives are reached through here: the vendor's library, or the system's own driver.
 /// `name` is the drive that is wanted. Null, with a log line, when there is no such thing.

@@ -9,6 +9,10 @@
 #include "items/agc.h"
 #include "items/deconvolution.h"
 #include "items/filter.h"
+#include "items/linear_moveout.h"
+#include "items/mute.h"
+#include "items/normal_moveout.h"
+#include "items/stack.h"
 #include "items/time_shift.h"
 #include "items/trace_math.h"
 #include "support/item_bench.h"
@@ -76,7 +80,7 @@ TEST_P(AllocationOf, NothingPerTrace) {
         header.set_double(offset, 10 * number);
         for (std::size_t i = 0; i < kSamples; ++i) {  // every fifth trace is dead
             const auto value = static_cast<float>((i * i + 7) % 101) - 50.0f;
-            put_f32(std::span(raw).subspan(i * 4).first<4>(), number % 5 ? value : 0.0f);
+            put_f32(std::span(raw).subspan(i * 4).first<4>(), number % 5 != 0 ? value : 0.0f);
         }
         samples.set_raw(raw, kSamples, kSamples, kSamples, SampleFormat::kIeee);
         if (number == 0) item->PrepareChain(line, header, samples, 0);
@@ -91,11 +95,17 @@ TEST_P(AllocationOf, NothingPerTrace) {
 
 INSTANTIATE_TEST_SUITE_P(
     Items, AllocationOf,
-    testing::Values(warm<Agc>("Agc", {}), warm<Deconvolution>("DeconvolutionInTime", {}),
-                    warm<Deconvolution>("DeconvolutionInFrequency", {"DOMAIN=2"}),
-                    warm<Deconvolution>("DeconvolutionLong", {"DOMAIN=2", "FILTERLEN=1900"}),
-                    warm<Filter>("Filter", {}), warm<TimeShift>("TimeShift", {"AMOUNT=-6"}),
-                    warm<TraceMath>("TraceMath", {"SAMPLEVALADDED=1"})),
+    testing::Values(
+        warm<Agc>("Agc", {}), warm<Deconvolution>("DeconvolutionInTime", {}),
+        warm<Deconvolution>("DeconvolutionInFrequency", {"DOMAIN=2"}),
+        warm<Deconvolution>("DeconvolutionLong", {"DOMAIN=2", "FILTERLEN=1900"}),
+        warm<Filter>("Filter", {}),
+        warm<LinearMoveout>("LinearMoveout", {"OFFSET_VEL=0,1000", "OFFSET_VEL=300,2000"}),
+        warm<Mute>("Mute", {"OFFSET_TIME=0,8", "OFFSET_TIME=300,900"}),
+        warm<NormalMoveout>("NormalMoveout", {"TIME_VEL=0,1500,0,0", "TIME_VEL=1000,2500,0,0"}),
+        warm<Stack>("Stack", {"SORTED=1", "STACKHEADER=OFFSET"}),
+        warm<TimeShift>("TimeShift", {"AMOUNT=-6"}),
+        warm<TraceMath>("TraceMath", {"SAMPLEVALADDED=1"})),
     [](const auto& row) { return row.param.name; });
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <numbers>
@@ -92,6 +93,12 @@ TEST(RealFft, IsTheDefinitionAtEveryLengthAndWidth) {
             back = spectrum;
             ASSERT_TRUE(fft->transform(back, -1));
             check(spectrum, back);
+            for (const std::size_t count : {std::size_t{1}, std::size_t{48}, x.size()}) {
+                if (count > x.size()) continue;
+                std::vector<double> start = spectrum;
+                ASSERT_TRUE(fft->inverse_start(start, count));
+                EXPECT_TRUE(std::equal(start.begin(), start.begin() + count, back.begin()));
+            }
             results.push_back(spectrum);
             results.push_back(back);
         }
@@ -130,6 +137,7 @@ TEST(RealFft, RefusesOtherLengthsAndSigns) {
         EXPECT_FALSE(fft.transform(x, 2));
         EXPECT_FALSE(fft.transform(std::span(x).first(x.size() / 2), 1));
         EXPECT_FALSE(fft.transform({}, 1));
+        EXPECT_FALSE(fft.inverse_start({}, 1));
         EXPECT_EQ(x, before);
     }
     EXPECT_EQ(RealFft::length_for(0), 2);

@@ -27,8 +27,9 @@ public:
     bool write_protected = false;
     std::string ioctls;
 
+    bool is_device(const std::string& node) override { return node == "/dev/nst1"; }
     int open(const std::string& node, int flags) override {
-        if (node != "/dev/nst1") return -ENOENT;
+        EXPECT_EQ(node, "/dev/nst1");
         return write_protected && (flags & O_ACCMODE) == O_RDWR ? -EROFS : 3;
     }
     void close(int) override { ioctls += " close"; }

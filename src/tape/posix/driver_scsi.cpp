@@ -25,6 +25,10 @@ constexpr std::size_t kFinestStep = 1024;         // of the search for what a dr
 
 class DriverCalls final : public TapeCalls {
 public:
+    bool is_device(const std::string& node) override {
+        std::error_code ignored;
+        return fs::is_character_file(node, ignored);
+    }
     int open(const std::string& node, int flags) override {
         const int file = ::open(node.c_str(), flags | O_CLOEXEC);
         return file < 0 ? -errno : file;
@@ -70,7 +74,7 @@ TapeCalls& SystemTapeCalls() {
 DriverScsi::DriverScsi(const std::string& wanted, TapeCalls& calls, const std::string& classes)
     : calls_(calls), refused_read_(kTooLongRead) {
     if (wanted.starts_with("/")) {
-        drives_.push_back({.node = wanted, .folder = {}});
+        if (calls_.is_device(wanted)) drives_.push_back({.node = wanted, .folder = {}});
         return;
     }
     std::error_code ignored;

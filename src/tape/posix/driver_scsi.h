@@ -20,6 +20,7 @@ public:
         int block_number = -1;  ///< since the last filemark; -1: not known
     };
     virtual ~TapeCalls() = default;
+    virtual bool is_device(const std::string& node) = 0;
     virtual int open(const std::string& node, int flags) = 0;
     virtual void close(int file) = 0;
     virtual ssize_t read(int file, std::span<std::byte> buffer) = 0;
@@ -32,7 +33,7 @@ TapeCalls& SystemTapeCalls();
 /// The system's tape driver: no-rewind nodes /dev/nst0, /dev/nst1 … in variable block mode.
 class DriverScsi final : public SequentialScsi {
 public:
-    /// `wanted` that begins with "/" is a node to use, whatever its name; otherwise the drives are
+    /// `wanted` that begins with "/" is the node to use, whatever its name; otherwise the drives are
     /// those that `classes` lists (a folder with one entry a node).
     explicit DriverScsi(const std::string& wanted, TapeCalls& calls = SystemTapeCalls(),
                         const std::string& classes = "/sys/class/scsi_tape");

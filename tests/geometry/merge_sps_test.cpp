@@ -1,0 +1,187 @@
+#include "geometry/merge_sps.h"
+
+#include <gmock/gmock.h>
+
+#include "support/item_bench.h"
+#include "support/temporary_folder.h"
+
+namespace halvern {
+namespace {
+
+using namespace testing_support;
+using testing::HasSubstr;
+
+constexpr BenchLine kLine{.interval_us = 4000, .samples = 1};
+
+std::size_t count(const std::string& text, const std::string& words) {
+    std::size_t times = 0;
+    for (std::size_t at = 0; (at = text.find(words, at)) != text.npos; ++at) ++times;
+    return times;
+}
+
+class MergeSpsItem : public testing::Test {
+protected:
+    MergeSpsItem() {
+        std::string sources, receivers, relations;
+        append_sps_point(sources, 'S',
+                         {.line = 3,
+                          .point = 101,
+                          .index = 2,
+                          .static_ms = -8,
+                          .depth = 6.5f,
+                          .uphole_ms = 9,
+                          .water_depth = 310,
+                          .easting = 1000,
+                          .northing = 2000,
+                          .elevation = -12,
+                          .day = 173,
+                          .time = 134501});
+        append_sps_point(receivers, 'R',
+                         {.line = 4,
+                          .point = 501,
+                          .index = 1,
+                          .static_ms = 7,
+                          .uphole_ms = 5,
+                          .water_depth = 20.5f,
+                          .easting = 1400,
+                          .northing = 2300,
+                          .elevation = 33});
+        SpsRelation relation{.ffid = 7,
+                             .source_line = 3,
+                             .source_point = 101,
+                             .source_index = 2,
+                             .first_channel = 1,
+                             .last_channel = 4,
+                             .receiver_line = 4,
+                             .first_receiver = 501,
+                             .last_receiver = 504,
+                             .receiver_index = 1};
+        append_sps_relation(relations, "1", relation);
+        relation.ffid = 8;
+        relation.source_point = 102;
+        append_sps_relation(relations, "1", relation);
+        section = {"SOURCEFILE=" + folder.write("s", sources),
+                   "RECEIVERFILE=" + folder.write("r", receivers),
+                   "RELATIONFILE=" + folder.write("x", relations)};
+    }
+    static void send(ItemBench<MergeSps>& bench, int ffid, int channel) {
+        bench.set("FFID", ffid);
+        bench.set("CHAN", channel);
+        bench.process({1});
+    }
+    TemporaryFolder folder;
+    std::vector<std::string> section;
+};
+
+TEST_F(MergeSpsItem, WritesWhatTheFilesSay) {
+    ItemBench<MergeSps> bench(kLine, section);
+    bench.set("RECGROUP", 5);
+    send(bench, 7, 1);
+    const std::pair<const char*, double> kWords[] = {
+        {"SRCX", 1000},      {"SRCY", 2000},  {"SRCELEV", -12}, {"SOUDEPTH", 6},   {"SWATDEP", 310},
+        {"SUPHOLE", 9},      {"SSTATIC", -8}, {"SOULINE", 3},   {"SOUPOINT", 101}, {"SOUINDEX", 2},
+        {"TIME", 173134501}, {"RECX", 1400},  {"RECY", 2300},   {"RECELEV", 33},   {"RWATDEP", 20},
+        {"RUPHOLE", 5},      {"RSTATIC", 7},  {"RECLINE", 4},   {"RECPOINT", 501}, {"RECINDEX", 1},
+        {"RECGROUP", 5},     {"OFFSET", 500}};  // 3, 4, 5 times 100
+    for (const auto& [word, value] : kWords) EXPECT_EQ(bench.word(word), value) << word;
+    // The arc tangent of 3/4 is 0.6435011; times 0.017453293 it is 0.0112312.
+    EXPECT_NEAR(bench.word("AZIMUTH"), 89.9887688, 1e-5);
+    EXPECT_THAT(bench.log(), HasSubstr("Merge SPS: Traces which do not merge are KILLED\n"));
+    EXPECT_THAT(bench.log(), HasSubstr("Merge SPS:   CHAN - Channel number\nMerge SPS: \n"
+                                       "The following SEG-Y trace headers are used on OUTPUT"));
+    EXPECT_THAT(bench.log(), HasSubstr("Merge SPS:   TIME - Source time day*1000000 + hour*10000 "
+                                       "+ minute*100 + second\n"));
+}
+
+TEST_F(MergeSpsItem, ListsWhatItDoesNotFind) {
+    for (const bool kill : {true, false}) {
+        section.push_back(kill ? "KILLBAD=1" : "KILLBAD=0");
+        ItemBench<MergeSps> bench(kLine, section);
+        for (const auto& [ffid, channel] :
+             {std::pair(12, 1), std::pair(9, 1), std::pair(12, 2), std::pair(7, 5), std::pair(7, 0),
+              std::pair(8, 1), std::pair(7, 3)}) {
+            send(bench, ffid, channel);
+            EXPECT_EQ(kill ? 0 : bench.word("SRCX"), 0);
+        }
+        EXPECT_EQ(bench.passed().size(), kill ? 0u : 7u);
+        bench.finish();
+        std::string log = bench.log();
+        const std::string warning = "*** WARNING in Merge SPS: ";
+        for (std::size_t at; (at = log.find(warning)) != log.npos;) log.erase(at, warning.size());
+        EXPECT_THAT(log, HasSubstr("Did not find the following FFID numbers:\n9\n12\n"
+                                   "Did not find a relation record (in the .x file) for the "
+                                   "following FFID/CHAN pairs:\n7/0\n7/5\n"
+                                   "Did not find the following SOURCE coordinates:\n3/102\n"
+                                   "Did not find the following RECEIVER coordinates:\n4/503\n"));
+    }
+}
+
+TEST_F(MergeSpsItem, StopsListingAtAThousand) {
+    std::string relations;
+    for (int i = 1; i <= 5000; ++i) {
+        append_sps_relation(relations, "1",
+                            {.ffid = 7,
+                             .source_line = 9,
+                             .source_point = i,
+                             .first_channel = i,
+                             .last_channel = i});
+        append_sps_relation(relations, "1",
+                            {.ffid = 8,
+                             .source_line = 3,
+                             .source_point = 101,
+                             .source_index = 2,
+                             .first_channel = i,
+                             .last_channel = i,
+                             .receiver_line = 9,
+                             .first_receiver = i,
+                             .last_receiver = i});
+    }
+    folder.write("x", relations);
+    ItemBench<MergeSps> bench(kLine, section);
+    for (int i = 5000; i >= 1; --i) {
+        send(bench, 1000 + i, 1);
+        send(bench, 7, 5000 + i);
+        send(bench, 7, i);
+        send(bench, 8, i);
+    }
+    for (const char* sort : {"ffid", "relation", "source", "receiver"}) {
+        EXPECT_EQ(count(bench.log(), std::string("*** WARNING in Merge SPS: 1000 ") + sort +
+                                         " numbering errors encountered.  No more will be "
+                                         "printed.\n"),
+                  1u)
+            << sort;
+    }
+    EXPECT_EQ(count(bench.log(), "Merge SPS: 5001\n"), 1u);  // of 6000 … 5001
+    EXPECT_EQ(count(bench.log(), "Merge SPS: 5000\n"), 0u);
+    EXPECT_EQ(count(bench.log(), "Merge SPS: 9/4001\n"), 2u) << "a source and a receiver";
+}
+
+TEST_F(MergeSpsItem, EndsTheJobOnFilesItCannotUse) {
+    const std::string empty = folder.write("empty", "H00\n");
+    const std::pair<const char*, const char*> kFiles[] = {{"SOURCEFILE", "source(.s)"},
+                                                          {"RECEIVERFILE", "receiver(.r)"},
+                                                          {"RELATIONFILE", "relation(.x)"}};
+    for (const auto& [key, name] : kFiles) {
+        std::vector<std::string> lines = section;
+        lines.push_back(std::string(key) + "=no/file");
+        ItemBench<MergeSps> missing(kLine, lines);
+        EXPECT_JOB_ERROR(missing.prepare(), std::string("*** ERROR in Merge SPS: SPS ") + name +
+                                                " file 'no/file' does not exist.\n");
+        lines.back() = std::string(key) + "=" + empty;
+        ItemBench<MergeSps> unreadable(kLine, lines);
+        EXPECT_JOB_ERROR(unreadable.prepare(),
+                         std::string("Cannot read SPS ") + name + " file '" + empty + "'.\n");
+    }
+    ItemBench<MergeSps> wordless(kLine, section);
+    ASSERT_EQ(wordless.definition().load(
+                  folder.write("words", std::string(51, ' ') + "FFID       8 1\n")),
+              0);
+    EXPECT_JOB_ERROR(wordless.prepare(),
+                     "Cannot read header 'CHAN' from the trace header definition.\n"
+                     "Add it to the trace header definition and re-run.\n");
+    ItemBench<MergeSps> unused(kLine, section);
+    unused.finish();  // no trace came
+}
+
+}  // namespace
+}  // namespace halvern

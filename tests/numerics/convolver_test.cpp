@@ -1,0 +1,46 @@
+#include "numerics/convolver.h"
+
+#include <gtest/gtest.h>
+
+#include "widths.h"
+
+namespace halvern::numerics {
+namespace {
+
+TEST(Convolver, GivesTheSumsEitherWay) {
+    struct Lengths {
+        std::size_t samples, filter, out;
+    };
+    for (const auto& [samples, filter, count] :
+         {Lengths{1, 1, 1}, Lengths{100, 7, 100}, Lengths{64, 65, 60}, Lengths{3, 9, 3}}) {
+        const std::vector<double> a = whole_noise(samples), b = whole_noise(filter, 2);
+        for (const auto method : {Convolver::Method::kDirect, Convolver::Method::kSpectral}) {
+            auto plan = Convolver::make(static_cast<std::int64_t>(samples),
+                                        static_cast<std::int64_t>(filter), method);
+            ASSERT_TRUE(plan);
+            EXPECT_EQ(plan->spectral(), method == Convolver::Method::kSpectral);
+            std::vector<double> out(count);
+            ASSERT_TRUE(plan->convolve(a, b, out));
+            for (std::size_t i = 0; i < count; ++i) {
+                double sum = 0;
+                for (std::size_t j = 0; j < filter && j <= i; ++j) sum += b[j] * a[i - j];
+                EXPECT_NEAR(out[i], sum, 1e-11) << i;  // of terms to 64, in doubles
+            }
+        }
+    }
+}
+
+TEST(Convolver, TakesTheFasterWayAndRefusesWhatIsLongerThanPlanned) {
+    EXPECT_FALSE(Convolver::make(0, 5));
+    EXPECT_FALSE(Convolver::make(5, 0));
+    EXPECT_FALSE(Convolver::make(1500, 48)->spectral());
+    EXPECT_TRUE(Convolver::make(6000, 3000)->spectral());
+    auto plan = Convolver::make(4, 2);
+    std::vector<double> four(4), five(5), out(4);
+    EXPECT_FALSE(plan->convolve(five, out, out));
+    EXPECT_FALSE(plan->convolve(four, five, out));
+    EXPECT_FALSE(plan->convolve(four, std::span(four).first(2), five));
+}
+
+}  // namespace
+}  // namespace halvern::numerics
