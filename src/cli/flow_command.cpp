@@ -64,6 +64,15 @@ void items(const Options& options) {
     table.print(options.csv);
 }
 
+// What a table asks for, "flow edit" being the way to fill it.
+std::string table_words(const Rows& rows) {
+    std::string columns;
+    for (const char* title : rows.columns)
+        columns += (columns.empty() ? "" : ", ") + std::string(title);
+    return "\nA table, one line a row" + (columns.empty() ? "" : ", with the columns " + columns) +
+           ".";
+}
+
 // For a person the words of a parameter share a column, and there is one for units where there are
 // any; CSV has a column for each.
 Table parameter_table(const ParameterList& list, bool csv) {
@@ -80,15 +89,14 @@ Table parameter_table(const ParameterList& list, bool csv) {
     Table table(std::move(titles));
     for (const Parameter& parameter : list) {
         const Field& field = parameter.field;
-        const bool rows = std::holds_alternative<Rows>(parameter.value);
         const std::string choices = choices_text(parameter);
-        std::vector<std::string> cells = {parameter.key, rows ? "" : value_text(parameter)};
+        std::vector<std::string> cells = {parameter.key, value_text(parameter)};
         if (units) cells.push_back(unit_in(field.prompt));
         if (csv) {
             cells.insert(cells.end(), {field.prompt, field.help, choices});
         } else {
             std::string words = field.prompt;
-            if (rows) words += " (one line each)";
+            if (const Rows* rows = std::get_if<Rows>(&parameter.value)) words += table_words(*rows);
             for (const std::string& more : {choices, std::string(field.help)}) {
                 if (!more.empty()) words += "\n" + more;
             }
@@ -141,7 +149,8 @@ void make(const Options& options) {
     FlowText flow(text);
     for (std::size_t i = 0; i < values.size(); ++i) assign(flow, i, values[i]);
     write_flow(path, flow);
-    std::printf("Flow '%s' written with %zu items.\n", path.c_str(), values.size());
+    std::printf("Flow '%s' written with %s.\n", path.c_str(),
+                counted(static_cast<long long>(values.size()), "item").c_str());
 }
 
 void set(const Options& options) {
@@ -190,7 +199,7 @@ void show(const Options& options) {
 void check(const Options& options) {
     open_workplace();
     const std::vector<Finding> findings = check_flow(FlowText::read(flow_path(options.name)));
-    std::size_t errors = 0;
+    long long errors = 0;
     Table table({"line", "weight", "finding"});
     for (const Finding& finding : findings) {
         if (finding.error) ++errors;
@@ -199,8 +208,9 @@ void check(const Options& options) {
     }
     if (!table.empty() || options.csv) table.print(options.csv);
     if (!options.csv) {
-        std::printf("%s: %zu errors, %zu warnings.\n", options.name.c_str(), errors,
-                    findings.size() - errors);
+        const auto warnings = static_cast<long long>(findings.size()) - errors;
+        std::printf("%s: %s, %s.\n", options.name.c_str(), counted(errors, "error").c_str(),
+                    counted(warnings, "warning").c_str());
     }
     if (errors > 0) throw CLI::RuntimeError(EXIT_FAILURE);
 }

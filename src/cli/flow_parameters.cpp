@@ -137,7 +137,9 @@ std::string value_fault(const Parameter& parameter, const std::string& value) {
     }
     if (const Rows* rows = std::get_if<Rows>(&parameter.value)) {
         const CapturedLog log;
-        return rows->read(value.c_str()) ? "" : "is no row of this table";
+        return rows->read(value.c_str())
+                   ? ""
+                   : "is no row of this table; 'halvern flow edit' asks for its columns";
     }
     if (value.size() > static_cast<std::size_t>(parameter.longest)) {
         return "is longer than the " + std::to_string(parameter.longest) +

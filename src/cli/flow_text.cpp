@@ -14,12 +14,13 @@ namespace {
 
 constexpr std::size_t kPiece = 198;  // characters that a job reads at a time
 
-// "KEY=…" of a parameter, with "KEY" in capitals and digits.
+// "KEY=…" of a parameter, with "KEY" in capitals, digits and "_".
 bool is_assignment(const std::string& line) {
     const std::size_t equals = line.find('=');
     return equals != std::string::npos && equals > 0 &&
-           std::all_of(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(equals),
-                       [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); });
+           std::all_of(
+               line.begin(), line.begin() + static_cast<std::ptrdiff_t>(equals),
+               [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'; });
 }
 
 std::size_t edit_distance(const std::string& a, const std::string& b) {

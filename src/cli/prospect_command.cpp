@@ -96,8 +96,8 @@ void remove(const Options& options) {
     for (const std::string& directory : removal.directories) {
         std::printf("  %s/ (bin, data, flow and its other directories)\n", directory.c_str());
     }
-    std::printf("  %s files, %s bytes in all.\n", grouped(removal.files).c_str(),
-                grouped(removal.bytes).c_str());
+    std::printf("  %s, %s in all.\n", counted(removal.files, "file").c_str(),
+                counted(removal.bytes, "byte").c_str());
     for (const std::string& kept : removal.kept) std::printf("  %s stays.\n", kept.c_str());
     if (!options.yes && !confirmed()) {
         command_failed("prospect remove", "nothing was removed; 'y' or --yes would do it");

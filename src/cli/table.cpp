@@ -138,4 +138,8 @@ std::string grouped(long long number) {
     return digits;
 }
 
+std::string counted(long long number, const std::string& thing) {
+    return grouped(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
 }  // namespace halvern

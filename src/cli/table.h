@@ -36,5 +36,7 @@ std::vector<std::string> wrapped(const std::string& text, std::size_t width);
 
 /// "12,000".
 std::string grouped(long long number);
+/// "1 error", "2 errors".
+std::string counted(long long number, const std::string& thing);
 
 }  // namespace halvern
