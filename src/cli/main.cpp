@@ -4,12 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
+#include <string>
+#include <string_view>
 
+#include "cli/command_error.h"
 #include "cli/commands.h"
+#include "cli/workplace.h"
 #include "foundation/messages.h"
-#include "foundation/system_paths.h"
-#include "platform/program_path.h"
 
 namespace halvern {
 
@@ -20,20 +21,48 @@ void command_failed(const std::string& command, const std::string& reason) {
     throw CLI::RuntimeError(EXIT_FAILURE);
 }
 
-}  // namespace halvern
+namespace {
 
-int main(int argc, char** argv) {
-    constexpr int kWrongUsage = 2;
-    const std::filesystem::path program = halvern::program_path(argc > 0 ? argv[0] : "");
-    halvern::SetSystemDirectory(program.parent_path().parent_path().string());
-    halvern::LogDestination::UseStream(stderr);
+constexpr int kWrongUsage = 2;
 
-    CLI::App app("Halvern: quality control and processing of seismic field data.");
+constexpr const char* kExample = R"(Example: from nothing to a gained line
+  halvern init survey && cd survey
+  halvern synthesize line.sgy
+  halvern flow new gain SEGYDINPUT FILE=line.sgy AGC SEGYDOUTPUT FILE=gained.sgy
+  halvern run gain
+Every command has its own --help.)";
+
+void add_commands(CLI::App& app) {
+    Workplace& place = CurrentWorkplace();
     app.name("halvern");
     app.set_version_flag("--version", "halvern " HALVERN_VERSION);
+    app.add_option("--root", place.root, "System directory to work in")->type_name("DIR");
+    app.add_option("-p,--prospect", place.prospect, "Prospect to work in")->type_name("NAME");
+    app.footer(kExample);
     app.require_subcommand(1);
-    halvern::add_synthesize_command(app);
+    app.fallthrough();  // the options above may stand behind the command, too
+    app.parse_complete_callback(choose_system_directory);
 
+    add_init_command(app);
+    add_config_command(app);
+    add_prospect_command(app);
+    add_flow_command(app);
+    add_run_command(app);
+    add_jobs_command(app);
+    add_log_command(app);
+    add_stop_command(app);
+    add_synthesize_command(app);
+}
+
+// "flow set", the command that was being carried out.
+std::string command_name(const CLI::App& app) {
+    const auto commands = app.get_subcommands();
+    if (commands.empty()) return {};
+    const std::string rest = command_name(*commands.front());
+    return commands.front()->get_name() + (rest.empty() ? "" : " " + rest);
+}
+
+int run(CLI::App& app, int argc, char** argv) {
     const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
     if (argc > 1 && argv[1][0] != '-' && app.get_subcommands(named).empty()) {
         std::fprintf(stderr, "halvern: there is no command '%s'; --help lists them.\n", argv[1]);
@@ -41,13 +70,42 @@ int main(int argc, char** argv) {
     }
     try {
         app.parse(argc, argv);
+    } catch (const CommandError& failure) {
+        std::fprintf(stderr, "halvern %s: %s.\n", command_name(app).c_str(), failure.what());
+        return EXIT_FAILURE;
     } catch (const CLI::RuntimeError& failure) {  // the command has said what it is
         return failure.get_exit_code();
     } catch (const CLI::ParseError& error) {  // a call for help is one, too
         return app.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : kWrongUsage;
+    }
+    return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+}  // namespace halvern
+
+int main(int argc, char** argv) {
+    using namespace halvern;
+    CurrentWorkplace().installation = installation_of(argc > 0 ? argv[0] : "");
+    choose_system_directory();
+    LogDestination::UseStream(stderr);
+    CLI::App app("Halvern: quality control and processing of seismic field data.");
+    try {
+        add_commands(app);
+        // For the shell's completion and for the build of the manual page.
+        const std::string_view first = argc > 1 ? argv[1] : "";
+        if (first == "__complete") {
+            print_completions(app, {argv + 2, argv + argc});
+            return EXIT_SUCCESS;
+        }
+        if (first == "__manual") {
+            print_manual(app);
+            return EXIT_SUCCESS;
+        }
+        return run(app, argc, argv);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "halvern: %s\n", failure.what());
         return EXIT_FAILURE;
     }
-    return EXIT_SUCCESS;
 }

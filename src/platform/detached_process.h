@@ -51,6 +51,10 @@ private:
 /// Whether a process of that number runs, whoever started it.
 bool process_is_running(std::int64_t id);
 
+/// Whether the running process of that number was started with this argument: numbers are used
+/// again, and another program may have it by now. True where the system does not say.
+bool process_has_argument(std::int64_t id, const std::string& argument);
+
 /// Asks that process to end (on Windows: ends it). False when there is none, or it is not ours.
 bool stop_process(std::int64_t id);
 

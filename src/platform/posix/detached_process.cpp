@@ -114,6 +114,15 @@ bool process_is_running(std::int64_t id) {
     return !is_zombie(id);
 }
 
+bool process_has_argument(std::int64_t id, const std::string& argument) {
+    std::ifstream file("/proc/" + std::to_string(id) + "/cmdline", std::ios::binary);
+    if (!file) return process_is_running(id);
+    for (std::string text; std::getline(file, text, '\0');) {
+        if (text == argument) return true;
+    }
+    return false;
+}
+
 bool stop_process(std::int64_t id) {
     return is_process_id(id) && process_is_running(id) &&
            ::kill(static_cast<pid_t>(id), SIGTERM) == 0;

@@ -70,6 +70,8 @@ bool process_is_running(std::int64_t id) {
     return running;
 }
 
+bool process_has_argument(std::int64_t id, const std::string&) { return process_is_running(id); }
+
 bool stop_process(std::int64_t id) {
     const HANDLE process = open_process(id, PROCESS_TERMINATE);
     if (!process) return false;

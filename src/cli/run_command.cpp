@@ -1,0 +1,102 @@
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/command_error.h"
+#include "cli/commands.h"
+#include "cli/log_follower.h"
+#include "cli/run_job.h"
+#include "cli/table.h"
+#include "cli/workplace.h"
+#include "foundation/prospect.h"
+#include "platform/job_signals.h"
+
+namespace halvern {
+
+namespace {
+
+constexpr const char* kExample = R"(Examples:
+  halvern run gain
+      runs the flow and shows its log; Ctrl-C leaves the job running.
+  halvern run gain AGC.WINDOWSIZE=250 SEGYDOUTPUT.FILE=short.sgy --detach
+      runs it with other values, which the flow itself does not keep, and comes
+      back at once.)";
+
+struct Options {
+    std::string name;
+    std::vector<std::string> overrides;
+    bool detach = false;
+};
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void say_how_to_go_on(int number) {
+    std::printf(
+        "Job %d is running.  'halvern log %d -f' follows its log, 'halvern stop %d' ends it.\n",
+        number, number, number);
+}
+
+// Shows the log to its end. False when the user leaves it.
+bool follow(StartedJob& job, LogView& view) {
+    on_stop_request([] { interrupted = 1; });
+    follow_log(
+        job.files.log, view, [&] { return job.process.exit_status().has_value(); },
+        [] { return interrupted != 0; });
+    return job.process.exit_status().has_value();
+}
+
+void run(const Options& options) {
+    open_workplace();
+    const std::string path = flow_path(options.name);
+    const auto flow = file_text(path);
+    if (!flow) {
+        throw CommandError("there is no flow '" + path +
+                           "'; 'halvern flow list' names those there are");
+    }
+    const std::string text = run_text(*flow, CurrentProspect().name(), options.overrides);
+    const std::string name = std::filesystem::path(path).filename().string();
+    StartedJob job = start_job(name, text);
+    if (options.detach) return say_how_to_go_on(job.files.number);
+
+    LogView view(stdout, style_of_standard_output());
+    if (!follow(job, view)) {
+        std::printf("\n");
+        say_how_to_go_on(job.files.number);
+        throw CLI::RuntimeError(EXIT_FAILURE);
+    }
+    const int status = job.process.wait();
+    std::fflush(stdout);
+    if (status == 0) {
+        std::printf("Job %d is done; its log is '%s'.\n", job.files.number, job.files.log.c_str());
+        return;
+    }
+    if (status > 128 && view.reading().end() == LogReading::End::kNone) {
+        command_failed("run", "job " + std::to_string(job.files.number) + " was ended by signal " +
+                                  std::to_string(status - 128) + "; its log is '" + job.files.log +
+                                  "'");
+    }
+    command_failed("run", "job " + std::to_string(job.files.number) + " failed; its log is '" +
+                              job.files.log + "', and 'halvern flow check " + options.name +
+                              "' finds what can be known without running");
+}
+
+}  // namespace
+
+void add_run_command(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("run", "Run a flow and follow its log");
+    command->footer(kExample);
+    const auto options = std::make_shared<Options>();
+    command->add_option("name", options->name, "Name of the flow, or a file with a '/'")
+        ->type_name("NAME")
+        ->required();
+    command->add_option("values", options->overrides, "Values for this run alone")
+        ->type_name("ITEM.KEY=VALUE");
+    command->add_flag("--detach", options->detach, "Come back at once");
+    command->callback([options] { run(*options); });
+}
+
+}  // namespace halvern

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace halvern {
+
+/// Where the commands work: a system directory, in it a prospect. Process-wide.
+struct Workplace {
+    std::filesystem::path installation;  ///< where this program is installed: the parent of its bin
+    std::string root;                    ///< as --root names it; empty: found by itself
+    std::string prospect;                ///< as --prospect names it; empty: the one used last
+};
+Workplace& CurrentWorkplace();
+
+/// The directory that holds the program's bin and header/default; where a link led to the program,
+/// that of the program itself.
+std::filesystem::path installation_of(const std::string& argument0);
+
+/// The nearest directory from `from` upwards that holds halvern.cfg.
+std::optional<std::filesystem::path> directory_upwards(const std::filesystem::path& from);
+
+/// Sets the system directory: the workplace's root, else the nearest one upwards from the current
+/// directory, else the installation. Touches nothing.
+void choose_system_directory();
+
+/// Completes the tree of the system directory and reads its configuration. CommandError when it is
+/// no system directory or cannot be one.
+void open_system_directory();
+
+/// The same, and the prospect becomes the current one. CommandError when there is no such prospect.
+void open_workplace();
+
+/// Makes `directory` a system directory of its own: links to the installed programs, a copy of the
+/// header description, the tree and the configuration. What is there stays, links are renewed.
+void make_system_directory(const std::filesystem::path& directory);
+
+/// Path of the program of that name beside the system directory's others; CommandError when it is
+/// missing.
+std::string installed_program(std::string_view name);
+
+/// Path of a flow: a text with "/" is a file; else a name in the prospect's flow directory.
+std::string flow_path(const std::string& name);
+
+/// The bytes of a file, or nothing.
+std::optional<std::string> file_text(const std::string& path);
+
+/// Catches what is logged during its life, so that a command says in its own words what matters.
+class CapturedLog {
+public:
+    CapturedLog();
+    ~CapturedLog();
+    CapturedLog(const CapturedLog&) = delete;
+    CapturedLog& operator=(const CapturedLog&) = delete;
+
+    /// Everything logged so far.
+    std::string text() const;
+
+private:
+    struct Closer {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    std::unique_ptr<std::FILE, Closer> stream_;  // null: there is none, and the log goes nowhere
+};
+
+}  // namespace halvern
