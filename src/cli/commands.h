@@ -13,6 +13,7 @@ class App;
 namespace halvern {
 
 void add_info_command(CLI::App& app);
+void add_plot_command(CLI::App& app);
 void add_synthesize_command(CLI::App& app);
 
 /// Prints "halvern COMMAND: REASON." on standard error and leaves the callback with status 1.

@@ -33,6 +33,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "halvern " HALVERN_VERSION);
     app.require_subcommand(1);
     halvern::add_info_command(app);
+    halvern::add_plot_command(app);
     halvern::add_synthesize_command(app);
 
     const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };

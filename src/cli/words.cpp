@@ -1,6 +1,8 @@
 #include "cli/words.h"
 
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 namespace halvern {
 
@@ -14,6 +16,14 @@ std::string in_words(std::int64_t number) {
 std::string in_words(double number, int digits) {
     char text[40];
     std::snprintf(text, sizeof text, "%.*g", digits, number);
+    // Rounded, but not with an exponent where people would not write one.
+    const double rounded = std::strtod(text, nullptr);
+    if (std::fabs(rounded) < 1e7) {
+        constexpr int kMostDigits = 10;
+        char plain[40];
+        std::snprintf(plain, sizeof plain, "%.*g", kMostDigits, rounded);
+        return plain;
+    }
     return text;
 }
 

@@ -81,10 +81,13 @@ std::vector<double> Axes::y_ticks() const {
     return multiples(y_.low, y_.high, tick_step(y_.low, y_.high, most, y_.whole));
 }
 
-void Axes::draw_grid() const {
+void Axes::draw_x_grid() const {
     for (const double tick : x_ticks()) {
         canvas_.fill({static_cast<int>(std::floor(x_of(tick))), area_.y, 1, area_.height}, kGrid);
     }
+}
+
+void Axes::draw_y_grid() const {
     for (const double tick : y_ticks()) {
         canvas_.fill({area_.x, static_cast<int>(std::floor(y_of(tick))), area_.width, 1}, kGrid);
     }

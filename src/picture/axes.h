@@ -33,7 +33,10 @@ public:
     double x_of(double value) const;  ///< pixels
     double y_of(double value) const;
 
-    void draw_grid() const;  ///< pale lines at the ticks, below the data
+    // Pale lines at the ticks, below the data.
+    void draw_grid() const { draw_x_grid(), draw_y_grid(); }
+    void draw_x_grid() const;
+    void draw_y_grid() const;
     void draw_frame() const;
     void draw_y_axis() const;  ///< ticks and label, on the left
     void draw_x_axis() const;  ///< at the bottom

@@ -46,7 +46,8 @@ void Canvas::set_clip(const Rect& clip) {
 
 void Canvas::blend(int x, int y, Colour colour, double coverage) {
     if (!inside(x, y) || !(coverage > 0)) return;
-    const double part = std::min(coverage, 1.0);
+    // In sixteenths: an edge is no smoother with more, and a picture with fewer colours is smaller.
+    const double part = std::round(std::min(coverage, 1.0) * 16) / 16;
     Colour& pixel = pixels_[index(x, y)];
     pixel = {mixed(pixel.red, colour.red, part), mixed(pixel.green, colour.green, part),
              mixed(pixel.blue, colour.blue, part)};
@@ -57,16 +58,6 @@ void Canvas::fill(const Rect& rect, Colour colour) {
         for (int x = std::max(rect.x, clip_.x); x < std::min(rect.right(), clip_.right()); ++x) {
             pixels_[index(x, y)] = colour;
         }
-    }
-}
-
-void Canvas::fill_row(int y, double from, double to, Colour colour, double coverage) {
-    if (from > to) std::swap(from, to);
-    if (!(from < to)) return;
-    const Pixels columns = pixels_of(from, to, clip_.x, clip_.right());
-    for (int x = columns.first; x <= columns.last; ++x) {
-        const double covered = std::min(to, x + 1.0) - std::max(from, double(x));
-        blend(x, y, colour, covered * coverage);
     }
 }
 

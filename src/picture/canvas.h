@@ -46,8 +46,6 @@ public:
     /// `coverage` 0 … 1 of the pixel.
     void blend(int x, int y, Colour colour, double coverage);
     void fill(const Rect& rect, Colour colour);
-    /// The part of row `y` between two points, in any order, covered by that much in height.
-    void fill_row(int y, double from, double to, Colour colour, double coverage = 1);
     /// Lines with round ends and corners; where they cross, they are one shape.
     void stroke(std::span<const Polyline> lines, double width, Colour colour);
     void line(Point from, Point to, double width, Colour colour);

@@ -9,7 +9,7 @@ namespace halvern::picture {
 template <std::size_t N>
 Palette::Palette(const Colour (&anchors)[N]) {
     for (std::size_t i = 0; i < colours_.size(); ++i) {
-        const double at = static_cast<double>(i) / 255 * (N - 1);
+        const double at = static_cast<double>(i) / (kColours - 1) * (N - 1);
         const std::size_t below = std::min(static_cast<std::size_t>(at), N - 2);
         const double part = at - static_cast<double>(below);
         const auto mix = [&](std::uint8_t a, std::uint8_t b) {
@@ -54,7 +54,7 @@ const Palette& Palette::quantity() {
 }
 
 Colour Palette::at(double part) const {
-    const double index = std::isnan(part) ? 0 : std::clamp(part, 0.0, 1.0) * 255;
+    const double index = std::isnan(part) ? 0 : std::clamp(part, 0.0, 1.0) * (kColours - 1);
     return colours_[static_cast<std::size_t>(std::lround(index))];
 }
 

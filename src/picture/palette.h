@@ -6,7 +6,8 @@
 
 namespace halvern::picture {
 
-/// 256 colours from one end of a scale to the other. All keep their order in grey print and for
+/// The colours from one end of a scale to the other, few enough for a picture to be stored with a
+/// byte a pixel. All keep their order in grey print and for
 /// people who cannot tell red from green; the two-sided one does so on each side of its middle.
 class Palette {
 public:
@@ -23,7 +24,8 @@ public:
 private:
     template <std::size_t N>
     explicit Palette(const Colour (&anchors)[N]);
-    std::array<Colour, 256> colours_;
+    static constexpr std::size_t kColours = 129;  // odd: the middle of a scale has one of its own
+    std::array<Colour, kColours> colours_;
 };
 
 }  // namespace halvern::picture
