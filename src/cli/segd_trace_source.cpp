@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "cli/quiet_log.h"
 #include "cli/words.h"
 #include "segd/record_reader.h"
 #include "segd/samples.h"
@@ -66,6 +67,7 @@ class SegdTraceSource final : public TraceSource {
 public:
     std::string open(const std::string& path, const std::string& header_path, bool image) {
         image_ = image;
+        const QuietLog log;
         definition_.attach(header_.data());
         if (definition_.load(header_path) != 0) {
             return "cannot read the header description '" + header_path + "'";
