@@ -1,0 +1,274 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/stream_table.h"
+#include "cli/trace_selection.h"
+#include "cli/trace_source.h"
+#include "cli/trace_statistics.h"
+#include "cli/words.h"
+#include "foundation/system_paths.h"
+#include "trace/ebcdic.h"
+
+namespace halvern {
+
+namespace {
+
+constexpr const char* kExample = R"(Example:
+  halvern info line.sgy
+      shows the text header, and what the file is.
+  halvern info line.sgy --ranges --survey
+      reads all trace headers: what every word holds, and the geometry.
+  halvern info line.sgy --headers FFID,CHAN,OFFSET --range 1-240 --csv
+      lists three words of the first 240 traces for a spreadsheet.)";
+
+constexpr std::size_t kNameColumn = 24;
+constexpr int kTextLine = 80;
+
+struct Options {
+    std::vector<std::string> files;
+    std::string header_path;
+    std::string headers;
+    std::string range;
+    std::string select;
+    bool text = false;
+    bool ranges = false;
+    bool survey = false;
+    bool samples = false;
+    bool csv = false;
+
+    bool reads_headers() const { return ranges || survey || samples || !headers.empty(); }
+};
+
+/// Names and values, one a line.
+void print_facts(const std::vector<std::pair<std::string, std::string>>& facts, bool csv) {
+    if (csv) {
+        StreamTable table(stdout, true, {{"name"}, {"value"}});
+        for (const auto& [name, value] : facts) table.add({name, value});
+        return;
+    }
+    for (const auto& [name, value] : facts) {
+        const std::string dots(name.size() < kNameColumn ? kNameColumn - name.size() : 1, ' ');
+        std::printf("  %s%s%s\n", name.c_str(), dots.c_str(), value.c_str());
+    }
+}
+
+/// The 40 lines of the text header, in the code that makes more of it readable, without the blank
+/// ones at the end.
+void print_text_header(const LineHeader& line) {
+    const std::span<const std::byte> bytes = line.bytes().first(kTextHeaderBytes);
+    const auto printable = [](std::byte byte) {
+        return byte >= std::byte{32} && byte < std::byte{127};
+    };
+    const auto as_ebcdic = [](std::byte byte) { return ebcdic_to_ascii(byte); };
+    const bool ebcdic = std::ranges::count_if(bytes, printable, as_ebcdic) >=
+                        std::ranges::count_if(bytes, printable);
+    std::vector<std::string> lines;
+    for (std::size_t at = 0; at < bytes.size(); at += kTextLine) {
+        std::string text;
+        for (const std::byte byte : bytes.subspan(at, kTextLine)) {
+            const std::byte c = ebcdic ? as_ebcdic(byte) : byte;
+            text += c == std::byte{0} ? ' ' : printable(c) ? static_cast<char>(c) : '.';
+        }
+        text.erase(text.find_last_not_of(' ') + 1);
+        lines.push_back(text);
+    }
+    while (!lines.empty() && lines.back().empty()) lines.pop_back();
+    if (lines.empty()) {
+        std::printf("Text header: blank\n");
+        return;
+    }
+    std::printf("Text header (%s):\n", ebcdic ? "EBCDIC" : "ASCII");
+    for (const std::string& text : lines) std::printf("%s\n", text.c_str());
+}
+
+/// What was read of one file.
+struct Findings {
+    std::int64_t traces = 0;
+    std::optional<HeaderRanges> ranges;
+    std::optional<SurveyStatistics> survey;
+    SampleStatistics samples;
+};
+
+std::string number_text(double value) {
+    const bool whole = value == std::floor(value) && std::fabs(value) < 1e15;
+    char text[40];
+    std::snprintf(text, sizeof text, whole ? "%.0f" : "%.6g", value);
+    return text;
+}
+
+void print_headers(const Options& options, TraceSelection& selection, TraceSource& source,
+                   Findings& findings, const std::string& file) {
+    std::vector<int> words;
+    std::vector<StreamTable::Column> columns{{"trace"}};
+    for (const std::string& name : split_list(options.headers)) {
+        words.push_back(source.definition().find(name));
+        if (words.back() < 0) {
+            command_failed("info", "the header description has no word '" + name +
+                                       "'; 'halvern info " + file +
+                                       " --ranges' lists those in use");
+        }
+        columns.push_back({name});
+    }
+    std::optional<StreamTable> table;
+    if (!words.empty()) table.emplace(stdout, options.csv, columns);
+    while (selection.next()) {
+        ++findings.traces;
+        if (findings.ranges) findings.ranges->add();
+        if (findings.survey) findings.survey->add();
+        if (options.samples) findings.samples.add(source.floats());
+        if (!table) continue;
+        std::vector<std::string> cells{std::to_string(selection.number())};
+        for (const int word : words) {
+            cells.push_back(number_text(source.definition().get_double(word)));
+        }
+        table->add(std::move(cells));
+    }
+}
+
+void print_ranges(const HeaderRanges& ranges, const TraceHeaderDefinition& definition, bool csv) {
+    StreamTable table(
+        stdout, csv,
+        {{"word", true}, {"minimum"}, {"maximum"}, {"distinct"}, {"step"}, {"description", true}});
+    for (int word = 0; word < definition.count(); ++word) {
+        const WordRange& range = ranges.of(word);
+        if (range.always_zero()) continue;
+        std::string description = definition.description(word);
+        description.erase(description.find_last_not_of(' ') + 1);
+        if (range.not_numbers() > 0)
+            description = in_words(range.not_numbers()) + " are no numbers";
+        const bool more = range.distinct() > WordRange::kMostDistinct;
+        table.add({definition.name(word), number_text(range.minimum()),
+                   number_text(range.maximum()),
+                   (more ? ">" : "") +
+                       std::to_string(std::min(range.distinct(), WordRange::kMostDistinct)),
+                   range.step() > 0 ? number_text(range.step()) : "-", description});
+    }
+}
+
+void print_samples(const SampleStatistics& samples, bool csv) {
+    const auto part = [](std::int64_t count, std::int64_t of) {
+        const double percent =
+            of > 0 ? 100.0 * static_cast<double>(count) / static_cast<double>(of) : 0;
+        return in_words(count) + (count > 0 ? " (" + in_words(percent, 3) + " %)" : "");
+    };
+    std::vector<std::pair<std::string, std::string>> facts{
+        {"samples read", in_words(samples.samples())},
+        {"minimum", in_words(double{samples.minimum()})},
+        {"maximum", in_words(double{samples.maximum()})},
+        {"mean", in_words(samples.mean())},
+        {"root mean square", in_words(samples.root_mean_square())},
+        {"zeros", part(samples.zeros(), samples.samples())},
+        {"NaN", part(samples.nans(), samples.samples())},
+        {"infinite", part(samples.infinities(), samples.samples())},
+        {"dead traces", part(samples.dead_traces(), samples.traces())}};
+    if (samples.first_not_finite() > 0) {
+        facts.emplace_back("first not finite",
+                           "the " + in_words(samples.first_not_finite()) + ". trace read");
+    }
+    print_facts(facts, csv);
+}
+
+std::string samples_text(LineHeader& line) {
+    const double interval_ms = line.sample_interval() / double{kInternalPerMs};
+    const int samples = line.samples();
+    std::string text = in_words(std::int64_t{samples}) + " every " + in_words(interval_ms) + " ms";
+    if (samples > 1) text += ", " + in_words((samples - 1) * interval_ms, 9) + " ms long";
+    return text;
+}
+
+void inspect(const Options& options, TraceSelection selection, const std::string& file) {
+    TraceOpening opening = open_trace_source(file, options.header_path);
+    if (!opening.source) command_failed("info", opening.failure);
+    TraceSource& source = *opening.source;
+    if (const std::string fault = selection.start(source); !fault.empty()) {
+        command_failed("info", "'" + file + "': " + fault);
+    }
+    source.set_samples_wanted(options.samples);
+    Findings findings;
+    if (options.ranges) findings.ranges.emplace(source.definition());
+    if (options.survey) findings.survey.emplace(source.definition());
+    const bool reads = options.reads_headers() || source.trace_count() < 0;
+    const bool show_text = source.has_text() && (options.text || !options.reads_headers());
+    const bool show_facts = !options.csv || !options.reads_headers();
+
+    if (!options.csv) std::printf("%s: %s\n", file.c_str(), source.kind().c_str());
+    if (show_text && !options.csv) print_text_header(source.line());
+    if (reads) print_headers(options, selection, source, findings, file);
+    if (show_facts) {
+        std::vector<std::pair<std::string, std::string>> facts{
+            {"traces", in_words(source.trace_count() < 0 ? findings.traces : source.trace_count())},
+            {"samples", samples_text(source.line())},
+            {"sample format", source.sample_format()}};
+        if (options.csv) facts.insert(facts.begin(), {{"file", file}, {"kind", source.kind()}});
+        std::ranges::move(source.facts(), std::back_inserter(facts));
+        if (!selection.everything())
+            facts.emplace_back("traces looked at", in_words(findings.traces));
+        print_facts(facts, options.csv);
+    }
+    const auto heading = [&](const char* text) {
+        if (!options.csv) std::printf("\n%s\n", text);
+    };
+    if (findings.ranges) {
+        heading("Header words that are not always zero");
+        print_ranges(*findings.ranges, source.definition(), options.csv);
+    }
+    if (findings.survey) {
+        heading("Geometry in the headers");
+        print_facts(findings.survey->findings(), options.csv);
+    }
+    if (options.samples) {
+        heading("Samples");
+        print_samples(findings.samples, options.csv);
+    }
+    for (const std::string& oddity : source.oddities()) {
+        std::fprintf(stderr, "Note: %s.\n", oddity.c_str());
+    }
+    if (const std::string ending = source.ended_early(); reads && !ending.empty()) {
+        std::fprintf(stderr, "Note: %s.\n", ending.c_str());
+    }
+}
+
+void info(Options options) {
+    if (options.header_path.empty()) options.header_path = DefaultHeaderPath();
+    TraceSelection selection;
+    if (const std::string fault = selection.parse(options.range, options.select); !fault.empty()) {
+        throw CLI::ValidationError(fault);
+    }
+    bool first = true;
+    for (const std::string& file : options.files) {
+        if (!first) std::printf("\n");
+        first = false;
+        inspect(options, selection, file);
+        std::fflush(stdout);
+    }
+}
+
+}  // namespace
+
+void add_info_command(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("info", "Show what data files hold");
+    command->footer(kExample);
+    const auto options = std::make_shared<Options>();
+    command->add_option("files", options->files, "SEG-Y, dataset, SEG-D or tape image files")
+        ->required();
+    command->add_flag("--text", options->text, "The text header, also beside other options");
+    command->add_option("--headers", options->headers, "A table of these header words: W1,W2,...");
+    command->add_flag("--ranges", options->ranges, "What every header word holds");
+    command->add_flag("--survey", options->survey, "The geometry that the headers hold");
+    command->add_flag("--samples", options->samples, "Amplitudes, zeros, NaN and dead traces");
+    command->add_option("--range", options->range, "Only these traces, such as 1-100,500");
+    command->add_option("--select", options->select, "Only traces with WORD=RANGES");
+    command->add_option("--header", options->header_path,
+                        "Header description [header/default beside bin]");
+    command->add_flag("--csv", options->csv, "Comma-separated values");
+    command->callback([options] { info(*options); });
+}
+
+}  // namespace halvern

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace halvern {
+
+/// 1234567 as "1,234,567".
+std::string in_words(std::int64_t number);
+/// A number as short as it is exact enough to read: "0.25", "1500", "3.4e+38".
+std::string in_words(double number, int digits = 6);
+/// "1 trace", "2,000 traces".
+std::string counted(std::int64_t number, std::string_view singular);
+
+/// "FFID,CHAN" as its two parts; blanks around them do not count.
+std::vector<std::string> split_list(std::string_view text);
+
+}  // namespace halvern
