@@ -22,6 +22,7 @@ void add_run_command(CLI::App& app);
 void add_jobs_command(CLI::App& app);
 void add_log_command(CLI::App& app);
 void add_stop_command(CLI::App& app);
+void add_image_command(CLI::App& app);
 void add_info_command(CLI::App& app);
 void add_plot_command(CLI::App& app);
 void add_synthesize_command(CLI::App& app);

@@ -51,6 +51,7 @@ void add_commands(CLI::App& app) {
     add_jobs_command(app);
     add_log_command(app);
     add_stop_command(app);
+    add_image_command(app);
     add_info_command(app);
     add_plot_command(app);
     add_synthesize_command(app);
