@@ -63,13 +63,13 @@ void Table::print(const std::vector<std::string>& cells) const {
         const std::string blanks(widths_[i] - std::min(width, widths_[i]), ' ');
         line += columns_[i].text ? cells[i] + blanks : blanks + cells[i];
     }
-    line.erase(line.find_last_not_of(' ') + 1);
     // Words that end a line are left out where they do not fit; numbers never are.
     while (!csv_ && columns_.back().text && width_of(line) > kTerminal) {
         const std::size_t blank = line.find_last_of(' ', line.find_last_not_of(' '));
         if (blank == std::string::npos || line.size() - blank > cells.back().size()) break;
         line.resize(blank);
     }
+    line.erase(line.find_last_not_of(' ') + 1);
     std::fprintf(out_, "%s\n", line.c_str());
 }
 
