@@ -32,16 +32,59 @@ std::vector<double> mean_trace(const std::string& path, int full_fold) {
     return mean;
 }
 
-TEST_F(WholeJob, ABruteStackShowsTheReflectionsAtTheirTimes) {
+// A line as it comes from the field: its trace headers say file number and channel, and the SPS
+// files beside it the rest.
+class RawLine : public WholeJob {
+protected:
+    RawLine() {
+        std::ifstream full(HALVERN_SOURCE_DIR "/header/default");
+        std::ofstream raw(folder.file("raw-header"));
+        for (std::string text; std::getline(full, text);) {
+            for (const char* word : {"FFID ", "CHAN ", "TRACEID ", "NUMSAMPS ", "SAMPRATE "}) {
+                if (text.find(word) != std::string::npos) raw << text << '\n';
+            }
+        }
+        raw.close();
+        EXPECT_EQ(synthetic::write_line(line, {.segy = folder.file("raw.sgy"),
+                                               .sps = folder.file("line"),
+                                               .header_definition = folder.file("raw-header")}),
+                  std::nullopt);
+    }
+    int run_here(const std::string& flow) {
+        return start("cd " + quoted(folder.path().string()) + " && bin/halvern2 log1 rv3086 " +
+                     flow);
+    }
     synthetic::SyntheticLine line;  // 2 ms; 40 shots into 120 channels: fold 30
-    ASSERT_EQ(
-        synthetic::write_line(line, {.segy = folder.file("line.sgy"),
-                                     .header_definition = HALVERN_SOURCE_DIR "/header/default"}),
-        std::nullopt);
-    ASSERT_EQ(start("cd " + quoted(folder.path().string()) + " && bin/halvern2 log1 rv3086 " +
-                    HALVERN_SOURCE_DIR "/examples/brute-stack"),
-              0)
-        << log;
+};
+
+TEST_F(RawLine, SpsAndBinningGiveEveryCdpItsFold) {
+    folder.write("flow",
+                 "$SEGYDINPUT\nFILE=raw.sgy\n$MERGE\nSOURCEFILE=line.s\nRECEIVERFILE=line.r\n"
+                 "RELATIONFILE=line.x\n$TRACEBINNING\nXORIGIN=610590\nYORIGIN=5719995\n"
+                 "XBINSIZE=10\nYBINSIZE=10\nXLINESTART=1\nXLINEEND=1\nNLINESTART=1\n"
+                 "NLINEEND=276\n$SEGYDOUTPUT\nFILE=binned.sgy\nOUTPUTFORMAT=1\n");
+    ASSERT_EQ(run_here("flow"), 0) << log;
+    SegyReader reader;
+    ASSERT_EQ(reader.open(folder.file("binned.sgy"),
+                          {.header_path = HALVERN_SOURCE_DIR "/header/default"}),
+              SegyOpening::kOpened);
+    const int cdpn = reader.definition().find("CDPN");
+    std::vector<int> fold(277);
+    while (reader.read_next() == 1) {
+        const int cdp = reader.definition().get_int(cdpn);
+        ASSERT_TRUE(cdp >= 1 && cdp <= 276) << cdp;
+        ++fold[static_cast<std::size_t>(cdp)];
+    }
+    // By the geometry: midpoints of 40 shots every 4 CDPs, 120 channels, each a CDP wide.
+    for (int cdp = 1; cdp <= 276; ++cdp) {
+        int expected = 0;
+        for (int shot = 0; shot < 40; ++shot) expected += cdp > 4 * shot && cdp <= 4 * shot + 120;
+        EXPECT_EQ(fold[static_cast<std::size_t>(cdp)], expected) << "CDP " << cdp;
+    }
+}
+
+TEST_F(RawLine, ABruteStackShowsTheReflectionsAtTheirTimes) {
+    ASSERT_EQ(run_here(HALVERN_SOURCE_DIR "/examples/brute-stack"), 0) << log;
     EXPECT_THAT(log, EndsWith("Job completed normally at 'TIME'\n"));
 
     const std::vector<double> mean = mean_trace(folder.file("stack.sgy"), 30);
