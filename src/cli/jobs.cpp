@@ -149,8 +149,7 @@ std::vector<int> job_numbers() {
         }
     }
     std::ranges::sort(numbers);
-    const auto rest = std::ranges::unique(numbers);
-    numbers.erase(rest.begin(), rest.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
     return numbers;
 }
 

@@ -163,6 +163,8 @@ private:
         canvas_.fill({static_cast<int>(x), bottom - length, 1, length}, picture::kInk);
     }
     void label(double x, const std::string& text) const {
+        // Not over the word's name.
+        if (x - picture::text_width(text, picture::kTextSize) / 2 < area_.x - 4) return;
         picture::draw_text(canvas_, {x, double(baseline_)}, text,
                            {.size = picture::kTextSize,
                             .colour = picture::kInk,

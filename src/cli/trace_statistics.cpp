@@ -37,7 +37,7 @@ void WordRange::count_distinct(double value) {
     constexpr std::size_t kPlaces = 2 * kMostDistinct;
     if (seen_.empty()) seen_.assign(kPlaces, kEmpty);
     const auto bits = std::bit_cast<std::uint64_t>(value == 0 ? 0.0 : value);
-    std::uint64_t place = (bits * 0x9E3779B97F4A7C15u) >> 51 & (kPlaces - 1);
+    auto place = static_cast<std::size_t>((bits * 0x9E3779B97F4A7C15u) >> 51) & (kPlaces - 1);
     while (seen_[place] != kEmpty) {
         if (seen_[place] == bits) return;
         place = (place + 1) & (kPlaces - 1);

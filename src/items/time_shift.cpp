@@ -1,6 +1,7 @@
 #include "items/time_shift.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cmath>
 
 #include "items/checks.h"
@@ -18,7 +19,7 @@ std::int64_t floor_divide(std::int64_t dividend, std::int64_t divisor) {
 // Moves the samples `count` places towards the start, or towards the end when it is negative.
 void move_samples(std::span<float> trace, std::int64_t count) {
     const auto n = static_cast<std::int64_t>(trace.size());
-    const std::int64_t kept = std::max<std::int64_t>(n - std::abs(count), 0);
+    const auto kept = static_cast<std::ptrdiff_t>(std::max<std::int64_t>(n - std::abs(count), 0));
     if (count < 0) {
         std::copy_backward(trace.begin(), trace.begin() + kept, trace.end());
         std::fill(trace.begin(), trace.end() - kept, 0.0f);

@@ -71,24 +71,22 @@ double Axes::y_of(double value) const {
     return area_.y + (y_.downward ? part : 1 - part) * area_.height;
 }
 
-std::vector<double> Axes::x_ticks() const {
-    const int most = static_cast<int>(area_.width / kBetweenX) + 1;
-    return multiples(x_.low, x_.high, tick_step(x_.low, x_.high, most, x_.whole));
+double Axes::x_step() const {
+    return tick_step(x_.low, x_.high, static_cast<int>(area_.width / kBetweenX) + 1, x_.whole);
 }
 
-std::vector<double> Axes::y_ticks() const {
-    const int most = static_cast<int>(area_.height / kBetweenY) + 1;
-    return multiples(y_.low, y_.high, tick_step(y_.low, y_.high, most, y_.whole));
+double Axes::y_step() const {
+    return tick_step(y_.low, y_.high, static_cast<int>(area_.height / kBetweenY) + 1, y_.whole);
 }
 
 void Axes::draw_x_grid() const {
-    for (const double tick : x_ticks()) {
+    for (const double tick : multiples(x_.low, x_.high, x_step())) {
         canvas_.fill({static_cast<int>(std::floor(x_of(tick))), area_.y, 1, area_.height}, kGrid);
     }
 }
 
 void Axes::draw_y_grid() const {
-    for (const double tick : y_ticks()) {
+    for (const double tick : multiples(y_.low, y_.high, y_step())) {
         canvas_.fill({area_.x, static_cast<int>(std::floor(y_of(tick))), area_.width, 1}, kGrid);
     }
 }
@@ -102,8 +100,8 @@ void Axes::draw_frame() const {
 }
 
 void Axes::draw_y_axis() const {
-    const std::vector<double> ticks = y_ticks();
-    const double step = ticks.size() > 1 ? ticks[1] - ticks[0] : 0;
+    const double step = y_step();
+    const std::vector<double> ticks = multiples(y_.low, y_.high, step);
     double widest = 0;
     for (const double tick : ticks) {
         const int y =
@@ -119,8 +117,8 @@ void Axes::draw_y_axis() const {
 }
 
 void Axes::draw_x_axis() const {
-    const std::vector<double> ticks = x_ticks();
-    const double step = ticks.size() > 1 ? ticks[1] - ticks[0] : 0;
+    const double step = x_step();
+    const std::vector<double> ticks = multiples(x_.low, x_.high, step);
     for (const double tick : ticks) {
         const int x =
             std::clamp(static_cast<int>(std::floor(x_of(tick))), area_.x - 1, area_.right());

@@ -42,8 +42,8 @@ public:
     void draw_x_axis() const;  ///< at the bottom
 
 private:
-    std::vector<double> x_ticks() const;
-    std::vector<double> y_ticks() const;
+    double x_step() const;  // between ticks
+    double y_step() const;
 
     Canvas& canvas_;
     Rect area_;
