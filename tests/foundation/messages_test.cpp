@@ -26,13 +26,18 @@ protected:
 };
 
 // System calls that this process made to write, as the kernel counts them; -1 when it does not.
+// By C streams: checked builds look into C++ ones with writes of their own, which would count.
 long writes_so_far() {
-    std::ifstream file("/proc/self/io");
-    std::string name;
-    for (long count = 0; file >> name >> count;) {
-        if (name == "syscw:") return count;
+    std::FILE* const file = std::fopen("/proc/self/io", "r");
+    if (!file) return -1;
+    char name[64];
+    long count = -1;
+    while (std::fscanf(file, "%63s %ld", name, &count) == 2) {
+        if (std::string_view(name) == "syscw:") break;
+        count = -1;
     }
-    return -1;
+    std::fclose(file);
+    return count;
 }
 
 TEST_F(LogToFile, StartsEmptyAndShowsEachTextAtOnce) {
