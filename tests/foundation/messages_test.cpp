@@ -4,7 +4,9 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <cstdio>
 #include <fstream>
+#include <string_view>
 
 #include "support/log_capture.h"
 #include "support/temporary_folder.h"
