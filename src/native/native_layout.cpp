@@ -64,7 +64,7 @@ std::optional<NativeMain> NativeMain::read(const std::string& path) {
 int NativeMain::write(const std::string& path) const {
     std::string text = std::string(kMagic) + "\n";
     for (const std::string& listed : paths()) text += listed + "\n";
-    return replace_file(path, text) ? -1 : 0;
+    return replace_file(path, text, Reach::kSystem) ? -1 : 0;
 }
 
 std::vector<std::string> NativeMain::paths() const {
@@ -95,9 +95,10 @@ std::optional<NativeLayout> NativeLayout::read(const std::string& path) {
 }
 
 int NativeLayout::write(const std::string& path) const {
-    const std::error_code failed = replace_file(
-        path, "NUMSAMPLES=" + std::to_string(samples) + "\nSAMPLERATE=" + std::to_string(interval) +
-                  "\nDATAFORMAT=" + std::to_string(static_cast<int>(format)) + "\n");
+    const std::string text = "NUMSAMPLES=" + std::to_string(samples) +
+                             "\nSAMPLERATE=" + std::to_string(interval) +
+                             "\nDATAFORMAT=" + std::to_string(static_cast<int>(format)) + "\n";
+    const std::error_code failed = replace_file(path, text, Reach::kSystem);
     return failed ? -1 : 0;
 }
 

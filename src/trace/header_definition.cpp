@@ -146,7 +146,7 @@ int TraceHeaderDefinition::save(const std::string& path) const {
                       word.type);
         text += word.description + rest;
     }
-    return replace_file(path, text) ? -1 : 0;
+    return replace_file(path, text, Reach::kSystem) ? -1 : 0;
 }
 
 int TraceHeaderDefinition::find(std::string_view name) const {

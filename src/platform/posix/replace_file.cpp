@@ -25,7 +25,7 @@ std::error_code write_all(int file, std::string_view bytes) {
 
 }  // namespace
 
-std::error_code replace_file(const std::string& path, std::string_view bytes) {
+std::error_code replace_file(const std::string& path, std::string_view bytes, Reach reach) {
     std::error_code ignored;
     const std::filesystem::path resolved = std::filesystem::canonical(path, ignored);
     const std::string target = resolved.empty() ? path : resolved.string();
@@ -39,7 +39,7 @@ std::error_code replace_file(const std::string& path, std::string_view bytes) {
     if (file < 0) return last_error();
     std::error_code error = write_all(file, bytes);
     if (!error && existed && ::fchmod(file, old.st_mode & 07777) != 0) error = last_error();
-    if (!error && ::fsync(file) != 0) error = last_error();
+    if (!error && reach == Reach::kDisk && ::fsync(file) != 0) error = last_error();
     if (::close(file) != 0 && !error) error = last_error();
     if (!error && ::rename(beside.c_str(), target.c_str()) != 0) error = last_error();
     if (error) ::unlink(beside.c_str());

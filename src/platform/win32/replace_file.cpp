@@ -8,7 +8,7 @@ namespace {
 std::error_code last_error() { return {static_cast<int>(GetLastError()), std::system_category()}; }
 }  // namespace
 
-std::error_code replace_file(const std::string& path, std::string_view bytes) {
+std::error_code replace_file(const std::string& path, std::string_view bytes, Reach reach) {
     const std::string beside = path + ".new" + std::to_string(GetCurrentProcessId());
     const HANDLE file = CreateFileA(beside.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -21,7 +21,7 @@ std::error_code replace_file(const std::string& path, std::string_view bytes) {
         }
         bytes.remove_prefix(count);
     }
-    if (!error && !FlushFileBuffers(file)) error = last_error();
+    if (!error && reach == Reach::kDisk && !FlushFileBuffers(file)) error = last_error();
     CloseHandle(file);
     if (!error && !MoveFileExA(beside.c_str(), path.c_str(),
                                MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
