@@ -1,8 +1,8 @@
 #include "items/time_shift.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cmath>
+#include <cstddef>
 
 #include "items/checks.h"
 #include "numerics/spline.h"

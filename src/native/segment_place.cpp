@@ -24,12 +24,11 @@ unsigned random_number() {
 }  // namespace
 
 NativePlaces NativePlaces::configured() {
-    NativePlaces places{.directories = {},
-                        .min_disk_space_mb = CurrentConfig().min_disk_space_mb(),
-                        .max_file_size_mb = CurrentConfig().max_file_size_mb(),
-                        .free_space = [](const std::string& path) {
-                                return free_disk_bytes(path).value_or(-1);
-                            }};
+    NativePlaces places{
+        .directories = {},
+        .min_disk_space_mb = CurrentConfig().min_disk_space_mb(),
+        .max_file_size_mb = CurrentConfig().max_file_size_mb(),
+        .free_space = [](const std::string& path) { return free_disk_bytes(path).value_or(-1); }};
     const std::string prospect =
         CurrentProspect().is_open() ? CurrentProspect().name() : std::string("default");
     for (const std::string& root : CurrentConfig().data_directories()) {

@@ -265,7 +265,8 @@ TEST_F(Sort, BeforeAndAfterAStack) {
 TEST_F(Sort, WithoutKeysKeepsTheOrder) {
     Source source(kSix);
     EXPECT_THAT(run(source, sort_by({"HEADER2=NOSUCH"})).numbers, ElementsAre(0, 1, 2, 3, 4, 5));
-    EXPECT_THAT(messages.text(), HasSubstr("WARNING in Trace Sort: The header 'NOSUCH' is not defined"));
+    EXPECT_THAT(messages.text(),
+                HasSubstr("WARNING in Trace Sort: The header 'NOSUCH' is not defined"));
     EXPECT_THAT(messages.text(), Not(HasSubstr("'NONE'")));
 }
 

@@ -1,5 +1,5 @@
-#include "segy/segy_layout.h"
 #include "segy/segy_writer.h"
+#include "segy/segy_layout.h"
 
 #include <gtest/gtest.h>
 

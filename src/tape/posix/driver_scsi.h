@@ -33,8 +33,8 @@ TapeCalls& SystemTapeCalls();
 /// The system's tape driver: no-rewind nodes /dev/nst0, /dev/nst1 … in variable block mode.
 class DriverScsi final : public SequentialScsi {
 public:
-    /// `wanted` that begins with "/" is the node to use, whatever its name; otherwise the drives are
-    /// those that `classes` lists (a folder with one entry a node).
+    /// `wanted` that begins with "/" is the node to use, whatever its name; otherwise the drives
+    /// are those that `classes` lists (a folder with one entry a node).
     explicit DriverScsi(const std::string& wanted, TapeCalls& calls = SystemTapeCalls(),
                         const std::string& classes = "/sys/class/scsi_tape");
     ~DriverScsi() override { shut(); }
