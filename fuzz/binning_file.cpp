@@ -3,41 +3,23 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <string>
 
 #include "foundation/messages.h"
 #include "geometry/binning_file.h"
+#include "scratch_folder.h"
 
 namespace halvern {
 void TerminateJob(int) { std::abort(); }
 }  // namespace halvern
 
-namespace {
-
-namespace fs = std::filesystem;
-
-/// A folder for the two files, removed at the end.
-struct Folder {
-    Folder() { fs::create_directories(path); }
-    ~Folder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    fs::path path =
-        fs::temp_directory_path() / ("halvern-fuzz-" + std::to_string(std::random_device{}()));
-};
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Folder folder;
+    static const ScratchFolder folder;
     halvern::LogDestination::UseStandardOutput();
-    const std::string read = (folder.path / "read").string();
-    const std::string written = (folder.path / "written").string();
+    const std::string read = folder.file("read");
+    const std::string written = folder.file("written");
     std::string bytes(reinterpret_cast<const char*>(data), size);
     std::ofstream(read, std::ios::binary).write(bytes.data(), static_cast<long>(bytes.size()));
     halvern::BinningFile file;

@@ -3,34 +3,16 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 
+#include "scratch_folder.h"
 #include "trace/header_definition.h"
 #include "trace/line_header.h"
 
-namespace {
-
-namespace fs = std::filesystem;
-
-// A folder for the description, removed at the end.
-struct Folder {
-    Folder() { fs::create_directories(path); }
-    ~Folder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    fs::path path =
-        fs::temp_directory_path() / ("halvern-fuzz-" + std::to_string(std::random_device{}()));
-};
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Folder folder;
-    const std::string path = (folder.path / "words").string();
+    static const ScratchFolder folder;
+    const std::string path = folder.file("words");
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
 
@@ -52,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (line.samples() != 100) __builtin_trap();
 
     if (size % 16 != 0) return 0;  // saving brings a file to the disk, which takes its time
-    const std::string saved = (folder.path / "saved").string();
+    const std::string saved = folder.file("saved");
     if (definition.save(saved) != 0 || definition.load(saved) != 0) __builtin_trap();
     return 0;
 }

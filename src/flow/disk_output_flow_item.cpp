@@ -9,8 +9,6 @@ namespace {
 constexpr int kEnteredTime = 1;
 constexpr int kTraceLength = 0;
 
-int code(SampleFormat format) { return static_cast<int>(format); }
-
 std::string base_name(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
 
 double in_ms(int interval) { return interval / double{kInternalPerMs}; }
@@ -27,14 +25,7 @@ ParameterList DiskOutputFlowItem::DiskParameters(const std::string& standard_fil
                    .prompt = file_prompt,
                    .help = file_help,
                    .kind = FieldKind::kOutputFile}},
-        {.key = "OUTPUTFORMAT",
-         .format = "%d",
-         .value = Bound{&output_format_, code(SampleFormat::kInt16)},
-         .field = {.label = "Format",
-                   .prompt = "Format for output trace data?",
-                   .choices = {{"16-bit Integer", code(SampleFormat::kInt16)},
-                               {"IEEE Floating Point", code(SampleFormat::kIeee)},
-                               {"IBM Floating Point", code(SampleFormat::kIbm)}}}},
+        output_format_parameter(output_format_),
         {.key = "WRITETYPE",
          .format = "%d",
          .value = Bound{&write_type_, kOverwrite},
@@ -68,28 +59,12 @@ void DiskOutputFlowItem::LogParameters() {
     if (write_type_ == kOverwriteInput) return Message("Overwriting input file.\n");
     if (write_type_ == kOverwrite) Message("Overwriting output file %s\n", file_.c_str());
     if (write_type_ == kAppend) Message("Appending to output file %s\n", file_.c_str());
-    switch (ChosenFormat()) {
-        case SampleFormat::kInt16:
-            Message("Output type = 16-BIT Integer\n");
-            break;
-        case SampleFormat::kIeee:
-            Message("Output type = IEEE Floating Point\n");
-            break;
-        default:
-            Message("Output type = IBM Floating Point\n");
-            break;
-    }
+    Message("%s", output_type_line(ChosenFormat()));
     if (use_time_ == kEnteredTime) {
         Message("The traces will be shortened to %d msec.\n", time_ms_);
     } else {
         Message("The current trace length will be used.\n");
     }
-}
-
-SampleFormat DiskOutputFlowItem::ChosenFormat() const {
-    if (output_format_ == code(SampleFormat::kInt16)) return SampleFormat::kInt16;
-    if (output_format_ == code(SampleFormat::kIeee)) return SampleFormat::kIeee;
-    return SampleFormat::kIbm;
 }
 
 bool DiskOutputFlowItem::CheckParameters(const LineHeader& line) const {

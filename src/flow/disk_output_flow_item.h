@@ -4,6 +4,7 @@
 
 #include "flow/process_flow_item.h"
 #include "flow/record_encoder.h"
+#include "flow/shared_parameters.h"
 
 namespace halvern {
 
@@ -22,7 +23,7 @@ protected:
     /// The five parameters, in the order of the flow file and the window.
     ParameterList DiskParameters(const std::string& standard_file, const char* file_prompt,
                                  const char* file_help);
-    SampleFormat ChosenFormat() const;
+    SampleFormat ChosenFormat() const { return chosen_output_format(output_format_); }
     const std::string& file() const { return file_; }
     WriteType write_type() const { return static_cast<WriteType>(write_type_); }
 

@@ -105,6 +105,12 @@ void FlowItem::LogParameters() {
     }
 }
 
+void FlowItem::LogParameter(std::string_view key) {
+    const ParameterList list = Parameters();
+    const auto row = std::ranges::find(list, key, &Parameter::key);
+    if (row != list.end()) Message("%s", log_line(*row).c_str());
+}
+
 void FlowItem::SendTrace(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples) {
     ++sent_;
     if (next_) next_->DeliverTrace(line, header, samples);

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "flow/flow_file.h"
 #include "flow/flow_item_kind.h"
@@ -137,6 +138,9 @@ protected:
     /// The last step of every constructor: SetDefaults, ReadParameters and, when the log flag says
     /// so, LogParameters.
     void Configure(const FlowSection& section);
+
+    /// Logs one parameter, for items that log theirs in another order or only some of them.
+    void LogParameter(std::string_view key);
 
     /// What later items see instead of what this one received; null: the same.
     void ReplaceLine(std::unique_ptr<LineHeader> line) { replacement_line_ = std::move(line); }

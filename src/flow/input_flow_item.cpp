@@ -1,5 +1,7 @@
 #include "flow/input_flow_item.h"
 
+#include "flow/disk_output_flow_item.h"
+
 namespace halvern {
 
 void InputFlowItem::RunInput() {
@@ -29,6 +31,14 @@ int InputFlowItem::SetInputRange(int a, int b) {
     range_last_ = b;
     range_requested_ = true;
     return 1;
+}
+
+bool InputFlowItem::CanReplayInput() {
+    for (const FlowItem* item = next(); item; item = item->next()) {
+        const auto* output = dynamic_cast<const DiskOutputFlowItem*>(item);
+        if (output && output->OverwritesInput()) return false;
+    }
+    return CanReposition();
 }
 
 int InputFlowItem::ReplayInput(std::span<const std::int32_t> positions) {

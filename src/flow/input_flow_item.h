@@ -29,7 +29,8 @@ public:
     int GetInputPosition() override { return position_; }
     int SetInputPosition(int index) override;
     int SetInputRange(int a, int b) override;
-    bool CanReplayInput() override { return CanReposition(); }
+    /// Not when a later item writes over this very input: its records are no longer what they were.
+    bool CanReplayInput() override;
     int ReplayInput(std::span<const std::int32_t> positions) override;
 
     void ReceiveTrace(LineHeader&, TraceHeaderDefinition&, TraceSamples&) override {}

@@ -4,8 +4,6 @@
 #include <filesystem>
 #include <limits>
 
-#include "flow/disk_output_flow_item.h"
-
 namespace halvern {
 
 namespace {
@@ -63,14 +61,6 @@ ReadResult NativeDiskInput::ReadNext() {
 int NativeDiskInput::SourceTraceCount() {
     return static_cast<int>(
         std::min<std::int64_t>(reader_.trace_count(), std::numeric_limits<int>::max()));
-}
-
-bool NativeDiskInput::CanReplayInput() {
-    for (const FlowItem* item = next(); item; item = item->next()) {
-        const auto* output = dynamic_cast<const DiskOutputFlowItem*>(item);
-        if (output && output->OverwritesInput()) return false;
-    }
-    return InputFlowItem::CanReplayInput();
 }
 
 }  // namespace halvern

@@ -14,8 +14,6 @@ public:
 
     const char* GetInputName() override { return file_.c_str(); }
     const char* GetInputHeaderName() override { return reader_.parts().desc_path.c_str(); }
-    /// Not when an output of this flow writes over the dataset.
-    bool CanReplayInput() override;
 
 protected:
     void OpenSource() override;

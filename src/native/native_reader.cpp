@@ -7,23 +7,6 @@
 
 namespace halvern {
 
-namespace {
-
-const char* format_text(SampleFormat format) {
-    switch (format) {
-        case SampleFormat::kInt16:
-            return "16-BIT INTEGER";
-        case SampleFormat::kIbm:
-            return "IBM FLOAT";
-        case SampleFormat::kIeee:
-            return "IEEE FLOAT";
-        default:
-            return "Unknown";
-    }
-}
-
-}  // namespace
-
 NativeOpening NativeReader::open(const std::string& path, int progress_interval,
                                  const char* speaker) {
     const auto refuse = [&](const std::string& what) {
@@ -63,7 +46,7 @@ NativeOpening NativeReader::open(const std::string& path, int progress_interval,
     LogPrint("Halvern File '%s' Statistics:\n", path.c_str());
     LogPrint("  Actual Number of Samples:   %d\n", layout_.samples);
     LogPrint("  Sample Rate:                %3.1f\n", layout_.interval / double{kInternalPerMs});
-    LogPrint("  Data Format:                %s\n", format_text(layout_.format));
+    LogPrint("  Data Format:                %s\n", format_name(layout_.format));
     LogPrint("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));
     return NativeOpening::kOpened;
 }

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "flow/shared_parameters.h"
 #include "foundation/system_paths.h"
 #include "segd/samples.h"
 #include "tape/tape_drives.h"
-#include "tape/tape_item_texts.h"
+#include "tape/tape_parameters.h"
 
 namespace halvern {
 
@@ -89,24 +90,10 @@ SegdTapeInput::SegdTapeInput(const FlowSection& section, LogFlag log)
 ParameterList SegdTapeInput::Parameters() {
     const auto code = [](Dialect dialect) { return static_cast<int>(dialect); };
     return {
-        {.key = "DEVICE",
-         .format = "%s",
-         .value = Bound{&device_name_, first_tape_device()},
-         .log = "Tape Input Device           = %s\n",
-         .field = {.label = "TapeDev",
-                   .prompt = "Read which tape drive?",
-                   .help = kDeviceHelp,
-                   .kind = FieldKind::kTapeDevice}},
-        {.key = "HEADERFILE",
-         .format = "%s",
-         .value = Bound{&header_file_, DefaultHeaderPath()},
-         .log = "Header definition file name = %s\n",
-         .field = {.label = "HeaderFile",
-                   .prompt = "SEG-Y Header file description to use.",
-                   .help =
-                       "Choose the header definition that the traces are given.  'default' is a "
-                       "good choice.",
-                   .kind = FieldKind::kInputFile}},
+        tape_device_parameter(device_name_, "Read which tape drive?"),
+        header_file_parameter(header_file_, "SEG-Y Header file description to use.",
+                              "Choose the header definition that the traces are given.  'default' "
+                              "is a good choice."),
         {.key = "SEGDTYPE",
          .format = "%d",
          .value = Bound{&dialect_, code(Dialect::kOther)},
@@ -118,11 +105,7 @@ ParameterList SegdTapeInput::Parameters() {
                                {"Sercel 368 Format", code(Dialect::kSercel368)},
                                {"Sercel 388 Format", code(Dialect::kSercel388)},
                                {"I/O RSR", code(Dialect::kIoRsr)}}}},
-        {.key = "EJECTWAIT",
-         .format = "%d",
-         .value = Bound{&eject_wait_s_, 0},
-         .log = "Eject tape and wait         = %d seconds.\n",
-         .field = {.label = "EjectWait", .prompt = kEjectWaitPrompt, .help = kEjectWaitHelp}},
+        eject_wait_parameter(eject_wait_s_, 0),
         {.key = "TRACELENGTH",
          .format = "%d",
          .value = Bound{&trace_length_ms_, 0},
@@ -159,28 +142,18 @@ DialogTexts SegdTapeInput::WindowTexts() const {
 }
 
 void SegdTapeInput::LogParameters() {
-    const ParameterList list = Parameters();
-    const auto log = [&](std::string_view key) {
-        const auto found = std::ranges::find(list, key, &Parameter::key);
-        Message("%s", log_line(*found).c_str());
-    };
-    log("DEVICE");
-    log("HEADERFILE");
-    log("NUMFILESFORWARD");
+    for (const char* key : {"DEVICE", "HEADERFILE", "NUMFILESFORWARD"}) LogParameter(key);
     Message("Blocking Status             = %s\n", blocked_ == kBlocked ? "BLOCKED" : "NOT BLOCKED");
     const char* type = "OTHER";
     if (dialect_ == static_cast<int>(Dialect::kSercel368)) type = "SERCEL 368";
     if (dialect_ == static_cast<int>(Dialect::kSercel388)) type = "SERCEL 388";
     if (dialect_ == static_cast<int>(Dialect::kIoRsr)) type = "I/O RSR";
     Message("Type of SEG-D               = %s\n", type);
-    if (eject_wait_s_ == 0)
-        Message("%s", kNoEject);
-    else
-        log("EJECTWAIT");
+    Message("%s", eject_wait_line(eject_wait_s_).c_str());
     if (trace_length_ms_ == 0)
         Message("Trace Length                = ALL DATA\n");
     else
-        log("TRACELENGTH");
+        LogParameter("TRACELENGTH");
 }
 
 void SegdTapeInput::ResumeInput() {

@@ -5,8 +5,7 @@
 #include <filesystem>
 #include <limits>
 
-#include "foundation/system_paths.h"
-#include "segy/segy_disk_output.h"
+#include "flow/shared_parameters.h"
 #include "segy/segy_paths.h"
 
 namespace halvern {
@@ -15,12 +14,11 @@ namespace {
 
 constexpr int kSelectedTraces = 0;
 constexpr int kAllTraces = 1;
-constexpr int kProgressInterval = 1000;
 
 }  // namespace
 
 SegyDiskInput::SegyDiskInput(const FlowSection& section, LogFlag log)
-    : InputFlowItem(FlowItemKind::kSegyDiskInput, log) {
+    : SegyInput(FlowItemKind::kSegyDiskInput, log) {
     Configure(section);
 }
 
@@ -35,18 +33,12 @@ ParameterList SegyDiskInput::Parameters() {
                    .prompt = "SEG-Y Disk File to read.",
                    .help = "Choose a disk SEG-Y file from any directory.",
                    .kind = FieldKind::kInputFile}},
-        {.key = "HEADERFILE",
-         .format = "%s",
-         .value = Bound{&header_file_, DefaultHeaderPath()},
-         .log = "Header definition file name = %s\n",
-         .field = {.label = "HeaderFile",
-                   .prompt = "Header file description to read.",
-                   .help =
-                       "Choose the header definition file which matches the selected file.  If "
-                       "this file has been created outside of Halvern, you may need to define "
-                       "a new header definition.  You can do this under the 'Configure' menu by "
-                       "selecting the 'Edit SEG-Y Header Definitions...' item.",
-                   .kind = FieldKind::kInputFile}},
+        header_file_parameter(
+            header_file_, "Header file description to read.",
+            "Choose the header definition file which matches the selected file.  If this file has "
+            "been created outside of Halvern, you may need to define a new header definition.  You "
+            "can do this under the 'Configure' menu by selecting the 'Edit SEG-Y Header "
+            "Definitions...' item."),
         {.key = "READALLTRACES",
          .format = "%d",
          .value = Bound{&read_all_, kAllTraces},
@@ -95,16 +87,14 @@ DialogTexts SegyDiskInput::WindowTexts() const {
 }
 
 void SegyDiskInput::LogParameters() {
-    const ParameterList list = Parameters();
-    const auto log = [&](std::size_t index) { Message("%s", log_line(list[index]).c_str()); };
-    log(0);
-    log(1);
+    LogParameter("FILE");
+    LogParameter("HEADERFILE");
     if (read_all_ == kAllTraces) {
         Message("Reading all traces\n");
     } else {
         Message("Reading selected traces:\n");
-        log(3);
-        log(4);
+        LogParameter("SELECTHEADER");
+        LogParameter("SELECTRANGE");
     }
 }
 
@@ -114,20 +104,7 @@ void SegyDiskInput::OpenSource() {
         Error("Input file '%s' does not exist.\n", file_.c_str());
         return TerminateJob(kJobError);
     }
-    switch (reader_.open(file_, {.header_path = header_file_,
-                                 .progress_interval = kProgressInterval,
-                                 .speaker = GetName()})) {
-        case SegyOpening::kOpened:
-            break;
-        case SegyOpening::kNotValid:
-            Error("Input file '%s' cannot be opened.\n", file_.c_str());
-            return TerminateJob(kJobError);
-        case SegyOpening::kNoDefinition:
-            // The data file is named, for which the description was meant; the description's own
-            // path stands in the line before.
-            Error("Cannot read trace header format '%s'.\n", file_.c_str());
-            return TerminateJob(kJobError);
-    }
+    if (!OpenReader(file_, open_segy_file(file_))) return;
     if (read_all_ != kAllTraces) StartSelection();
 }
 
@@ -180,22 +157,6 @@ ReadResult SegyDiskInput::ReadNext() {
 int SegyDiskInput::SourceTraceCount() {
     return static_cast<int>(
         std::min<std::int64_t>(reader_.trace_count(), std::numeric_limits<int>::max()));
-}
-
-void SegyDiskInput::SourceEnded() {
-    if (reader_.contradictions() == 0) return;
-    Warning(
-        "%lld traces give a number of samples or a sample rate in their own headers that differs "
-        "from the binary header's, which was used.\n",
-        static_cast<long long>(reader_.contradictions()));
-}
-
-bool SegyDiskInput::CanReplayInput() {
-    for (const FlowItem* item = next(); item; item = item->next()) {
-        const auto* output = dynamic_cast<const SegyDiskOutput*>(item);
-        if (output && output->OverwritesInput()) return false;
-    }
-    return InputFlowItem::CanReplayInput();
 }
 
 }  // namespace halvern

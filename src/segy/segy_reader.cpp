@@ -11,19 +11,6 @@ namespace {
 
 constexpr int kShortenedTrace = 101;  // TRACEID of a trace that stores fewer samples than the line
 
-const char* format_text(SampleFormat format) {
-    switch (format) {
-        case SampleFormat::kInt16:
-            return "16-BIT INTEGER";
-        case SampleFormat::kIbm:
-            return "IBM FLOAT";
-        case SampleFormat::kIeee:
-            return "IEEE FLOAT";
-        default:
-            return "Unknown";
-    }
-}
-
 }  // namespace
 
 SegyOpening SegyReader::open(const std::string& path, const SegyReaderOptions& options) {
@@ -92,7 +79,7 @@ void SegyReader::log_statistics(const std::string& path) const {
     LogPrint("  Actual Number of Samples:   %d\n", layout_.samples);
     LogPrint("  Real   Number of Samples:   %d\n", layout_.field_samples);
     LogPrint("  Sample Rate:                %3.1f\n", layout_.interval_ms());
-    LogPrint("  Data Format:                %s\n", format_text(layout_.format));
+    LogPrint("  Data Format:                %s\n", format_name(layout_.format));
     if (file_size_ < 0) return;
     LogPrint("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));
     LogPrint("  File Size:                  %lld\n", static_cast<long long>(file_size_));

@@ -1,38 +1,21 @@
 #include "tape/segy_tape_input.h"
 
-#include "foundation/system_paths.h"
+#include "flow/shared_parameters.h"
 #include "tape/tape_drives.h"
-#include "tape/tape_item_texts.h"
+#include "tape/tape_parameters.h"
 
 namespace halvern {
 
-namespace {
-constexpr int kProgressInterval = 1000;
-}
-
 SegyTapeInput::SegyTapeInput(const FlowSection& section, LogFlag log)
-    : InputFlowItem(FlowItemKind::kSegyTapeInput, log) {
+    : SegyInput(FlowItemKind::kSegyTapeInput, log) {
     Configure(section);
 }
 
 ParameterList SegyTapeInput::Parameters() {
     return {
-        {.key = "DEVICE",
-         .format = "%s",
-         .value = Bound{&device_name_, first_tape_device()},
-         .log = "Tape Input Device           = %s\n",
-         .field = {.label = "TapeDev",
-                   .prompt = "Read which tape drive?",
-                   .help = kDeviceHelp,
-                   .kind = FieldKind::kTapeDevice}},
-        {.key = "HEADERFILE",
-         .format = "%s",
-         .value = Bound{&header_file_, DefaultHeaderPath()},
-         .log = "Header definition file name = %s\n",
-         .field = {.label = "HeaderFile",
-                   .prompt = "Header file description to read.",
-                   .help = "Choose the header definition file which matches the tape.",
-                   .kind = FieldKind::kInputFile}},
+        tape_device_parameter(device_name_, "Read which tape drive?"),
+        header_file_parameter(header_file_, "Header file description to read.",
+                              "Choose the header definition file which matches the tape."),
         {.key = "NUMRECFF",
          .format = "%d",
          .value = Bound{&traces_to_skip_, 0},
@@ -52,14 +35,7 @@ ParameterList SegyTapeInput::Parameters() {
                    .help = "This is the number of SEG-Y tape files to skip.  The tape will "
                            "fast-forward over the given number of files.",
                    .position = 1}},
-        {.key = "EJECTWAIT",
-         .format = "%d",
-         .value = Bound{&eject_wait_s_, 0},
-         .log = "Eject tape and wait         = %d seconds.\n",
-         .field = {.label = "EjectWait",
-                   .prompt = kEjectWaitPrompt,
-                   .help = kEjectWaitHelp,
-                   .position = 3}},
+        eject_wait_parameter(eject_wait_s_, 3),
     };
 }
 
@@ -71,11 +47,8 @@ DialogTexts SegyTapeInput::WindowTexts() const {
 }
 
 void SegyTapeInput::LogParameters() {
-    const ParameterList list = Parameters();
-    for (const int index : {0, 1, 3, 2}) {
-        Message("%s", log_line(list[static_cast<std::size_t>(index)]).c_str());
-    }
-    Message("%s", eject_wait_s_ == 0 ? kNoEject : log_line(list[4]).c_str());
+    for (const char* key : {"DEVICE", "HEADERFILE", "NUMFILEFF", "NUMRECFF"}) LogParameter(key);
+    Message("%s", eject_wait_line(eject_wait_s_).c_str());
 }
 
 void SegyTapeInput::OpenSource() {
@@ -95,31 +68,11 @@ void SegyTapeInput::OpenSource() {
         Error("Tape %s does not hold %d files to skip.\n", device_name_.c_str(), files_to_skip_);
         return TerminateJob(kJobError);
     }
-    switch (reader_.open(device_name_, std::make_unique<SegyTapeSource>(*this, *device_, *change_),
-                         {.header_path = header_file_,
-                          .progress_interval = kProgressInterval,
-                          .speaker = GetName()})) {
-        case SegyOpening::kOpened:
-            break;
-        case SegyOpening::kNotValid:
-            Error("Input file '%s' cannot be opened.\n", device_name_.c_str());
-            return TerminateJob(kJobError);
-        case SegyOpening::kNoDefinition:
-            Error("Cannot read trace header format '%s'.\n", device_name_.c_str());
-            return TerminateJob(kJobError);
-    }
+    auto source = std::make_unique<SegyTapeSource>(*this, *device_, *change_);
+    if (!OpenReader(device_name_, std::move(source))) return;
     if (traces_to_skip_ > 0 && device_->skip_blocks(traces_to_skip_) != 0) {
         Warning("The tape file holds fewer traces than the %d that are skipped.\n",
                 traces_to_skip_);
-    }
-}
-
-void SegyTapeInput::SourceEnded() {
-    if (const std::int64_t traces = reader_.contradictions(); traces > 0) {
-        Warning(
-            "%lld traces give another number of samples or sample interval than the binary "
-            "header, which is used.\n",
-            static_cast<long long>(traces));
     }
 }
 

@@ -1,14 +1,11 @@
 #include "tape/segy_tape_output.h"
 
+#include "flow/shared_parameters.h"
 #include "segy/segy_layout.h"
 #include "tape/tape_drives.h"
-#include "tape/tape_item_texts.h"
+#include "tape/tape_parameters.h"
 
 namespace halvern {
-
-namespace {
-constexpr int code(SampleFormat format) { return static_cast<int>(format); }
-}  // namespace
 
 SegyTapeOutput::SegyTapeOutput(const FlowSection& section, LogFlag log)
     : OutputFlowItem(FlowItemKind::kSegyTapeOutput, log) {
@@ -17,23 +14,8 @@ SegyTapeOutput::SegyTapeOutput(const FlowSection& section, LogFlag log)
 
 ParameterList SegyTapeOutput::Parameters() {
     return {
-        {.key = "DEVICE",
-         .format = "%s",
-         .value = Bound{&device_name_, first_tape_device()},
-         // The word "Input" stands here as in the inputs.
-         .log = "Tape Input Device           = %s\n",
-         .field = {.label = "TapeDev",
-                   .prompt = "Write which tape drive?",
-                   .help = kDeviceHelp,
-                   .kind = FieldKind::kTapeDevice}},
-        {.key = "OUTPUTFORMAT",
-         .format = "%d",
-         .value = Bound{&output_format_, code(SampleFormat::kInt16)},
-         .field = {.label = "Format",
-                   .prompt = "Format for output trace data?",
-                   .choices = {{"16-bit Integer", code(SampleFormat::kInt16)},
-                               {"IEEE Floating Point", code(SampleFormat::kIeee)},
-                               {"IBM Floating Point", code(SampleFormat::kIbm)}}}},
+        tape_device_parameter(device_name_, "Write which tape drive?"),
+        output_format_parameter(output_format_),
     };
 }
 
@@ -44,17 +26,9 @@ DialogTexts SegyTapeOutput::WindowTexts() const {
     return texts;
 }
 
-SampleFormat SegyTapeOutput::ChosenFormat() const {
-    if (output_format_ == code(SampleFormat::kInt16)) return SampleFormat::kInt16;
-    return output_format_ == code(SampleFormat::kIeee) ? SampleFormat::kIeee : SampleFormat::kIbm;
-}
-
 void SegyTapeOutput::LogParameters() {
-    const char* text = "Output type = IBM Floating Point\n";
-    if (ChosenFormat() == SampleFormat::kInt16) text = "Output type = 16-BIT Integer\n";
-    if (ChosenFormat() == SampleFormat::kIeee) text = "Output type = IEEE Floating Point\n";
-    Message("%s", log_line(Parameters()[0]).c_str());
-    Message("%s", text);
+    LogParameter("DEVICE");
+    Message("%s", output_type_line(chosen_output_format(output_format_)));
 }
 
 void SegyTapeOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples&,
@@ -65,7 +39,8 @@ void SegyTapeOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header,
         Error("Cannot open tape drive: %s\n", device_name_.c_str());
         return TerminateJob(kJobError);
     }
-    encoder_ = RecordEncoder(header, ChosenFormat(), line.samples(), line.sample_interval());
+    encoder_ = RecordEncoder(header, chosen_output_format(output_format_), line.samples(),
+                             line.sample_interval());
 }
 
 bool SegyTapeOutput::Write(std::span<const std::byte> block, const char* what) {

@@ -29,7 +29,6 @@ private:
     ParameterList Parameters() override;
     DialogTexts WindowTexts() const override;
     std::string WindowObstacle() const override { return tape_window_obstacle(); }
-    SampleFormat ChosenFormat() const;
     bool Write(std::span<const std::byte> block, const char* what);
 
     std::string device_name_;

@@ -17,6 +17,20 @@ constexpr int bytes_per_sample(SampleFormat format) {
     return format == SampleFormat::kInt16 ? 2 : 4;
 }
 
+/// What a log calls a format that data come in.
+constexpr const char* format_name(SampleFormat format) {
+    switch (format) {
+        case SampleFormat::kInt16:
+            return "16-BIT INTEGER";
+        case SampleFormat::kIbm:
+            return "IBM FLOAT";
+        case SampleFormat::kIeee:
+            return "IEEE FLOAT";
+        default:
+            return "Unknown";
+    }
+}
+
 /// A trace header image: 240 bytes.
 inline constexpr int kTraceHeaderBytes = 240;
 /// The header block of a trace stream: 3200 bytes of text and 400 of binary header.
