@@ -54,8 +54,10 @@ int TraceSpool::open(int traces_per_write) {
     }
     named_ = true;
     errno = 0;
+    // The file stands there empty and is not truncated: a system that saw that might wait, when the
+    // stream is closed, until all of it has a place on the disk.
     stream_buffer_.resize(kStreamBytes);
-    out_.reset(std::fopen(name_.c_str(), "wb"));
+    out_.reset(std::fopen(name_.c_str(), "r+b"));
     in_ = InputFile::open(name_);
     if (!out_ || !in_) return fail("Cannot open");
     (void)std::setvbuf(out_.get(), stream_buffer_.data(), _IOFBF, stream_buffer_.size());

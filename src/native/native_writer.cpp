@@ -81,7 +81,7 @@ bool NativeWriter::create(bool replaces) {
     };
     if (definition_->save(*desc) != 0) return give_up("header description file", *desc);
     if (layout_.write(*line) != 0) return give_up("line header file", *line);
-    if (!open_pair(BlockWriter::Mode::kCreate, 0)) return give_up("data file", segment->data_path);
+    if (!open_pair(0)) return give_up("data file", segment->data_path);
     if (parts_.write(path_) != 0) return give_up("main file", path_);
     // Only now that the new dataset stands may the old one's files go.
     if (replaced) delete_parts(*replaced);
@@ -101,7 +101,7 @@ bool NativeWriter::append() {
     }
     if (parts_.segments.empty()) return next_pair();
     segment_ = parts_.segments.size() - 1;
-    return open_pair(BlockWriter::Mode::kUpdate, in_segment_);
+    return open_pair(in_segment_);
 }
 
 bool NativeWriter::overwrite() {
@@ -115,10 +115,13 @@ bool NativeWriter::overwrite() {
     for (const NativeSegment& segment : parts_.segments) {
         traces_before_ += std::max<std::int64_t>(0, native_segment_traces(segment, layout_));
     }
-    return open_pair(BlockWriter::Mode::kUpdate, 0);
+    return open_pair(0);
 }
 
-bool NativeWriter::open_pair(BlockWriter::Mode mode, std::int64_t trace) {
+// A new pair stands there empty and is never truncated: a system that saw that might wait, when the
+// file is closed, until all of it has a place on the disk.
+bool NativeWriter::open_pair(std::int64_t trace) {
+    constexpr auto mode = BlockWriter::Mode::kUpdate;
     const NativeSegment& segment = parts_.segments[segment_];
     capacity_ = native_segment_traces(segment, layout_);
     return head_.open(segment.head_path, mode, trace * kTraceHeaderBytes) == 0 &&
@@ -137,7 +140,7 @@ bool NativeWriter::next_pair() {
     if (mode_ == Mode::kOverwrite) {
         if (segment_ + 1 >= parts_.segments.size()) return false;
         ++segment_;
-        return open_pair(BlockWriter::Mode::kUpdate, 0);
+        return open_pair(0);
     }
     const auto segment = places_.create_segment();
     if (!segment) {
@@ -151,7 +154,7 @@ bool NativeWriter::next_pair() {
     }
     parts_.segments.push_back(*segment);
     segment_ = parts_.segments.size() - 1;
-    if (!open_pair(BlockWriter::Mode::kCreate, 0)) return false;
+    if (!open_pair(0)) return false;
     if (parts_.write(path_) == 0) return true;
     ItemError(speaker_, "Error writing main file '%s'\n", path_.c_str());
     return false;

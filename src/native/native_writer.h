@@ -49,7 +49,7 @@ private:
     bool create(bool replaces);
     bool append();
     bool overwrite();
-    bool open_pair(BlockWriter::Mode mode, std::int64_t trace);
+    bool open_pair(std::int64_t trace);
     bool next_pair();
     bool close_pair();
     void delete_parts(const NativeMain& parts) const;
