@@ -52,13 +52,11 @@ bool InputFlowItem::PassNextTrace() {
     const ReadResult result = ReadNext();
     if (result == ReadResult::kEnd) return false;
     ++position_;
-    if (result == ReadResult::kTrace) {
-        if (!prepared_) {
-            prepared_ = true;
-            PrepareChain(SourceLine(), SourceHeader(), SourceSamples(), SourceTraceCount());
-        }
-        SendTrace(SourceLine(), SourceHeader(), SourceSamples());
+    if (!prepared_) {  // by the first trace, wanted or not
+        prepared_ = true;
+        PrepareChain(SourceLine(), SourceHeader(), SourceSamples(), SourceTraceCount());
     }
+    if (result == ReadResult::kTrace) SendTrace(SourceLine(), SourceHeader(), SourceSamples());
     if (JobStopRequested()) {
         LogPrint("The job was asked to stop.\n");
         TerminateJob(kJobError);

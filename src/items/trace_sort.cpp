@@ -1,6 +1,7 @@
 #include "items/trace_sort.h"
 
 #include <algorithm>
+#include <new>
 
 namespace halvern {
 
@@ -63,7 +64,10 @@ void TraceSort::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, Trac
     definition_ = &header;
     line_ = line;
     records_.clear();
-    records_.reserve(static_cast<std::size_t>(std::max(input_traces, 0)));
+    try {
+        records_.reserve(static_cast<std::size_t>(std::max(input_traces, 0)));
+    } catch (const std::bad_alloc&) {  // they may be far fewer: then they find room as they come
+    }
     replaying_ = false;
     sent_again_ = 0;
     spooling_ = buffering_ != kNoBuffer;
@@ -102,6 +106,7 @@ int TraceSort::FlushAtEnd() {
     Message("Sorting %d traces.\n", static_cast<int>(records_.size()));
     numerics::sort_records(records_);
     if (records_.empty()) return 1;
+    Message("Restarting data read.\n");
     if (spooling_) {
         SendFromSpool();
     } else {
@@ -111,7 +116,6 @@ int TraceSort::FlushAtEnd() {
 }
 
 void TraceSort::SendFromInput() {
-    Message("Restarting data read.\n");
     replaying_ = true;
     constexpr std::size_t kBlock = 4096;
     std::vector<std::int32_t> positions;

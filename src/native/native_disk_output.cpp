@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "native/native_reader.h"
+
 namespace halvern {
 
 NativeDiskOutput::NativeDiskOutput(const FlowSection& section, LogFlag log)
@@ -35,21 +37,21 @@ void NativeDiskOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& heade
                         .format = ChosenFormat()};
     std::error_code unknown;
     const bool existing = write_type() != kOverwrite && std::filesystem::exists(path_, unknown);
-    const auto main = existing ? NativeMain::read(path_) : std::nullopt;
     std::int64_t traces_before = 0;
-    if (main) {
-        const auto found = NativeLayout::read(main->line_path);
-        if (!found) {
-            Error("'%s': its line header file '%s' cannot be read.\n", path_.c_str(),
-                  main->line_path.c_str());
+    if (existing && NativeMain::read(path_)) {
+        NativeReader reader;
+        if (reader.open(path_, 0, GetName()) != NativeOpening::kOpened) {
+            Error("Cannot open output file '%s'.  Check disk space and permissions.\n",
+                  path_.c_str());
             return TerminateJob(kJobError);
         }
+        const NativeLayout& found = reader.layout();
         const bool fits =
             OverwritesInput()
-                ? CheckFits(found->interval, found->samples, line, layout.samples)
-                : CheckAppends(path_, found->interval, found->samples, line, layout.samples);
+                ? CheckFits(found.interval, found.samples, line, layout.samples)
+                : CheckAppends(path_, found.interval, found.samples, line, layout.samples);
         if (!fits) return TerminateJob(kJobError);
-        layout.format = found->format;
+        layout.format = found.format;
     }
     const auto mode = static_cast<NativeWriter::Mode>(write_type());
     if (writer_.open(path_, mode, layout, header, places_ ? *places_ : NativePlaces::configured(),

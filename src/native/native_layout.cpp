@@ -14,7 +14,7 @@ namespace halvern {
 namespace {
 
 constexpr int kMagicBuffer = 19;
-constexpr int kLineBuffer = 199;
+constexpr int kLineBuffer = static_cast<int>(NativeMain::kLongestPath) + 1;
 constexpr std::size_t kMagicLength = 9;
 
 struct CloseFile {
@@ -63,7 +63,10 @@ std::optional<NativeMain> NativeMain::read(const std::string& path) {
 
 int NativeMain::write(const std::string& path) const {
     std::string text = std::string(kMagic) + "\n";
-    for (const std::string& listed : paths()) text += listed + "\n";
+    for (const std::string& listed : paths()) {
+        if (listed.size() > kLongestPath) return -1;
+        text += listed + "\n";
+    }
     return replace_file(path, text, Reach::kSystem) ? -1 : 0;
 }
 
@@ -86,7 +89,9 @@ std::optional<NativeLayout> NativeLayout::read(const std::string& path) {
         ReadKey(line->c_str(), "SAMPLERATE=", layout.interval);
         ReadKey(line->c_str(), "DATAFORMAT=", format);
     }
-    if (layout.samples < 0 || layout.samples > kMostSamples || layout.interval < 0 || format < 0 ||
+    if (layout.samples < 0 || layout.samples > kMostSamples || layout.interval < 0 ||
+        layout.interval > kMostInterval ||
+        (layout.interval > 0 && layout.interval < kInternalPerUs) || format < 0 ||
         format > static_cast<int>(SampleFormat::kInt16)) {
         return std::nullopt;
     }

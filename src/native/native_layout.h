@@ -25,10 +25,13 @@ struct NativeMain {
     std::vector<NativeSegment> segments;  ///< in trace order
 
     /// The file read; nothing when it cannot be, has no magic or lacks a path. A HEAD path without
-    /// its DATA path is left out. Lines are read 198 characters at a time.
+    /// its DATA path is left out. Lines are read kLongestPath characters at a time.
     static std::optional<NativeMain> read(const std::string& path);
+    /// Characters of a listed path that `read` takes.
+    static constexpr std::size_t kLongestPath = 198;
+
     /// Replaces the file by writing beside it and renaming, so that whoever reads it finds the old
-    /// or the new list, never a part. 0 or -1.
+    /// or the new list, never a part. 0 or -1, also when a path is too long to be read again.
     [[nodiscard]] int write(const std::string& path) const;
 
     /// Every path that the file lists.
@@ -37,14 +40,15 @@ struct NativeMain {
 
 /// The line header values of a native dataset, its LINE file.
 struct NativeLayout {
-    static constexpr int kMostSamples = 1'000'000;
+    static constexpr int kMostSamples = 32767;                        ///< what a line header holds
+    static constexpr int kMostInterval = 65536 * kInternalPerUs - 1;  ///< likewise
 
     int samples = 0;   ///< of every trace
     int interval = 0;  ///< internal units; 64 a microsecond
     SampleFormat format = SampleFormat::kIeee;
 
     /// The file read, its keys in any order; nothing when it cannot be read or a value is out of
-    /// range (samples 0 to 1,000,000, interval not negative, format 0 to 2).
+    /// range (samples 0 to kMostSamples, interval 0 or 1 us to kMostInterval, format 0 to 2).
     static std::optional<NativeLayout> read(const std::string& path);
     /// 0 or -1.
     [[nodiscard]] int write(const std::string& path) const;

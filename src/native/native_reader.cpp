@@ -27,6 +27,9 @@ NativeOpening NativeReader::open(const std::string& path, int progress_interval,
             return refuse("its file '" + segment.head_path + "' or '" + segment.data_path +
                           "' is missing");
         }
+        for (const std::string& part : {segment.head_path, segment.data_path}) {
+            if (!BlockReader::open(part)) return refuse("its file '" + part + "' cannot be read");
+        }
         segments_.push_back({trace_count_, traces});
         trace_count_ += traces;
     }

@@ -13,7 +13,7 @@ namespace halvern {
 namespace {
 
 constexpr double kMegabyte = 1e6;
-constexpr double kSpareMb = 10;          // beyond the minimum, for a new pair of files to make sense
+constexpr double kSpareMb = 10;       // beyond the minimum, for a new pair of files to make sense
 constexpr int kRecordsBetween = 100;  // from one look at the free space to the next
 
 unsigned random_number() {

@@ -124,6 +124,7 @@ void SegyDiskInput::StartSelection() {
         }
         ++number;
     }
+    if (select_header_ == "NONE") return;
     select_word_ = reader_.definition().find(select_header_);
     if (select_word_ < 0) {
         Warning("The header '%s' is not defined; every trace is read.\n", select_header_.c_str());
@@ -133,7 +134,7 @@ void SegyDiskInput::StartSelection() {
 
 void SegyDiskInput::FastForward() {
     if (ranges_.empty()) return;
-    const double start = std::trunc(ranges_.front().start);
+    const double start = std::trunc(ranges_.front().start) + 0.0;  // no negative zero
     Message("Fast-forward to trace #%.0f\n", start);
     const bool skips_wanted = std::ranges::any_of(ranges_, [start](const Range& range) {
         return std::trunc(std::min(range.start, range.end)) < start &&

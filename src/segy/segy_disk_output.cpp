@@ -83,6 +83,8 @@ bool SegyDiskOutput::FindEndOfFile(const LineHeader& line, int samples, Target& 
         if (size > 0 && size < kLineHeaderBytes) {
             Warning("The output file is shorter than a SEG-Y header; it is written anew.\n");
         }
+        // The first trace brings headers that cover all of it; until then it stays as it is.
+        target.mode = SegyWriter::Mode::kUpdate;
         return true;
     }
     SegyLayout layout;

@@ -136,6 +136,8 @@ std::int64_t TraceSamples::to_format(TraceHeaderDefinition& definition, SampleFo
             const int index = weight_index(definition);
             const Int16Encoding encoding = encode_int16(samples, raw);
             definition.set_double(index, encoding.weight);
+            // The record that these samples were read from had the other weight.
+            if (format_ == SampleFormat::kInt16) raw_valid_ = false;
             return encoding.not_finite;
         }
         default:

@@ -228,7 +228,7 @@ TEST_P(SortWays, GivesTheSameTracesInOrder) {
     EXPECT_THAT(text, HasSubstr("Trace Sort: Writing Sorted Trace #1\nTrace Sort: Writing Sorted "
                                 "Trace #2\n"));
     EXPECT_THAT(text, HasSubstr("Writing Sorted Trace #429\n"));
-    EXPECT_EQ(text.find("Restarting data read.\n") != std::string::npos, replays);
+    EXPECT_THAT(text, HasSubstr("Restarting data read.\n"));
     EXPECT_EQ(text.find("*** WARNING in Trace Sort: The traces cannot be read from the input a "
                         "second time.  They are being buffered to a file.\n") != std::string::npos,
               !GetParam().repositions && *GetParam().buffering == '0');

@@ -134,15 +134,24 @@ TEST(NativeDataset, WhatIsBrokenIsRefused) {
         EXPECT_THAT(bench.read(), ElementsAre(-2)) << part;
         fs::rename(part + "x", part);
     }
-    for (const char* line : {"", "NUMSAMPLES=-1\nSAMPLERATE=1\nDATAFORMAT=0\n",
-                             "NUMSAMPLES=1000001\nSAMPLERATE=1\nDATAFORMAT=0\n",
-                             "NUMSAMPLES=4\nSAMPLERATE=1\nDATAFORMAT=3\n"}) {
+    for (const char* line : {"", "NUMSAMPLES=-1\nSAMPLERATE=256000\nDATAFORMAT=0\n",
+                             "NUMSAMPLES=32768\nSAMPLERATE=256000\nDATAFORMAT=0\n",
+                             "NUMSAMPLES=4\nSAMPLERATE=4194304\nDATAFORMAT=0\n",
+                             "NUMSAMPLES=4\nSAMPLERATE=63\nDATAFORMAT=0\n",
+                             "NUMSAMPLES=4\nSAMPLERATE=256000\nDATAFORMAT=3\n"}) {
         bench.folder.write(fs::relative(parts.line_path, bench.folder.path()).string(), line);
         EXPECT_THAT(bench.read(), ElementsAre(-2)) << line;
     }
     bench.folder.write(fs::relative(parts.line_path, bench.folder.path()).string(),
                        "DATAFORMAT=0\r\nSAMPLERATE=256000\r\nNUMSAMPLES=4\r\n");
     EXPECT_EQ(bench.read(), numbers(0, 3));
+
+    NativeMain longest = parts;
+    longest.line_path = std::string(NativeMain::kLongestPath, 'x');
+    EXPECT_EQ(longest.write(bench.main), 0);
+    EXPECT_EQ(NativeMain::read(bench.main)->line_path, longest.line_path);
+    longest.line_path += 'x';
+    EXPECT_EQ(longest.write(bench.main), -1);
 }
 
 }  // namespace

@@ -145,6 +145,20 @@ TEST_F(SegyDiskFlow, FastForwardBehindTheEndReadsNothingAndWritesNothing) {
     EXPECT_FALSE(std::filesystem::exists(out_));
 }
 
+// The first trace prepares the chain, wanted or not; an appended file stays as it is without one.
+TEST_F(SegyDiskFlow, WithoutAWantedTraceOutputsArePreparedAndLoseNothing) {
+    write_input(header_bytes({}) + traces_of(1, 3));
+    const Lines nothing = {"READALLTRACES=0", "SELECTHEADER=FFID", "SELECTRANGE=9"};
+    for (const std::string& there : {header_bytes({.interval_us = 9}), std::string("notes")}) {
+        folder_.write("out.sgy", there);
+        EXPECT_THAT(run(nothing, {"WRITETYPE=0"}), Not(HasSubstr("[job ended]")));
+        EXPECT_EQ(output(), there);
+    }
+    EXPECT_THAT(run(nothing, {"USETIME=1", "TIME=-1"}), HasSubstr("[job ended]"));
+    EXPECT_THAT(run(nothing, {}), HasSubstr("No trace came"));
+    EXPECT_EQ(output(), "");
+}
+
 TEST_F(SegyDiskFlow, ShortensToWholeMillisecondsOfSampling) {
     struct Case {
         int interval_us, time_ms, samples;

@@ -107,15 +107,7 @@ TEST_F(SegyReaderTest, RefusesHeadersThatMakeNoSenseAndSaysWhy) {
         EXPECT_EQ(reader_.read_next(), 0);
         EXPECT_THAT(log_.text(), HasSubstr(why));
     }
-}
-
-TEST_F(SegyReaderTest, FolderMissingFileAndMissingDescriptionDoNotOpen) {
-    EXPECT_EQ(open_path(folder_.path().string()), SegyOpening::kNotValid);
     EXPECT_EQ(open_path(folder_.file("nothing")), SegyOpening::kNotValid);
-    const std::string path = folder_.write("a.sgy", header_bytes({}));
-    EXPECT_EQ(reader_.open(path, {.header_path = folder_.file("nothing")}),
-              SegyOpening::kNoDefinition);
-    EXPECT_FALSE(reader_.valid());
 }
 
 TEST_F(SegyReaderTest, EveryPrefixOfAFileReadsItsWholeRecords) {

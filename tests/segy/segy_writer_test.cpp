@@ -62,16 +62,6 @@ TEST_F(SegyEncoding, RecordsByHandInThreeFormats) {
               record_bytes(stamped(8), 2, {0x6400, 0xFF80}));
 }
 
-TEST_F(SegyEncoding, SamplesThatAreNotFiniteAreCountedWhere16BitsCannotKeepThem) {
-    // The largest finite magnitude, 1, takes 14 doublings to 16384.
-    EXPECT_EQ(encode({NAN, kInfinity, -kInfinity, 1}, SampleFormat::kInt16, 4).substr(240),
-              record_bytes({}, 2, {0, 0x7FFF, 0x8000, 0x4000}).substr(240));
-    EXPECT_EQ(not_finite_, 3);
-    EXPECT_EQ(encode({kInfinity}, SampleFormat::kIeee, 1).substr(240),
-              "\x7F\x80" + std::string(2, '\0'));
-    EXPECT_EQ(not_finite_, 0);
-}
-
 TEST_F(SegyEncoding, LineHeaderKeepsTextAndLosesWhatHeldForItsOldFileOnly) {
     std::string bytes = header_bytes(
         {.interval_us = 4000, .samples = 9, .code = 2, .revision = 0x0200, .text_headers = 3});

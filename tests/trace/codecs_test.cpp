@@ -129,9 +129,9 @@ int int16_by_rule(float sample, float first, float second) {
 TEST(CodecKernels, EverySetOnEveryLengthAndAlignment) {
     const std::vector<std::uint32_t>& words = word_classes();
     constexpr std::size_t kMost = 67;  // past two rounds of the widest loops, with every tail
-    std::size_t next = 0;
     for (const CodecKernels* set : kernel_sets()) {
         SCOPED_TRACE(set->name);
+        std::size_t next = 0;
         for (std::size_t count = 0; count <= kMost; ++count) {
             for (std::size_t shift = 0; shift < 4; ++shift) {
                 std::vector<std::byte> raw(4 * count + shift);

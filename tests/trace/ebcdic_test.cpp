@@ -11,19 +11,6 @@
 namespace halvern {
 namespace {
 
-// Codes of the POSIX table, with the characters on which EBCDIC tables differ.
-TEST(Ebcdic, KnownCharacters) {
-    const std::pair<char, int> kCodes[] = {
-        {' ', 0x40}, {'C', 0xC3}, {'a', 0x81}, {'0', 0xF0}, {'9', 0xF9}, {'\n', 0x25}, {'!', 0x5A},
-        {'[', 0xAD}, {']', 0xBD}, {'|', 0x4F}, {'^', 0x9A}, {'~', 0x5F}, {'{', 0xC0},  {'\\', 0xE0},
-    };
-    for (const auto& [character, code] : kCodes) {
-        const auto ascii = static_cast<std::byte>(character);
-        EXPECT_EQ(std::to_integer<int>(ascii_to_ebcdic(ascii)), code) << character;
-        EXPECT_EQ(ebcdic_to_ascii(static_cast<std::byte>(code)), ascii) << character;
-    }
-}
-
 TEST(Ebcdic, EveryCodeAsDdConvertsIt) {
     testing_support::TemporaryFolder folder;
     std::string codes;

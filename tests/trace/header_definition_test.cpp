@@ -106,14 +106,6 @@ TEST(HeaderDefinition, AnOverlongLineIsReadInPieces) {
     EXPECT_EQ(file.definition.location(file.definition.find("TAIL")), 4);
 }
 
-TEST(HeaderDefinition, AThousandWords) {
-    std::string text;
-    for (int i = 0; i < 1000; ++i) text += line("", std::to_string(i) + "W       8 1");
-    Loaded file(text);
-    EXPECT_EQ(file.definition.count(), 1000);
-    EXPECT_EQ(file.definition.find("999W"), 999);
-}
-
 struct Stored {
     int word;  // of the four below
     double value;
