@@ -1,6 +1,7 @@
 #include "tape/segy_tape_source.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "segy/segy_layout.h"
 
@@ -51,20 +52,29 @@ bool SegyTapeSource::skip_text_headers(int count) {
     return count <= 0 || device_.skip_blocks(count) == 0;
 }
 
+// Whether the traces behind a further line header can be read on; if not, the job has been ended.
 bool SegyTapeSource::takes_over(std::span<const std::byte, kLineHeaderBytes> header) {
+    const char* const name = device_.name().c_str();
     const SegyLayout first = layout_of(header_);
     const SegyLayout other = layout_of(header);
-    if (other.samples != first.samples || other.interval != first.interval ||
-        other.format_code != first.format_code) {
+    const std::string problem = other.problem();
+    if (!problem.empty()) {
+        item_.Error("The further line header on tape %s %s.\n", name, problem.c_str());
+    } else if (other.samples != first.samples || other.interval != first.interval ||
+               other.format_code != first.format_code) {
         item_.Error(
             "The traces that follow on tape %s (%d samples of %.3f ms, format code %d) differ "
             "from those before (%d samples of %.3f ms, format code %d).\n",
-            device_.name().c_str(), other.samples, other.interval_ms(), other.format_code,
-            first.samples, first.interval_ms(), first.format_code);
-        TerminateJob(kJobError);
-        return false;
+            name, other.samples, other.interval_ms(), other.format_code, first.samples,
+            first.interval_ms(), first.format_code);
+    } else if (!skip_text_headers(other.text_headers)) {
+        item_.Error("Tape %s ends before the %d extended text headers that it announces.\n", name,
+                    other.text_headers);
+    } else {
+        return true;
     }
-    return skip_text_headers(other.text_headers);
+    TerminateJob(kJobError);
+    return false;
 }
 
 bool SegyTapeSource::next_tape() {
@@ -74,21 +84,28 @@ bool SegyTapeSource::next_tape() {
     return more && takes_over(header);
 }
 
-// Behind a filemark another line may begin, with headers of its own; the text header is read.
-bool SegyTapeSource::step_over_line_header() {
-    std::array<std::byte, kLineHeaderBytes> header;
-    std::copy_n(device_.block().begin(), kTextHeaderBytes, header.begin());
-    if (device_.read_block() < kBinaryHeaderBytes) return false;
-    std::copy_n(device_.block().begin(), kBinaryHeaderBytes, header.begin() + kTextHeaderBytes);
-    item_.Message("Another line header follows on tape %s; its traces are read on.\n",
-                  device_.name().c_str());
-    return takes_over(header);
+int SegyTapeSource::next_block() {
+    return read_ahead_ ? *std::exchange(read_ahead_, {}) : device_.read_block();
+}
+
+// Whether the block of 3200 bytes that was read is a text header: then a binary header follows,
+// which ahead_ gets as well. If not, the block stays in ahead_, for it may be a trace.
+bool SegyTapeSource::text_header_was_read() {
+    std::ranges::copy(device_.block(), ahead_.begin());
+    const int count = device_.read_block();
+    if (count < kBinaryHeaderBytes || count == kTextHeaderBytes) {
+        read_ahead_ = count;
+        return false;
+    }
+    std::ranges::copy(device_.block().first(kBinaryHeaderBytes), ahead_.begin() + kTextHeaderBytes);
+    return true;
 }
 
 std::span<const std::byte> SegyTapeSource::next_record(std::int64_t record_bytes,
                                                        std::int64_t wanted) {
+    const char* const name = device_.name().c_str();
     while (!ended_) {
-        int count = device_.read_block();
+        int count = next_block();
         const bool behind_filemark = count == TapeDevice::kNoData;
         if (behind_filemark) count = device_.read_block();
         if (count == TapeDevice::kNoData) {
@@ -96,12 +113,23 @@ std::span<const std::byte> SegyTapeSource::next_record(std::int64_t record_bytes
             continue;
         }
         if (count == TapeDevice::kFailed) {
-            item_.Error("ERROR Read tape: %s\n", device_.name().c_str());
+            item_.Error("ERROR Read tape: %s\n", name);
             break;
         }
-        if (behind_filemark && count == kTextHeaderBytes && record_bytes != kTextHeaderBytes &&
-            step_over_line_header()) {
-            continue;
+        // Behind a filemark another line may begin, with headers of its own.
+        if (behind_filemark && count == kTextHeaderBytes) {
+            if (text_header_was_read()) {
+                item_.Message("Another line header follows on tape %s; its traces are read on.\n",
+                              name);
+                ended_ = !takes_over(ahead_);
+                continue;
+            }
+            if (record_bytes == kTextHeaderBytes) {
+                return std::span(ahead_).first(static_cast<std::size_t>(wanted));
+            }
+            item_.Error("Failed to read 'SEG Y Line Header' from tape %s, got %d bytes\n", name,
+                        std::max(*read_ahead_, 0));
+            break;
         }
         if (count < record_bytes) {
             item_.Error("ERROR: Read %d bytes from tape when %d bytes were expected.\n", count,

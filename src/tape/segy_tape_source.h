@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <span>
 
 #include "segy/segy_source.h"
@@ -25,12 +26,15 @@ private:
     bool read_headers(std::span<std::byte, kLineHeaderBytes> header, bool first_tape);
     bool next_tape();
     bool takes_over(std::span<const std::byte, kLineHeaderBytes> header);
-    bool step_over_line_header();
+    int next_block();
+    bool text_header_was_read();
 
     const FlowItem& item_;
     TapeDevice& device_;
     TapeChange& change_;
     std::array<std::byte, kLineHeaderBytes> header_{};  // of the first tape
+    std::array<std::byte, kLineHeaderBytes> ahead_{};   // a block that may begin another line
+    std::optional<int> read_ahead_;  // what reading the block behind that one gave, if not used yet
     bool ended_ = false;
 };
 
