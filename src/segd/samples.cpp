@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "trace/codecs.h"
 
@@ -38,9 +39,10 @@ std::int64_t samples_in(int format, std::int64_t bytes) {
 }
 
 void descale_ieee(std::span<float> samples, double descale) {
+    constexpr double kLargest = std::numeric_limits<float>::max();
     for (float& sample : samples) {
-        const auto value = static_cast<float>(sample * descale);
-        sample = std::isfinite(value) ? value : 0.0f;
+        const double value = sample * descale;
+        sample = std::abs(value) <= kLargest ? static_cast<float>(value) : 0.0f;  // no NaN either
     }
 }
 

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cassert>
 #include <cmath>
+#include <limits>
 
 #include "trace/big_endian.h"
 #include "trace/codec_kernels.h"
@@ -118,12 +119,14 @@ void decode_segd_8036(std::span<const std::byte> raw, double descale, std::span<
 }
 
 void decode_segd_8048(std::span<const std::byte> raw, double descale, std::span<float> samples) {
+    constexpr double kLargest = std::numeric_limits<float>::max();
     const std::size_t whole = zero_missing(raw, 4, samples);
     for (std::size_t i = 0; i < whole; ++i) {
         const std::uint32_t word = get_u32(bytes_at<4>(raw, 4 * i));
         const int power = static_cast<int>(word >> 22 & 0x1FC) - 4 * 64 - 24;
         const double magnitude = std::ldexp(static_cast<double>(word & 0xFFFFFF), power);
-        samples[i] = static_cast<float>((word >> 31 ? -magnitude : magnitude) * descale);
+        const double value = (word >> 31 ? -magnitude : magnitude) * descale;
+        samples[i] = std::abs(value) <= kLargest ? static_cast<float>(value) : 0.0f;
     }
 }
 

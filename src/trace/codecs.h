@@ -36,6 +36,7 @@ Int16Encoding encode_int16(std::span<const float> samples, std::span<std::byte> 
 /// SEG-D sample encodings, each times `descale`. `raw` may end early: what is missing decodes as 0.
 void decode_segd_8015(std::span<const std::byte> raw, double descale, std::span<float> samples);
 void decode_segd_8036(std::span<const std::byte> raw, double descale, std::span<float> samples);
+/// What is beyond the largest float becomes 0.
 void decode_segd_8048(std::span<const std::byte> raw, double descale, std::span<float> samples);
 
 }  // namespace halvern
