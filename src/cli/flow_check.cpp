@@ -18,6 +18,7 @@
 #include "job/catalogue.h"
 #include "native/native_layout.h"
 #include "platform/input_file.h"
+#include "tape/tape_drives.h"
 #include "trace/header_definition.h"
 
 namespace halvern {
@@ -310,8 +311,7 @@ void FlowCheck::check_use(const Link& link, const Parameter& parameter, const st
             break;
         }
         case FieldKind::kTapeDevice: {
-            const auto& devices = CurrentConfig().tape_devices();
-            if (std::ranges::none_of(devices, [&](const auto& d) { return d.name == value; })) {
+            if (!find_tape_device(value)) {
                 warning(line,
                         key + ": " + in_quotes(value) + " is no tape device of the configuration");
             }

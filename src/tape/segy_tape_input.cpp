@@ -61,7 +61,7 @@ void SegyTapeInput::OpenSource() {
     device_ = make_tape_device(device_name_, TapeUse::kRead);
     change_.emplace(*this, *device_, eject_wait_s_, is_tape_image(device_name_));
     if (change_->open() != 0) {
-        Error("Cannot open tape drive: %s\n", device_name_.c_str());
+        Error("Cannot open tape drive: %s\n", device_->name().c_str());
         return TerminateJob(kJobError);
     }
     if (files_to_skip_ > 0 && device_->skip_files(files_to_skip_) != 0) {

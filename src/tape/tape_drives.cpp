@@ -4,24 +4,26 @@
 
 namespace halvern {
 
-namespace {
-
-const TapeDeviceName* find_device(const std::string& name, const GlobalConfig& config) {
-    const auto& devices = config.tape_devices();
-    const auto found =
-        std::find_if(devices.begin(), devices.end(),
-                     [&](const TapeDeviceName& device) { return device.name == name; });
-    return found == devices.end() ? nullptr : &*found;
+std::string whole_name(const TapeDeviceName& device) {
+    // Only a built name has " - " in it, so a plain type ("8mm") is never taken for a part of one.
+    const bool split = device.type.find(" - ") != std::string::npos;
+    return split ? device.name + " " + device.type : device.name;
 }
 
-}  // namespace
+const TapeDeviceName* find_tape_device(const std::string& name, const GlobalConfig& config) {
+    const auto found =
+        std::ranges::find_if(config.tape_devices(), [&](const TapeDeviceName& device) {
+            return device.name == name || whole_name(device) == name;
+        });
+    return found == config.tape_devices().end() ? nullptr : &*found;
+}
 
 std::string first_tape_device(const GlobalConfig& config) {
-    return config.tape_devices().empty() ? "NONE" : config.tape_devices().front().name;
+    return config.tape_devices().empty() ? "NONE" : whole_name(config.tape_devices().front());
 }
 
 bool is_tape_image(const std::string& name, const GlobalConfig& config) {
-    const TapeDeviceName* device = find_device(name, config);
+    const TapeDeviceName* device = find_tape_device(name, config);
     return device && device->type == kImageType;
 }
 
@@ -32,10 +34,8 @@ std::unique_ptr<TapeDevice> make_tape_device(const std::string& name, TapeUse us
             name, [name, use] { return std::make_unique<ImageScsi>(name, use); },
             TapeDevice::kRetries, clock);
     }
-    // Only a built name has " - " in it, so a plain type ("8mm") is never taken for one.
-    const TapeDeviceName* device = find_device(name, config);
-    const bool split = device && device->type.find(" - ") != std::string::npos;
-    const std::string whole = split ? name + " " + device->type : name;
+    const TapeDeviceName* device = find_tape_device(name, config);
+    const std::string whole = device ? whole_name(*device) : name;
     return std::make_unique<TapeDevice>(
         whole, [whole] { return load_system_scsi(whole); }, TapeDevice::kRetries, clock);
 }

@@ -13,6 +13,15 @@ namespace halvern {
 /// The type of a configured tape device that is an image: "TAPEDEVICE=PATH image".
 inline constexpr const char* kImageType = "image";
 
+/// What an item's DEVICE= calls a configured device. A drive's name that the configuration had to
+/// split at its first blank ("VENDOR" and "PRODUCT - 4_0") is put together again.
+std::string whole_name(const TapeDeviceName& device);
+
+/// The configured device that DEVICE= names, or null. The vendor alone will do, and means that
+/// vendor's first drive.
+const TapeDeviceName* find_tape_device(const std::string& name,
+                                       const GlobalConfig& config = CurrentConfig());
+
 /// The first tape device of the configuration, or "NONE": the standard value of DEVICE=.
 std::string first_tape_device(const GlobalConfig& config = CurrentConfig());
 
@@ -20,8 +29,7 @@ std::string first_tape_device(const GlobalConfig& config = CurrentConfig());
 bool is_tape_image(const std::string& name, const GlobalConfig& config = CurrentConfig());
 
 /// The device that an item's DEVICE= names, not yet open: an image when the configuration says so,
-/// else a drive of this system. A drive's name that the configuration had to split at its first
-/// blank ("VENDOR" and "PRODUCT - 4_0") is put together again.
+/// else a drive of this system.
 std::unique_ptr<TapeDevice> make_tape_device(const std::string& name, TapeUse use,
                                              const GlobalConfig& config = CurrentConfig(),
                                              TapeClock& clock = CurrentTapeClock());
