@@ -28,7 +28,7 @@ bool TapeChange::next(const TapeQuestion& finished, const TapeQuestion& no_heade
             if (begin()) return true;
             question = &no_header;
         }
-        device_.close();
+        (void)device_.close();
         if (JobStopRequested() || !ask_operator(*question)) {
             speaker_.Message("Last tape has been read!!!\n");
             return false;

@@ -48,7 +48,7 @@ TapeDevice::TapeDevice(std::string name, ScsiLoader load, int retries, TapeClock
       clock_(clock),
       retries_left_(retries) {}
 
-TapeDevice::~TapeDevice() { close(); }
+TapeDevice::~TapeDevice() { (void)close(); }
 
 void TapeDevice::report(const char* text, int status) const {
     LogPrint("%s.  Error Code = '%d' '%x'\n", text, status, static_cast<unsigned>(status));
@@ -81,9 +81,9 @@ int TapeDevice::find_device() {
         const int type = scsi_->GetDeviceType(device);
         if (type == kNoDevice) return -1;
         if (type != kSequentialDevice) continue;
-        if (name_ == scsi_->GetSystemName(device) || name_ == tape_device_name(*scsi_, device)) {
-            return device;
-        }
+        const std::string system_name = scsi_->GetSystemName(device);
+        const bool by_system_name = !system_name.empty() && name_ == system_name;
+        if (by_system_name || name_ == tape_device_name(*scsi_, device)) return device;
     }
     return -1;
 }
@@ -124,6 +124,12 @@ int TapeDevice::read(std::span<std::byte> buffer) {
             case tape_status::kShortBlock: {
                 std::array<std::byte, SenseData::kSize> sense{};
                 const int sensed = scsi_->RequestSense(device_, sense);
+                if (sensed != tape_status::kGood && status == tape_status::kShortBlock) {
+                    // Nobody knows how much of the buffer is the block's, and the tape has passed
+                    // it: another attempt would give the next block for this one.
+                    report("Error Reading Tape.", sensed);
+                    return kFailed;
+                }
                 const std::int64_t residual =
                     sensed == tape_status::kGood ? SenseData::parse(sense).residual : 0;
                 const std::int64_t count = std::clamp<std::int64_t>(length - residual, 0, length);
@@ -184,11 +190,12 @@ int TapeDevice::skip_files(int count) {
 }
 
 int TapeDevice::skip_blocks(int count) {
-    if (!is_open()) return -1;
+    if (!is_open()) return kFailed;
     const int status = scsi_->Space(device_, SequentialScsi::SpaceUnit::kBlocks, count);
     if (status == tape_status::kGood) return 0;
-    if (status != tape_status::kFilemark) report("Error Spacing Tape.", status);
-    return -1;
+    if (status == tape_status::kFilemark) return kNoData;
+    report("Error Spacing Tape.", status);
+    return kFailed;
 }
 
 int TapeDevice::rewind() {
@@ -205,17 +212,18 @@ int TapeDevice::unload() {
     const int status = scsi_->Unload(device_, 0);
     if (status != tape_status::kGood) {
         report("Error Unloading Tape.", status);
-        close();
+        (void)close();
         return -1;
     }
     scsi_.reset();  // nothing is left in the drive that could be rewound
     return rewound;
 }
 
-void TapeDevice::close() {
-    if (!is_open()) return;
-    (void)rewind();  // reported; the drive is let go either way
+int TapeDevice::close() {
+    if (!is_open()) return 0;
+    const int rewound = rewind();
     scsi_.reset();
+    return rewound;
 }
 
 }  // namespace halvern

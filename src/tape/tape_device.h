@@ -45,15 +45,16 @@ public:
     [[nodiscard]] int write(std::span<const std::byte> block);
     [[nodiscard]] int write_filemark();
 
-    /// Forward over filemarks, and over blocks (which a filemark ends: -1, without a message).
     [[nodiscard]] int skip_files(int count);
+    /// Forward over blocks: 0, kNoData (without a message) behind a filemark that ended them, or
+    /// kFailed.
     [[nodiscard]] int skip_blocks(int count);
 
     [[nodiscard]] int rewind();
     /// Rewinds, ejects and closes.
     [[nodiscard]] int unload();
-    /// Rewinds and releases the drive.
-    void close();
+    /// Rewinds, which brings what was written to the tape, and releases the drive.
+    int close();
 
 private:
     int find_device();

@@ -23,6 +23,8 @@ public:
     std::size_t position = 0;
     std::size_t largest_read = 1 << 20;  // beyond it: EBUSY
     std::size_t bad_block = SIZE_MAX;    // its data cannot be read; the tape passes it
+    int refused_reads = 0;
+    bool at_end = false;  // a read has met the end of the data
     bool loaded = true;
     bool write_protected = false;
     std::string ioctls;
@@ -34,8 +36,9 @@ public:
     }
     void close(int) override { ioctls += " close"; }
     ssize_t read(int, std::span<std::byte> buffer) override {
-        if (buffer.size() > largest_read) return -EBUSY;
-        if (position >= tape.size()) return 0;
+        if (buffer.size() > largest_read && ++refused_reads) return -EBUSY;
+        at_end = position >= tape.size();
+        if (at_end) return -EIO;
         const std::string& data = tape[position++];
         if (position - 1 == bad_block) return -EIO;
         if (data.size() > buffer.size()) return -ENOMEM;
@@ -61,7 +64,7 @@ public:
         return 0;
     }
     int status(int, Status& status) override {
-        status = {.online = loaded, .no_tape = !loaded};
+        status = {.online = loaded, .no_tape = !loaded, .end_of_data = at_end};
         status.block_number = 0;
         for (std::size_t i = 0; i < position; ++i) {
             status.block_number = tape[i].empty() ? 0 : status.block_number + 1;
@@ -99,13 +102,18 @@ TEST_F(DriverTest, ReadsVariableBlocksOfAnyLength) {
     EXPECT_EQ(device.skip_files(1), 0);
     EXPECT_EQ(device.read(small), 10);
     EXPECT_EQ(read(device), "de");
+    EXPECT_EQ(read(device), "-1");  // the data end without a filemark
 }
 
-TEST_F(DriverTest, AsksForNoMoreThanTheDriverTakes) {
+TEST_F(DriverTest, FindsOnceHowMuchTheDriverTakes) {
     driver.largest_read = 100'000;
-    driver.tape = {std::string(90'000, 'x')};
+    driver.tape = {std::string(90'000, 'x'), "ab", std::string(90'000, 'y')};
     TapeDevice device = make();
     EXPECT_EQ(read(device), driver.tape[0]);
+    driver.refused_reads = 0;
+    EXPECT_EQ(read(device), "ab");
+    EXPECT_EQ(read(device), driver.tape[2]);
+    EXPECT_EQ(driver.refused_reads, 0);
 }
 
 TEST_F(DriverTest, ARetryReadsTheSameBlockAgain) {

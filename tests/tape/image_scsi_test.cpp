@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <filesystem>
 
 #include "support/log_capture.h"
 #include "support/temporary_folder.h"
@@ -40,7 +39,7 @@ TEST(ImageDevice, ReadsBlocksFilemarksAndTheEnd) {
     EXPECT_EQ(read(device), "f");
     ASSERT_EQ(device.rewind(), 0);
     LogCapture log;
-    EXPECT_EQ(device.skip_blocks(2), -1);  // stops behind the filemark
+    EXPECT_EQ(device.skip_blocks(2), TapeDevice::kNoData);  // stops behind the filemark
     EXPECT_EQ(read(device), "de");
     EXPECT_EQ(device.skip_files(2), -1);
     EXPECT_EQ(log.text(), "Error Spacing Tape..  Error Code = '5' '5'\n");
@@ -63,34 +62,12 @@ TEST(ImageDevice, ABadBlockStaysInFrontUntilItIsSkipped) {
     EXPECT_EQ(device.skip_blocks(1), 0);
     EXPECT_EQ(read(device), "cd");
     EXPECT_EQ(read(device), "E");
-    EXPECT_EQ(device.skip_blocks(1), -1);
+    EXPECT_EQ(device.skip_blocks(1), TapeDevice::kFailed);
     const std::string damaged =
         "Tape image '" + path + "' is damaged: the record at byte 30 is cut short.\n";
     const std::size_t said = log.text().find(damaged);
     ASSERT_NE(said, std::string::npos) << log.text();
     EXPECT_EQ(log.text().find(damaged, said + 1), std::string::npos) << "said more than once";
-}
-
-TEST(ImageDevice, AMissingImageIsNoDeviceToRead) {
-    const TemporaryFolder folder;
-    TapeDevice device = image_device(folder.file("none.tap"), TapeUse::kRead);
-    LogCapture log;
-    EXPECT_EQ(device.open(), -1);
-    EXPECT_NE(log.text().find("Cannot Open Device"), std::string::npos);
-}
-
-TEST(ImageDevice, WritingMakesAnImageAndReadsItBack) {
-    const TemporaryFolder folder;
-    const std::string path = folder.file("new.tap");
-    TapeDevice device = image_device(path, TapeUse::kWrite);
-    ASSERT_EQ(device.open(), 0);
-    EXPECT_FALSE(std::filesystem::exists(path));
-    EXPECT_EQ(device.write(bytes_of("abc")), 0);
-    EXPECT_EQ(device.write_filemark(), 0);
-    EXPECT_EQ(device.write_filemark(), 0);
-    EXPECT_EQ(file_bytes(path), block("abc") + filemark() + filemark());
-    ASSERT_EQ(device.rewind(), 0);
-    EXPECT_EQ(read(device), "abc");
 }
 
 TEST(ImageDevice, DataIsWrittenOverOnlyWhenTheOperatorAgrees) {

@@ -22,6 +22,7 @@ struct Script {
     struct Read {
         int status;
         int residual = 0;
+        int sense = 0;  // status of asking for the residual
     };
     std::deque<Read> reads = {{0, 0}};
     int write = 0;
@@ -53,9 +54,8 @@ public:
     }
     int ReadVariableBlock(int, std::span<std::byte>, int) override {
         script_.calls += " read";
-        const Script::Read read = next_of(script_.reads);
-        residual_ = read.residual;
-        return read.status;
+        read_ = next_of(script_.reads);
+        return read_.status;
     }
     int WriteVariableBlock(int, std::span<const std::byte>) override { return script_.write; }
     int WriteFilemarks(int, int) override { return script_.filemark; }
@@ -69,14 +69,14 @@ public:
     }
     int Space(int, SpaceUnit, int) override { return 0; }
     int RequestSense(int, MutableBytes<SenseData::kSize> sense) override {
-        const auto bytes = SenseData{.residual = residual_}.bytes();
+        const auto bytes = SenseData{.residual = read_.residual}.bytes();
         std::copy(bytes.begin(), bytes.end(), sense.begin());
-        return 0;
+        return read_.sense;
     }
 
 private:
     Script& script_;
-    int residual_ = 0;
+    Script::Read read_{};
 };
 
 struct FakeClock final : TapeClock {
@@ -95,6 +95,7 @@ struct TapeDeviceTest : testing::Test {
 };
 
 TEST_F(TapeDeviceTest, AnUnknownNameDoesNotOpen) {
+    EXPECT_EQ(make("").open(), -1);  // no device of a system that has no names for them
     TapeDevice device = make("EXABYTE");
     LogCapture log;
     EXPECT_EQ(device.open(), -1);
@@ -140,34 +141,37 @@ TEST_F(TapeDeviceTest, LoadsTwiceAndIsOpenEvenWhenBothFail) {
     EXPECT_EQ(log.text(), "Error Loading Tape..  Error Code = '9' '9'\n");
 }
 
-// Of 100 bytes asked for: the residual is what is missing, negative for a longer block.
-TEST_F(TapeDeviceTest, GivesTheLengthThatTheResidualLeaves) {
-    script.reads = {{0, 0}, {0xA982, 60}, {0xA982, -5}, {0xA981}, {1}, {5}};
-    TapeDevice device = make();
-    for (const int expected : {100, 40, 100, -1, -1, -1}) EXPECT_EQ(device.read(buffer), expected);
-}
-
-TEST_F(TapeDeviceTest, RetriesFailedAndEmptyReads) {
-    script.reads = {{0x1100}, {0xA982, 100}, {0, 1}, {0x1100}};
-    TapeDevice device = make();
-    LogCapture log;
-    EXPECT_EQ(device.read(buffer), 99);
-    EXPECT_EQ(log.text(), "Error Reading Tape..  Error Code = '4352' '1100'\n");
-    script.calls.clear();
-    EXPECT_EQ(device.read(buffer), TapeDevice::kFailed);
-    EXPECT_EQ(script.calls,
-              " read read read");  // once, and two retries, which a good read refilled
-    EXPECT_EQ(device.read(buffer), TapeDevice::kFailed);
-    EXPECT_EQ(script.calls, " read read read read");  // none is left
-}
-
-TEST_F(TapeDeviceTest, NothingButEmptyReadsIsNoData) {
-    script.reads = {{0, 100}};
-    TapeDevice device = make();
-    LogCapture log;
-    EXPECT_EQ(device.read(buffer), TapeDevice::kNoData);
-    EXPECT_EQ(script.calls, " load read read read");
-    EXPECT_EQ(log.text(), "");
+// Of 100 bytes asked for: the residual is what is missing, negative for a longer block. A read is
+// tried again twice; a good one refills the retries, a failed one leaves none.
+TEST_F(TapeDeviceTest, ReadsGiveLengthsEndsAndFailures) {
+    const std::string failed = "Error Reading Tape..  Error Code = '4352' '1100'\n";
+    const struct {
+        std::deque<Script::Read> reads;
+        std::vector<int> results;
+        int attempts;
+        std::string log;
+    } kCases[] = {
+        {{{0, 0}, {0xA982, 60}, {0xA982, -5}, {0xA981}, {1}, {5}}, {100, 40, 100, -1, -1, -1}, 6},
+        {{{0x1100}, {0xA982, 100}, {0, 1}}, {99}, 3, failed},
+        {{{0x1100}}, {-2, -2}, 4, failed + failed + failed + failed + failed + failed},
+        {{{0, 100}}, {-1}, 3},  // nothing but empty reads is no data
+        // A block of a length that nobody knows has been passed.
+        {{{0xA982, 60, 0x4400}, {0}},
+         {-2, 100},
+         2,
+         "Error Reading Tape..  Error Code = '17408' '4400'\n"},
+    };
+    for (const auto& expected : kCases) {
+        SCOPED_TRACE(expected.attempts);
+        script.reads = expected.reads;
+        TapeDevice device = make();
+        LogCapture log;
+        ASSERT_EQ(device.open(), 0);
+        script.calls.clear();
+        for (const int result : expected.results) EXPECT_EQ(device.read(buffer), result);
+        EXPECT_EQ(script.calls.size(), 5u * static_cast<unsigned>(expected.attempts));  // " read"
+        EXPECT_EQ(log.text(), expected.log);
+    }
 }
 
 TEST_F(TapeDeviceTest, EveryOperationReportsItsOwnFailure) {
@@ -190,37 +194,20 @@ TEST_F(TapeDeviceTest, EveryOperationReportsItsOwnFailure) {
     EXPECT_FALSE(device.is_open());
 }
 
-TEST_F(TapeDeviceTest, UnloadRewindsEjectsAndReleases) {
-    TapeDevice device = make();
-    ASSERT_EQ(device.open(), 0);
-    script.calls.clear();
-    EXPECT_EQ(device.unload(), 0);
-    EXPECT_EQ(script.calls, " rewind unload release");
-}
-
 TEST(TapeDrives, FirstDeviceAndImagesComeFromTheConfiguration) {
     GlobalConfig config;
     EXPECT_EQ(first_tape_device(config), "NONE");
     LogCapture log;
     config.read_line("TAPEDEVICE=/dev/nst0 8mm\n");
-    config.read_line("TAPEDEVICE=/data/line 7.tap image\n");
     config.read_line("TAPEDEVICE=EXABYTE EXB-8500 - 4_7\n");
+    config.read_line("TAPEDEVICE=EXABYTE EXB-8500 - 5_7\n");
     EXPECT_EQ(first_tape_device(config), "/dev/nst0");
     EXPECT_FALSE(is_tape_image("/dev/nst0", config));
     EXPECT_EQ(make_tape_device("EXABYTE", TapeUse::kRead, config)->name(),
               "EXABYTE EXB-8500 - 4_7");
+    EXPECT_EQ(find_tape_device("EXABYTE EXB-8500 - 5_7", config), &config.tape_devices()[2]);
+    EXPECT_EQ(find_tape_device("EXB-8500", config), nullptr);
     EXPECT_EQ(make_tape_device("/dev/nst0", TapeUse::kRead, config)->name(), "/dev/nst0");
-}
-
-TEST(TapePrompt, WithNobodyToAskTheAnswerIsNo) {
-    struct Operator final : TapePrompt {
-        bool Ask(const TapeQuestion& question) override { return question.text == "Ready?"; }
-    } present;
-    EXPECT_FALSE(ask_operator({.text = "Ready?"}));
-    SetTapePrompt(&present);
-    EXPECT_TRUE(ask_operator({.text = "Ready?"}));
-    EXPECT_FALSE(ask_operator({.text = "Else?"}));
-    SetTapePrompt(nullptr);
 }
 
 }  // namespace

@@ -51,6 +51,7 @@ public:
         if (::ioctl(file, MTIOCGET, &answer) < 0) return -errno;
         status = {.online = GMT_ONLINE(answer.mt_gstat) != 0,
                   .no_tape = GMT_DR_OPEN(answer.mt_gstat) != 0,
+                  .end_of_data = GMT_EOD(answer.mt_gstat) != 0,
                   .block_number = static_cast<int>(answer.mt_blkno)};
         return 0;
     }
@@ -72,7 +73,7 @@ TapeCalls& SystemTapeCalls() {
 }
 
 DriverScsi::DriverScsi(const std::string& wanted, TapeCalls& calls, const std::string& classes)
-    : calls_(calls), refused_read_(kTooLongRead) {
+    : calls_(calls), refused_read_(kTooLongRead), first_read_(kFirstRead) {
     if (wanted.starts_with("/")) {
         if (calls_.is_device(wanted)) drives_.push_back({.node = wanted, .folder = {}});
         return;
@@ -216,10 +217,11 @@ int DriverScsi::Load(int) {
 }
 
 // One block into `buffer`. Gives its length, which is beyond the buffer's when it was cut; 0 at a
-// filemark; -errno. How long it is and how much the driver takes in one read is found by trying.
+// filemark; -errno. How long it is and how much the driver takes in one read is found by trying,
+// and kept for the blocks that follow.
 ssize_t DriverScsi::read_block(std::span<std::byte> buffer) {
     std::size_t too_short = 0;
-    std::size_t length = std::min({buffer.size(), kFirstRead, refused_read_ - 1});
+    std::size_t length = std::min(buffer.size(), first_read_);
     for (;;) {
         const bool fits = length <= buffer.size();
         if (!fits) spare_.resize(std::max(spare_.size(), length));
@@ -232,6 +234,7 @@ ssize_t DriverScsi::read_block(std::span<std::byte> buffer) {
             if (const int back = calls_.operate(file_, MTBSR, 1); back < 0) return back;
             too_short = length;
         } else {
+            if (length > first_read_ || first_read_ >= refused_read_) first_read_ = length;
             if (count > 0 && !fits) std::memcpy(buffer.data(), spare_.data(), buffer.size());
             return count;
         }
@@ -250,10 +253,16 @@ int DriverScsi::ReadVariableBlock(int, std::span<std::byte> buffer, int) {
         return tape_status::kFilemark;
     }
     if (count < 0) {
-        // Back over a bad block that was passed: a retry must not take the next one for it.
-        const int now = count == -EIO && block_number_ >= 0 ? ask_block_number() : -1;
-        const bool passed = now == block_number_ + 1;
-        if (passed && calls_.operate(file_, MTBSR, 1) < 0) block_number_ = -1;
+        TapeCalls::Status now;
+        if (count == -EIO && calls_.status(file_, now) == 0) {
+            if (now.end_of_data) {
+                sense_ = {};
+                return tape_status::kEndOfData;
+            }
+            // Back over a bad block that was passed: a retry must not take the next one for it.
+            const bool passed = block_number_ >= 0 && now.block_number == block_number_ + 1;
+            if (passed && calls_.operate(file_, MTBSR, 1) < 0) block_number_ = -1;
+        }
         return answer(static_cast<int>(-count));
     }
     if (block_number_ >= 0) ++block_number_;

@@ -15,9 +15,10 @@ namespace halvern {
 class TapeCalls {
 public:
     struct Status {
-        bool online = false;    ///< a tape is loaded and ready
-        bool no_tape = false;   ///< the drive is empty or its door is open
-        int block_number = -1;  ///< since the last filemark; -1: not known
+        bool online = false;       ///< a tape is loaded and ready
+        bool no_tape = false;      ///< the drive is empty or its door is open
+        bool end_of_data = false;  ///< nothing is recorded from here on
+        int block_number = -1;     ///< since the last filemark; -1: not known
     };
     virtual ~TapeCalls() = default;
     virtual bool is_device(const std::string& node) = 0;
@@ -72,6 +73,7 @@ private:
     int file_ = -1;
     int block_number_ = -1;         // since the last filemark, counted along; -1: not known
     std::size_t refused_read_;      // the least that the driver is known not to take in one read
+    std::size_t first_read_;        // what a block is first tried with: taken so far
     std::vector<std::byte> spare_;  // for blocks longer than the caller's buffer
     SenseData sense_;
 };
