@@ -95,10 +95,10 @@ int ImageScsi::prepare_writing() {
 
 int ImageScsi::finish_writing() {
     if (!writer_) return tape_status::kGood;
-    const int flushed = writer_->flush();
+    const int finished = writer_->finish();
     position_ = writer_->position();
     writer_.reset();
-    return flushed == 0 ? tape_status::kGood : tape_status::kWriteError;
+    return finished == 0 ? tape_status::kGood : tape_status::kWriteError;
 }
 
 int ImageScsi::ReadVariableBlock(int, std::span<std::byte> buffer, int) {

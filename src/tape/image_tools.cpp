@@ -141,10 +141,18 @@ std::string make_image(std::span<const std::string> files, const std::string& im
             return quoted("", image, "cannot be made from itself.");
         }
     }
-    if (!replace && fs::exists(image, missing)) return quoted("", image, "is there already.");
-    std::optional<TapeImageWriter> writer = TapeImageWriter::open(image, 0);
+    const bool replaces = fs::exists(image, missing);
+    if (!replace && replaces) return quoted("", image, "is there already.");
+    // A link stays, and what it leads to is replaced.
+    const fs::path target = replaces ? fs::canonical(image, missing) : fs::path(image);
+    const std::string beside = target.string() + ".new";
+    if (const std::error_code error = create_exclusively(beside)) {
+        if (error == std::errc::file_exists) return quoted("", beside, "is there already.");
+        return quoted("", image, "cannot be written: " + error.message() + ".");
+    }
+    UnfinishedFile unfinished(beside);
+    std::optional<TapeImageWriter> writer = TapeImageWriter::open(beside, 0);
     if (!writer) return quoted("", image, "cannot be written.");
-    UnfinishedFile unfinished(image);
     const auto write = [&writer](std::span<const std::byte> block) {
         return writer->write_block(block);
     };
@@ -152,9 +160,13 @@ std::string make_image(std::span<const std::string> files, const std::string& im
         if (std::string why = split(file, write); !why.empty()) return why;
         if (writer->write_filemark() != 0) return quoted("", image, "cannot be written.");
     }
-    if (writer->write_filemark() != 0 || writer->flush() != 0) {
+    if (writer->write_filemark() != 0 || writer->finish() != 0) {
         return quoted("", image, "cannot be written.");
     }
+    std::error_code failed;
+    if (replaces) fs::permissions(beside, fs::status(target, failed).permissions(), failed);
+    if (!failed) fs::rename(beside, target, failed);
+    if (failed) return quoted("", image, "cannot be written: " + failed.message() + ".");
     unfinished.complete();
     return {};
 }

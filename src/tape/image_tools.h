@@ -51,7 +51,8 @@ using BlockSplitter = std::function<std::string(
     const std::string& file, const std::function<int(std::span<const std::byte>)>& block)>;
 
 /// Puts disk files on an image, one tape file each, with two filemarks at the end. An image that is
-/// there is replaced only when `replace` says so.
+/// there is replaced only when `replace` says so, and only by a whole one: until then the new image
+/// is `image`.new.
 [[nodiscard]] std::string make_image(std::span<const std::string> files, const std::string& image,
                                      bool replace, const BlockSplitter& split);
 

@@ -34,9 +34,9 @@ void SegyTapeOutput::LogParameters() {
 void SegyTapeOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples&,
                                 int) {
     device_ = make_tape_device(device_name_, TapeUse::kWrite);
-    Message("Attempting to open tape drive: %s\n", device_name_.c_str());
+    Message("Attempting to open tape drive: %s\n", device_->name().c_str());
     if (device_->open() != 0) {
-        Error("Cannot open tape drive: %s\n", device_name_.c_str());
+        Error("Cannot open tape drive: %s\n", device_->name().c_str());
         return TerminateJob(kJobError);
     }
     encoder_ = RecordEncoder(header, chosen_output_format(output_format_), line.samples(),
@@ -68,6 +68,9 @@ void SegyTapeOutput::EndRun() {
         Warning("No trace came: nothing was written to '%s'.\n", device_name_.c_str());
     } else if (device_->write_filemark() != 0 || device_->write_filemark() != 0) {
         Error("Cannot write a filemark to file: %s\n", device_name_.c_str());
+        return TerminateJob(kJobError);
+    } else if (device_->close() != 0) {
+        Error("The end of what was written may be missing on file: %s\n", device_name_.c_str());
         return TerminateJob(kJobError);
     } else {
         Message("Wrote %lld traces of %d samples to '%s'.\n",

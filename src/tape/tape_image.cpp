@@ -144,4 +144,9 @@ int TapeImageWriter::flush() {
     return failed_ ? -1 : 0;
 }
 
+int TapeImageWriter::finish() {
+    const bool closed = file_ && std::fclose(file_.release()) == 0;
+    return std::exchange(failed_, true) || !closed ? -1 : 0;
+}
+
 }  // namespace halvern

@@ -76,10 +76,13 @@ public:
     [[nodiscard]] int write_filemark();
     /// Brings everything to the file.
     [[nodiscard]] int flush();
+    /// The same, and closes the file, which can still fail where storage is remote or full. Nothing
+    /// can be written behind it.
+    [[nodiscard]] int finish();
     std::int64_t position() const { return position_; }
 
 private:
-    struct Closer {
+    struct Closer {  // of a file that is given up
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
     TapeImageWriter() = default;

@@ -90,12 +90,17 @@ TEST(ImageTools, WhatCannotBeMadeLeavesNothingBehind) {
     const std::string both[] = {good, cut};
     EXPECT_EQ(make_image(both, image, false, split_segy),
               "'" + cut + "' does not hold whole traces of 246 bytes.");
-    EXPECT_FALSE(std::filesystem::exists(image));
     const std::string there = folder.write("there.tap", "data");
     EXPECT_NE(make_image(std::span(both, 1), there, false, split_segy), "");
+    EXPECT_NE(make_image(both, there, true, split_segy), "");
+    for (const std::string& none : {image, image + ".new", there + ".new"}) {
+        EXPECT_FALSE(std::filesystem::exists(none)) << none;
+    }
     EXPECT_NE(make_image(std::span(both, 1), good, true, split_segy), "") << "made from itself";
     EXPECT_EQ(file_bytes(there), "data");
     EXPECT_EQ(file_bytes(good), small_segy());
+    EXPECT_EQ(make_image(std::span(both, 1), there, true, split_segy), "");
+    EXPECT_EQ(file_bytes(there).size(), 3208u + 408 + 2 * 254 + 8);
 
     const std::string damaged = folder.write("damaged.tap", block("ab") + word(99));
     std::vector<std::string> made;
