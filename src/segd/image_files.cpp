@@ -1,6 +1,7 @@
 #include "segd/image_files.h"
 
 #include "segd/record_reader.h"
+#include "segd/samples.h"
 
 namespace halvern::segd {
 
@@ -8,6 +9,11 @@ namespace {
 
 std::string quoted(const std::string& path, const std::string& what) {
     return "'" + path + "' " + what;
+}
+
+std::string place_of(const RecordReader& reader) {
+    return "trace " + std::to_string(reader.sequence()) + " of file number " +
+           std::to_string(reader.header().file_number());
 }
 
 const char* words(HeaderFault fault) {
@@ -43,12 +49,16 @@ std::string split_records(const std::string& file, Dialect dialect,
         if (block(reader.header().bytes()) != 0) return not_copied;
         RecordReader::Next next;
         while ((next = reader.next_trace()) == RecordReader::Next::kTrace) {
-            if (block(reader.trace().bytes) != 0) return not_copied;
+            const Trace& trace = reader.trace();
+            const std::int64_t there = samples_in(reader.header().general().format,
+                                                  static_cast<std::int64_t>(trace.raw.size()));
+            if (there < trace.samples) {
+                return quoted(file, "ends within " + place_of(reader) + ".");
+            }
+            if (block(trace.bytes) != 0) return not_copied;
         }
         if (next != RecordReader::Next::kEndOfRecord) {
-            return quoted(file, "has no whole trace where trace " +
-                                    std::to_string(reader.sequence()) + " of file number " +
-                                    std::to_string(reader.header().file_number()) + " is due.");
+            return quoted(file, "has no whole trace where " + place_of(reader) + " is due.");
         }
         if (reader.left_over() > 0) {
             return quoted(file, "has " + std::to_string(reader.left_over()) +

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 
 #include "segd/samples.h"
 
@@ -80,10 +81,7 @@ void RecordReader::finish_record() {
     while (in_record_) {
         Status status = Status::kBlock;
         if (streaming_) {
-            const std::size_t passed = stream_.front(kPiece).size();
-            stream_.drop(passed);
-            left_over_ += static_cast<std::int64_t>(passed);
-            if (passed > 0) continue;
+            if (pass_over(kPiece) > 0) continue;
             status = stream_.end();
             stream_.restart();
         } else {
@@ -94,6 +92,17 @@ void RecordReader::finish_record() {
         ends_in_a_row_ = 1;
         in_record_ = false;
     }
+}
+
+// Drops up to `count` bytes of a stream of which nothing can be told, and gives how many there
+// were. What fills a tape block up is left over from nothing.
+std::size_t RecordReader::pass_over(std::size_t count) {
+    const std::span<const std::byte> bytes = stream_.front(count);
+    const bool filler = source_.marks_blocks() &&
+                        std::ranges::adjacent_find(bytes, std::not_equal_to<>()) == bytes.end();
+    if (!filler) left_over_ += static_cast<std::int64_t>(bytes.size());
+    stream_.drop(bytes.size());
+    return bytes.size();
 }
 
 int RecordReader::skip_file() {
@@ -116,7 +125,8 @@ bool RecordReader::is_plausible(std::span<const std::byte> bytes) const {
     const std::optional<TraceHeader> header =
         TraceHeader::parse(bytes.first<TraceHeader::kSize>(), layout_.revision_0());
     if (!header || header->trace_number < 1) return false;
-    if (header->file_number != header_.file_number() && header->file_number != file_number_) {
+    if (!header->file_extended && header->file_number != header_.file_number() &&
+        header->file_number != file_number_) {
         return false;
     }
     const auto fits = [&](const ChannelSet& set) {
@@ -174,7 +184,8 @@ std::optional<TraceHeader> RecordReader::start_trace(std::span<const std::byte> 
         left_in_set_ = std::max<std::int64_t>(left_in_set_ - 1, 0);
         return {};
     }
-    if (header->file_number != header_.file_number()) ++foreign_file_numbers_;
+    const bool unnumbered = header->file_extended && header->file_number == 0;
+    if (!unnumbered && header->file_number != header_.file_number()) ++foreign_file_numbers_;
     file_number_ = header->file_number;
     trace_.header = *header;
     trace_.set = set_of(*header);
@@ -272,7 +283,15 @@ RecordReader::Next RecordReader::next_in_stream() {
         const std::span<const std::byte> trailer = stream_.front(trailer_bytes());
         if (trailer.size() == trailer_bytes()) trailer_.assign(trailer.begin(), trailer.end());
         stream_.drop(trailer_.size());
-        if (begins_record(stream_.front(GeneralHeader1::kSize))) in_record_ = false;
+        const auto at_record = [this] {
+            return begins_record(stream_.front(GeneralHeader1::kSize));
+        };
+        while (!at_record()) {
+            const std::size_t distance = stream_.to_next_block();
+            if (distance == 0) break;
+            pass_over(distance);
+        }
+        if (at_record()) in_record_ = false;
         finish_record();
         return Next::kEndOfRecord;
     }

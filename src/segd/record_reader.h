@@ -67,7 +67,8 @@ public:
     /// The storage unit label that was found before this record; empty: none.
     std::span<const std::byte> label() const { return label_; }
     /// Behind the last trace of a stream: its trailer blocks, and how many bytes besides were
-    /// passed over because nothing can be told about them.
+    /// passed over because nothing can be told about them; on tape, without what merely fills a
+    /// block up.
     std::span<const std::byte> trailer() const { return trailer_; }
     std::int64_t left_over() const { return left_over_; }
     /// Whether a tape that was said not to be blocked is.
@@ -84,6 +85,7 @@ public:
 private:
     Record begin_record(std::span<const std::byte> block);
     void finish_record();
+    std::size_t pass_over(std::size_t count);
     Next next_in_block();
     Next next_in_stream();
     bool skip_to_plausible();

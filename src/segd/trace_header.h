@@ -19,8 +19,9 @@ struct TraceHeader {
     static constexpr std::size_t kEFN = 17;  ///< extended file number, 24 bits
 
     int file_number;
-    int scan_type;    ///< -1: not decimal
-    int channel_set;  ///< -1: not decimal
+    bool file_extended;  ///< the number is EFN's, which some recorders leave 0 or use otherwise
+    int scan_type;       ///< -1: not decimal
+    int channel_set;     ///< -1: not decimal
     int trace_number;
     int extensions;  ///< 0 in revision 0, where the byte means nothing
 
@@ -35,6 +36,7 @@ struct TraceHeader {
         const int trace = get_bcd(bytes.subspan<kTN, 2>());
         if (file < 0 || trace < 0) return {};
         return TraceHeader{.file_number = file,
+                           .file_extended = file_extended,
                            .scan_type = get_bcd(bytes.subspan<kST, 1>()),
                            .channel_set = set,
                            .trace_number = trace,

@@ -17,7 +17,7 @@ using Next = RecordReader::Next;
 
 // What a source gives: "[file" a record, ":set/trace=samples" a trace (with "/there" when fewer are
 // there), "h" "t" "e" a bad header, bad trace and read error, "]" the end of a record, "?fault" one
-// that cannot be used, "R" a header that cannot be read, "." the end.
+// that cannot be used, "R" a header that cannot be read, "." the end; "+bytes" is left over.
 std::string contents(BlockSource& source, bool blocked, Dialect dialect = Dialect::kOther) {
     RecordReader reader(source, dialect, blocked);
     std::string text;
@@ -45,6 +45,7 @@ std::string contents(BlockSource& source, bool blocked, Dialect dialect = Dialec
             if (there < trace.samples) text += "/" + std::to_string(there);
         }
         text += "]";
+        if (reader.left_over() > 0) text += "+" + std::to_string(reader.left_over());
     }
     return text + " and no end";
 }
@@ -148,7 +149,13 @@ TEST(RecordReader, TapesWithLabelsMissingAndDoubledFilemarks) {
         EXPECT_EQ(of_tape(tape({{"nonsense"}, mark, two}), blocked), "?1[2:1/1=5:1/2=5].");
         EXPECT_EQ(of_tape(tape({{kLostBlock}, one, mark, two}), blocked), "R[2:1/1=5:1/2=5].");
     }
-    // A blocked tape that was said not to be.
+    // Blocked tapes: filled up, with what is neither trace nor filler, and one that was said not to
+    // be blocked.
+    const std::string block = one[0] + one[1] + one[2];
+    const std::string next = two[0] + two[1] + two[2];
+    EXPECT_EQ(of_tape({block + zeros(40), next + zeros(9), ""}, true), both);
+    EXPECT_EQ(of_tape({block + "padding", "trailer", next, ""}, true),
+              "[1:1/1=5:1/2=5]+14[2:1/1=5:1/2=5].");
     EXPECT_EQ(of_tape({one[0] + one[1] + one[2], "", two[0] + two[1], two[2], ""}), both);
 }
 
@@ -175,7 +182,16 @@ TEST(RecordReader, RecordsThatAreNotAsAnnounced) {
     EXPECT_EQ(of_tape({head + trace(1).substr(0, 30), kLostBlock, trace(2), ""}, true),
               "[3te:1/2=5].");
     EXPECT_EQ(in_pieces(head + trace(1) + trace(2).substr(0, 28), 50, false), "[3:1/1=5:1/2=5/2].");
-    EXPECT_EQ(in_pieces(head + "not a trace, and nothing else", 50, false), "[3h].");
+    EXPECT_EQ(in_pieces(head + "not a trace, and nothing else", 50, false), "[3h]+29.");
+
+    // Some recorders escape the file number of every trace and leave the extended one 0, or not.
+    for (const char* extended : {"000000", "00004D"}) {
+        std::string bytes = head;
+        for (const int number : {1, 2}) {
+            bytes += trace(number).replace(0, 2, hex("FFFF")).replace(17, 3, hex(extended));
+        }
+        EXPECT_EQ(in_pieces(bytes, 50, false), "[3:1/1=5:1/2=5].");
+    }
 }
 
 TEST(RecordReader, SampleCountIsTheOneThatFits) {
@@ -226,6 +242,9 @@ TEST(RecordReader, SplitsDiskFilesIntoTapeBlocks) {
     EXPECT_EQ(
         split_records(folder.write("more.segd", whole + "more"), Dialect::kOther, keep),
         "'" + folder.file("more.segd") + "' has 4 bytes behind its last trace that are no trace.");
+    EXPECT_EQ(split_records(folder.write("cut.segd", whole.substr(0, whole.size() - 46)),
+                            Dialect::kOther, keep),
+              "'" + folder.file("cut.segd") + "' ends within trace 2 of file number 6.");
     // Cut anywhere it is split as far as it is whole, and never read beyond its end.
     for (std::size_t length = 0; length < whole.size(); ++length) {
         blocks.clear();
