@@ -9,12 +9,22 @@ namespace halvern::segd {
 
 BlockSource::Status TapeBlockSource::next(std::span<const std::byte>& block) {
     block = {};
-    if (stuck_) return Status::kNoData;
+    if (stuck_ || std::exchange(behind_filemark_, false)) return Status::kNoData;
     switch (device_.read_block()) {
         case TapeDevice::kNoData:
             return Status::kNoData;
         case TapeDevice::kFailed:
-            stuck_ = device_.skip_blocks(1) != 0;
+            // Some drives have passed the bad block already, which may have been the file's last.
+            switch (device_.skip_blocks(1)) {
+                case TapeDevice::kNoData:
+                    behind_filemark_ = true;
+                    break;
+                case TapeDevice::kFailed:
+                    stuck_ = true;
+                    break;
+                default:
+                    break;
+            }
             return Status::kReadError;
         default:
             block = device_.block();
@@ -24,6 +34,7 @@ BlockSource::Status TapeBlockSource::next(std::span<const std::byte>& block) {
 
 int TapeBlockSource::skip_file() {
     stuck_ = false;
+    if (std::exchange(behind_filemark_, false)) return 0;
     return device_.skip_files(1);
 }
 

@@ -38,10 +38,14 @@ public:
     explicit TapeBlockSource(TapeDevice& device) : device_(device) {}
     Status next(std::span<const std::byte>& block) override;
     [[nodiscard]] int skip_file() override;
+    /// Whether the tape stands in front of a block that can be neither read nor passed. There are
+    /// no data then, but their end it is not; skip_file() may lead on.
+    bool stuck() const { return stuck_; }
 
 private:
     TapeDevice& device_;
-    bool stuck_ = false;  // in front of a block that can be neither read nor passed
+    bool stuck_ = false;
+    bool behind_filemark_ = false;  // that passing a bad block led over
 };
 
 /// A record as a disk file: its bytes end to end, in pieces that mean nothing.

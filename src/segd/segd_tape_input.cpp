@@ -212,7 +212,7 @@ bool SegdTapeInput::OpenTape() {
     device_ = make_tape_device(device_name_, TapeUse::kRead);
     change_.emplace(*this, *device_, eject_wait_s_, is_tape_image(device_name_));
     if (change_->open() != 0) {
-        Error("Cannot open tape drive: %s\n", device_name_.c_str());
+        Error("Cannot open tape drive: %s\n", device_->name().c_str());
         return false;
     }
     source_.emplace(*device_);
@@ -223,9 +223,13 @@ bool SegdTapeInput::SkipFiles() {
     constexpr int kStep = 5;
     if (files_to_skip_ == 0) return true;
     // A label with a filemark of its own is no file to skip: the two are read here.
-    if (device_->read_block() > 0 && segd::StorageUnitLabel::is_one(device_->block()) &&
-        device_->block().size() == segd::StorageUnitLabel::kSize) {
+    const bool block = device_->read_block() > 0;
+    if (block && device_->block().size() == segd::StorageUnitLabel::kSize &&
+        segd::StorageUnitLabel::is_one(device_->block())) {
         (void)device_->read_block();
+    } else if (!block && device_->rewind() != 0) {  // a filemark that begins the tape counts
+        Error("ERROR forwarding to next file.  Job terminating.\n");
+        return false;
     }
     for (int done = 0; done < files_to_skip_;) {
         const int step = std::min(kStep, files_to_skip_ - done);
@@ -331,17 +335,28 @@ void SegdTapeInput::StartRecord() {
     Message("Reading File %d - FFID = %d\n", files_, reader_->header().file_number());
 }
 
-void SegdTapeInput::EndRecord() {
+bool SegdTapeInput::EndRecord() {
     in_record_ = false;
     const RecordHeader& header = reader_->header();
     if (reader_->sequence() < header.traces()) {
         Warning("FFID %d has %d of the %lld traces that its header announces.\n",
                 header.file_number(), reader_->sequence(), static_cast<long long>(header.traces()));
     }
+    if (reader_->left_over() > 0) {
+        Warning("FFID %d has %lld bytes behind its last trace that are no trace.\n",
+                header.file_number(), static_cast<long long>(reader_->left_over()));
+    }
     if (reader_->found_blocked() && !said_blocked_) {
         said_blocked_ = true;
         Message("The tape is blocked, and is read so.\n");
     }
+    return !source_->stuck() || GoToNextFile();
+}
+
+bool SegdTapeInput::GoToNextFile() {
+    if (reader_->skip_file() == 0) return true;
+    Error("ERROR forwarding to next file.  Job terminating.\n");
+    return false;
 }
 
 void SegdTapeInput::LogHeaderFault() const {
@@ -378,11 +393,7 @@ bool SegdTapeInput::SkipBadHeader(Record record) {
         return false;
     }
     Error("ERROR reading headers at file %d.  Reading forward to next file.\n", files_);
-    if (reader_->skip_file() != 0) {
-        Error("ERROR forwarding to next file.  Job terminating.\n");
-        return false;
-    }
-    return true;
+    return GoToNextFile();
 }
 
 bool SegdTapeInput::NextTape() {
@@ -422,8 +433,9 @@ ReadResult SegdTapeInput::ReadNext() {
             case Next::kTrace:
                 return SendOn(reader_->trace());
             case Next::kEndOfRecord:
-                EndRecord();
-                break;
+                if (EndRecord()) break;
+                TerminateJob(kJobError);
+                return ReadResult::kEnd;
             case Next::kReadError:
                 Error("ERROR reading tape: %s\n", device_name_.c_str());
                 Error("Failure reading SEG-D Trace at FFID = %d, Channel = %d.\n", ffid,
@@ -434,7 +446,8 @@ ReadResult SegdTapeInput::ReadNext() {
                       reader_->sequence());
                 break;
             case Next::kBadTrace:
-                Error("ERROR scanning trace, FFID = %d, channel = %d\n", ffid, reader_->sequence());
+                Error("ERROR scanning trace, FFID = %d, channel = %d\n", ffid,
+                      reader_->trace().header.trace_number);
                 break;
         }
     }
@@ -445,8 +458,11 @@ ReadResult SegdTapeInput::SendOn(const segd::Trace& trace) {
         ++other_interval_;
         return ReadResult::kSkipped;
     }
+    const std::int64_t there = std::min<std::int64_t>(
+        trace.samples, segd::samples_in(reader_->header().general().format,
+                                        static_cast<std::int64_t>(trace.raw.size())));
     // Longer than a trace length that was asked for is as asked for.
-    if (trace.samples < line_samples_ || (trace.samples > line_samples_ && trace_length_ms_ == 0)) {
+    if (there < line_samples_ || (trace.samples > line_samples_ && trace_length_ms_ == 0)) {
         ++other_length_;
     }
     FillHeader(trace);

@@ -53,8 +53,9 @@ private:
     bool NextRecord();  // false at the end of the last tape
     bool NextTape();
     void StartRecord();
-    void EndRecord();
+    bool EndRecord();  // false after an error line
     bool SkipBadHeader(segd::RecordReader::Record record);
+    bool GoToNextFile();
     void LogHeaderFault() const;
     ReadResult SendOn(const segd::Trace& trace);
     void FillHeader(const segd::Trace& trace);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "segd/record_bytes.h"
-#include "support/temporary_folder.h"
 
 namespace halvern::segd {
 namespace {
@@ -37,36 +36,6 @@ TEST(SegdDescription, RefusesWhatIsNoEntry) {
     }
     EXPECT_TRUE(Transcription::parse("W XTN 4000 U4"));
     EXPECT_TRUE(Transcription::parse("W TH 20 BCD2"));
-}
-
-TEST(SegdDescription, FileKeepsGoodEntriesAndNamesBadOnes) {
-    const TemporaryFolder folder;
-    TraceHeaderDefinition definition;
-    ASSERT_EQ(definition.load(HALVERN_SOURCE_DIR "/header/default"), 0);
-    const std::string path = folder.write("Halvern.segd",
-                                          "# shot\n"
-                                          "\n"
-                                          "FFID G1 1 BCD4  # file number\r\n"
-                                          "CHAN\tTH\t5\tBCD4\n"
-                                          "ffid G1 1 BCD4\n"
-                                          "CHAN TH 5\n");
-    const Description description = Description::read(path, definition);
-    EXPECT_TRUE(description.found);
-    ASSERT_EQ(description.entries.size(), 2u);
-    EXPECT_EQ(description.problems,
-              (std::vector<std::string>{
-                  "Invalid SEGD transcription code (SEGY header word invalid): 'ffid G1 1 BCD4'\n",
-                  "Invalid SEGD transcription code: 'CHAN TH 5'\n"}));
-    EXPECT_FALSE(Description::read(folder.file("none"), definition).found);
-
-    std::array<std::byte, 240> image{};
-    definition.attach(image.data());
-    const std::string general = hex("0427") + zeros(30);
-    GroupBytes groups;
-    groups[static_cast<std::size_t>(Group::kG1)] = std::as_bytes(std::span(general));
-    description.apply(groups, definition);
-    EXPECT_EQ(definition.get_int(definition.find("FFID")), 427);
-    EXPECT_EQ(definition.get_int(definition.find("CHAN")), 0);
 }
 
 }  // namespace

@@ -72,16 +72,6 @@ TEST(SegdHeaders, OfARealRecord) {
     EXPECT_EQ(header.extended().size(), 1024u);
 }
 
-TEST(SegdHeaders, DescaleHasItsHighPartInTheSecondByte) {
-    const auto descale = [](int low, int high) {
-        return descale_multiplier(static_cast<std::byte>(low), static_cast<std::byte>(high));
-    };
-    EXPECT_EQ(descale(0, 0), 1.0);
-    EXPECT_EQ(descale(0, 0x04), 2.0);                    // 0x400 / 1024 = 1
-    EXPECT_NEAR(descale(0, 0x83), 0.5946035575, 1e-10);  // -0x300 / 1024 = -0.75
-    EXPECT_NEAR(descale(0x6D, 0xAF), 2.696834647e-04, 1e-13);
-}
-
 // One change to a sound header each: bytes at an offset, and what comes of it.
 TEST(SegdHeaders, FaultsAreTold) {
     struct Change {
@@ -205,11 +195,6 @@ TEST(SegdHeaders, TraceHeaderAndReceiver) {
     EXPECT_EQ(receiver.receiver_index, -1);
     EXPECT_EQ(receiver.samples, 4001);
     EXPECT_EQ(receiver.sensor, 3);
-}
-
-TEST(SegdHeaders, ChannelTypesHaveTraceIds) {
-    constexpr int kIds[] = {3, 1, 4, 5, 8, 7, 3, 3, 3, 3};
-    for (int type = 0; type < 10; ++type) EXPECT_EQ(trace_id_of(type), kIds[type]) << type;
 }
 
 }  // namespace

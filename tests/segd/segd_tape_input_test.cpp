@@ -44,10 +44,12 @@ TEST_F(SegdTape, EveryChannelBecomesATrace) {
     const RecordParts parts{.file = 427,
                             .sets = {{1, 1, 16, hex("0084"), 9}, {2, 2, 8, hex("0004")}}};
     const std::string nine = kOneToFive + hex("C0000000 FFFFFFFF 7F800000 3F800000");
-    folder.write("Halvern.segd", "TEMP GN 9 U3\nFOLD TE1 7 U1\nnone TH 1 U1\nFOLD TH 1\n");
+    folder.write("Halvern.segd",
+                 "# shot\n\nTEMP\tGN 9 U3  # point\r\nFOLD TE1 7 U1\nfold TH 1 U1\nFOLD TH 1\n");
     read(record(parts, {parts.trace(1, 1, nine, 1, 9), parts.trace(2, 1, kOneToFive, 1, 5),
-                        parts.trace(2, 2, kOneToFive.substr(0, 8), 1, 2)}) +
-         small_record(428) + filemark());
+                        parts.trace(2, 2, kOneToFive.substr(0, 8), 1, 5)}) +  // 2 of its 5
+         small_record(428) +
+         filemark());
     ASSERT_EQ(traces.size(), 4u);
     EXPECT_FALSE(ended_in_error);
     EXPECT_EQ(line_samples, 5);  // of the seismic set
@@ -78,7 +80,7 @@ TEST_F(SegdTape, EveryChannelBecomesATrace) {
     }
     EXPECT_THAT(
         job_log,
-        HasSubstr("Invalid SEGD transcription code (SEGY header word invalid): 'none TH 1 U1'\n"));
+        HasSubstr("Invalid SEGD transcription code (SEGY header word invalid): 'fold TH 1 U1'\n"));
     EXPECT_THAT(job_log, HasSubstr("Invalid SEGD transcription code: 'FOLD TH 1'\n"));
     EXPECT_THAT(job_log, HasSubstr("Reading File 2 - FFID = 428\n"));
     EXPECT_THAT(job_log,
@@ -151,6 +153,8 @@ TEST_F(SegdTape, SkipsFilesInStepsOfFive) {
         EXPECT_THAT(job_log, HasSubstr("Skipping forward 5 files...done with 5/7\n"));
         EXPECT_THAT(job_log, HasSubstr("Skipping forward 2 files...done with 7/7\n"));
     }
+    read(filemark() + tape, {"NUMFILESFORWARD=7"});  // a file without blocks is one, too
+    EXPECT_EQ(header_word(0, "FFID"), 7);
     read(tape, {"NUMFILESFORWARD=12"});
     EXPECT_TRUE(ended_in_error);
     EXPECT_THAT(job_log, HasSubstr("ERROR forwarding to next file.  Job terminating.\n"));
@@ -162,7 +166,7 @@ TEST_F(SegdTape, BadRecordsAndTracesAreReportedAndPassed) {
     no_channels.replace(104, 2, hex("0000"));
     read(small_record(1) + block("nonsense") + filemark() + block(no_channels) + filemark() +
          record(parts, {"bad", parts.trace(1, 2, kOneToFive)}) +
-         record(parts, {parts.trace(1, 1, ""), parts.trace(1, 2, kOneToFive)}) +
+         record(parts, {parts.trace(1, 2, ""), parts.trace(1, 1, kOneToFive)}) +
          block(parts.header()) + block("lost", 0x80000000) + block(parts.trace(1, 2, kOneToFive)) +
          filemark() + record(parts, {parts.trace(1, 1, kOneToFive)}));
     EXPECT_FALSE(ended_in_error);
@@ -172,11 +176,30 @@ TEST_F(SegdTape, BadRecordsAndTracesAreReportedAndPassed) {
           std::string("ERROR reading headers at file 2.  Reading forward to next file.\n"),
           std::string("Failure reading SEG-D Channel Set Header for FFID 3.\n"),
           std::string("Failure reading SEG-D Trace Header at FFID = 2, Channel = 1.\n"),
-          std::string("ERROR scanning trace, FFID = 2, channel = 1\n"),
+          std::string("ERROR scanning trace, FFID = 2, channel = 2\n"),
           "ERROR reading tape: " + image + "\n",
           std::string("Failure reading SEG-D Trace at FFID = 2, Channel = 1.\n"),
           std::string("FFID 2 has 1 of the 2 traces that its header announces.\n")}) {
         EXPECT_THAT(job_log, HasSubstr(words));
+    }
+    read(block(parts.header() + parts.trace(1, 1, kOneToFive) + parts.trace(1, 2, kOneToFive) +
+               "lost") +
+             filemark(),
+         {"BLOCKED=1"});
+    EXPECT_THAT(job_log, HasSubstr("FFID 2 has 4 bytes behind its last trace that are no trace."));
+}
+
+// A record behind it may be whole, but cannot be reached.
+TEST_F(SegdTape, AFaultThatCannotBePassedEndsTheJob) {
+    const RecordParts parts{.file = 2};
+    const std::string fault = word(99) + "no block of 99 bytes" + word(98);
+    for (const char* blocked : {"BLOCKED=0", "BLOCKED=1"}) {
+        read(small_record(1) + block(parts.header()) + block(parts.trace(1, 1, kOneToFive)) +
+                 fault + small_record(3),
+             {blocked});
+        EXPECT_EQ(traces.size(), 2u);
+        EXPECT_TRUE(ended_in_error);
+        EXPECT_THAT(job_log, HasSubstr("ERROR forwarding to next file.  Job terminating.\n"));
     }
 }
 
