@@ -19,13 +19,13 @@ std::string place_of(const RecordReader& reader) {
 const char* words(HeaderFault fault) {
     switch (fault) {
         case HeaderFault::kRevision3:
-            return "is SEG-D revision 3, which cannot be read.";
+            return "is SEG-D revision 3, which cannot be read";
         case HeaderFault::kFormat:
-            return "has samples in another format than 8015, 8036, 8048 and 8058.";
+            return "has samples in another format than 8015, 8036, 8048 and 8058";
         case HeaderFault::kChannelSet:
-            return "has a channel set that makes no sense.";
+            return "has a channel set that makes no sense";
         default:
-            return "does not begin with a SEG-D record.";
+            return "does not begin with a SEG-D record";
     }
 }
 
@@ -34,14 +34,14 @@ const char* words(HeaderFault fault) {
 std::string split_records(const std::string& file, Dialect dialect,
                           const std::function<int(std::span<const std::byte>)>& block) {
     std::optional<FileBlockSource> source = FileBlockSource::open(file);
-    if (!source) return quoted(file, "cannot be read.");
+    if (!source) return quoted(file, "cannot be read");
     RecordReader reader(*source, dialect, true);
-    const std::string not_copied = "The blocks of " + quoted(file, "cannot be put on the image.");
+    const std::string not_copied = "The blocks of " + quoted(file, "cannot be put on the image");
     bool any = false;
     for (;;) {
         const RecordReader::Record record = reader.next_record();
         if (record == RecordReader::Record::kEnd) {
-            return any ? std::string{} : quoted(file, "holds no SEG-D record.");
+            return any ? std::string{} : quoted(file, "holds no SEG-D record");
         }
         if (record != RecordReader::Record::kRecord) return quoted(file, words(reader.fault()));
         any = true;
@@ -53,16 +53,16 @@ std::string split_records(const std::string& file, Dialect dialect,
             const std::int64_t there = samples_in(reader.header().general().format,
                                                   static_cast<std::int64_t>(trace.raw.size()));
             if (there < trace.samples) {
-                return quoted(file, "ends within " + place_of(reader) + ".");
+                return quoted(file, "ends within " + place_of(reader));
             }
             if (block(trace.bytes) != 0) return not_copied;
         }
         if (next != RecordReader::Next::kEndOfRecord) {
-            return quoted(file, "has no whole trace where " + place_of(reader) + " is due.");
+            return quoted(file, "has no whole trace where " + place_of(reader) + " is due");
         }
         if (reader.left_over() > 0) {
             return quoted(file, "has " + std::to_string(reader.left_over()) +
-                                    " bytes behind its last trace that are no trace.");
+                                    " bytes behind its last trace that are no trace");
         }
         if (!reader.trailer().empty() && block(reader.trailer()) != 0) return not_copied;
     }

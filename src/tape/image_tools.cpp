@@ -69,7 +69,7 @@ private:
 
 std::string list_image(const std::string& image, const std::function<void(const ImageRun&)>& show) {
     std::optional<TapeImageReader> reader = TapeImageReader::open(image);
-    if (!reader) return quoted("", image, "cannot be read.");
+    if (!reader) return quoted("", image, "cannot be read");
     ImageRun run;
     int file = 1;
     std::int64_t block = 0;  // in this tape file
@@ -101,7 +101,7 @@ std::string list_image(const std::string& image, const std::function<void(const 
 std::string check_image(const std::string& image, ImageReport& report) {
     report = {};
     std::optional<TapeImageReader> reader = TapeImageReader::open(image);
-    if (!reader) return quoted("", image, "cannot be read.");
+    if (!reader) return quoted("", image, "cannot be read");
     int marks_in_a_row = 0;
     for (bool in_file = false;;) {
         const TapeImageRecord record = reader->next();
@@ -138,35 +138,35 @@ std::string make_image(std::span<const std::string> files, const std::string& im
     std::error_code missing;
     for (const std::string& file : files) {
         if (fs::equivalent(file, image, missing)) {
-            return quoted("", image, "cannot be made from itself.");
+            return quoted("", image, "cannot be made from itself");
         }
     }
     const bool replaces = fs::exists(image, missing);
-    if (!replace && replaces) return quoted("", image, "is there already.");
+    if (!replace && replaces) return quoted("", image, "is there already");
     // A link stays, and what it leads to is replaced.
     const fs::path target = replaces ? fs::canonical(image, missing) : fs::path(image);
     const std::string beside = target.string() + ".new";
     if (const std::error_code error = create_exclusively(beside)) {
-        if (error == std::errc::file_exists) return quoted("", beside, "is there already.");
-        return quoted("", image, "cannot be written: " + error.message() + ".");
+        if (error == std::errc::file_exists) return quoted("", beside, "is there already");
+        return quoted("", image, "cannot be written: " + error.message());
     }
     UnfinishedFile unfinished(beside);
     std::optional<TapeImageWriter> writer = TapeImageWriter::open(beside, 0);
-    if (!writer) return quoted("", image, "cannot be written.");
+    if (!writer) return quoted("", image, "cannot be written");
     const auto write = [&writer](std::span<const std::byte> block) {
         return writer->write_block(block);
     };
     for (const std::string& file : files) {
         if (std::string why = split(file, write); !why.empty()) return why;
-        if (writer->write_filemark() != 0) return quoted("", image, "cannot be written.");
+        if (writer->write_filemark() != 0) return quoted("", image, "cannot be written");
     }
     if (writer->write_filemark() != 0 || writer->finish() != 0) {
-        return quoted("", image, "cannot be written.");
+        return quoted("", image, "cannot be written");
     }
     std::error_code failed;
     if (replaces) fs::permissions(beside, fs::status(target, failed).permissions(), failed);
     if (!failed) fs::rename(beside, target, failed);
-    if (failed) return quoted("", image, "cannot be written: " + failed.message() + ".");
+    if (failed) return quoted("", image, "cannot be written: " + failed.message());
     unfinished.complete();
     return {};
 }
@@ -174,22 +174,22 @@ std::string make_image(std::span<const std::string> files, const std::string& im
 std::string split_segy(const std::string& file,
                        const std::function<int(std::span<const std::byte>)>& block) {
     std::optional<BlockReader> reader = BlockReader::open(file);
-    if (!reader) return quoted("", file, "cannot be read.");
+    if (!reader) return quoted("", file, "cannot be read");
     LineHeader line;
     const std::span<const std::byte> head = reader->next(kLineHeaderBytes);
     if (head.size() < kLineHeaderBytes) {
-        return quoted("", file, "is shorter than the headers of a SEG-Y file.");
+        return quoted("", file, "is shorter than the headers of a SEG-Y file");
     }
     std::copy(head.begin(), head.end(), line.bytes().begin());
     const SegyLayout layout = SegyLayout::parse(line);
     if (const std::string problem = layout.problem(); !problem.empty()) {
-        return quoted("", file, problem + ".");
+        return quoted("", file, problem);
     }
     const std::int64_t record = layout.record_bytes();
     const std::int64_t traces = reader->size() - layout.first_record();
     if (traces < 0 || traces % record != 0) {
         return quoted("", file,
-                      "does not hold whole traces of " + std::to_string(record) + " bytes.");
+                      "does not hold whole traces of " + std::to_string(record) + " bytes");
     }
     const auto copy = [&](std::int64_t bytes) {
         const auto wanted = static_cast<std::size_t>(bytes);
@@ -200,7 +200,7 @@ std::string split_segy(const std::string& file,
     bool copied = copy(kTextHeaderBytes) && copy(kBinaryHeaderBytes);
     for (int i = 0; copied && i < layout.text_headers; ++i) copied = copy(kTextHeaderBytes);
     while (copied && reader->position() < reader->size()) copied = copy(record);
-    return copied ? std::string{} : quoted("The blocks of ", file, "cannot be put on the image.");
+    return copied ? std::string{} : quoted("The blocks of ", file, "cannot be put on the image");
 }
 
 std::string extract_image(const std::string& image, const std::string& folder,
@@ -209,7 +209,7 @@ std::string extract_image(const std::string& image, const std::string& folder,
     made.clear();
     bad_blocks = 0;
     std::optional<TapeImageReader> reader = TapeImageReader::open(image);
-    if (!reader) return quoted("", image, "cannot be read.");
+    if (!reader) return quoted("", image, "cannot be read");
     std::optional<ExtractedFile> file;
     std::string path;
     const auto finish = [&] {
@@ -222,10 +222,10 @@ std::string extract_image(const std::string& image, const std::string& folder,
     for (;;) {
         const TapeImageRecord record = reader->next();
         if (record.item == TapeImageItem::kFault) {
-            return quoted("", image, "is damaged: " + reader->fault() + ".");
+            return quoted("", image, "is damaged: " + reader->fault());
         }
         if (!is_block(record.item)) {
-            if (!finish()) return quoted("", path, "cannot be written.");
+            if (!finish()) return quoted("", path, "cannot be written");
             if (record.item == TapeImageItem::kEndOfData) return {};
             continue;
         }
@@ -234,12 +234,12 @@ std::string extract_image(const std::string& image, const std::string& folder,
             std::snprintf(number, sizeof number, "%04zu", made.size() + 1);
             path = (fs::path(folder) / (stem + number + extension)).string();
             const std::error_code error = create_exclusively(path);
-            if (error == std::errc::file_exists) return quoted("", path, "is there already.");
-            if (error) return quoted("", path, "cannot be written: " + error.message() + ".");
+            if (error == std::errc::file_exists) return quoted("", path, "is there already");
+            if (error) return quoted("", path, "cannot be written: " + error.message());
             file.emplace(path);
         }
         if (record.item == TapeImageItem::kBadBlock) ++bad_blocks;
-        if (!file->put(record.data)) return quoted("", path, "cannot be written.");
+        if (!file->put(record.data)) return quoted("", path, "cannot be written");
     }
 }
 

@@ -11,8 +11,9 @@
 
 namespace halvern {
 
-/// What a user without a tape drive does with tape images. The functions say why they failed, or
-/// give an empty text; a file that they had begun to write is then removed.
+/// What a user without a tape drive does with tape images. The functions say why they failed, in a
+/// sentence without its full stop, or give an empty text; a file that they had begun to write is
+/// then removed.
 
 /// Equal things that stand one after another on an image.
 struct ImageRun {

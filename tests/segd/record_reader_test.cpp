@@ -241,10 +241,10 @@ TEST(RecordReader, SplitsDiskFilesIntoTapeBlocks) {
     EXPECT_EQ(blocks, expected);
     EXPECT_EQ(
         split_records(folder.write("more.segd", whole + "more"), Dialect::kOther, keep),
-        "'" + folder.file("more.segd") + "' has 4 bytes behind its last trace that are no trace.");
+        "'" + folder.file("more.segd") + "' has 4 bytes behind its last trace that are no trace");
     EXPECT_EQ(split_records(folder.write("cut.segd", whole.substr(0, whole.size() - 46)),
                             Dialect::kOther, keep),
-              "'" + folder.file("cut.segd") + "' ends within trace 2 of file number 6.");
+              "'" + folder.file("cut.segd") + "' ends within trace 2 of file number 6");
     // Cut anywhere it is split as far as it is whole, and never read beyond its end.
     for (std::size_t length = 0; length < whole.size(); ++length) {
         blocks.clear();

@@ -89,7 +89,7 @@ TEST(ImageTools, WhatCannotBeMadeLeavesNothingBehind) {
     const std::string image = folder.file("line.tap");
     const std::string both[] = {good, cut};
     EXPECT_EQ(make_image(both, image, false, split_segy),
-              "'" + cut + "' does not hold whole traces of 246 bytes.");
+              "'" + cut + "' does not hold whole traces of 246 bytes");
     const std::string there = folder.write("there.tap", "data");
     EXPECT_NE(make_image(std::span(both, 1), there, false, split_segy), "");
     EXPECT_NE(make_image(both, there, true, split_segy), "");
