@@ -1,6 +1,6 @@
 #include "flow/parameter.h"
 
-#include <cstring>
+#include <cstdio>
 
 #include "foundation/key_readers.h"
 
@@ -63,9 +63,10 @@ bool read_line(const ParameterList& list, const char* line) {
         const std::string key = std::string(parameter.key) + "=";
         std::visit(Overloaded{
                        [&](const Rows& rows) {
-                           if (std::strncmp(line, key.c_str(), key.size()) != 0) return;
+                           std::string row;
+                           if (!ReadKey(line, key.c_str(), row)) return;
                            known = true;
-                           rows.read(line + key.size());
+                           rows.read(row.c_str());
                        },
                        [&](const Bound<std::string>& bound) {
                            if (!ReadKey(line, key.c_str(), *bound.variable)) return;
