@@ -22,18 +22,19 @@ LineReader::LineReader(const std::string& path, std::size_t longest) : LineReade
     if (!opened_) return;
     block_.resize(kBlockBytes);
     const std::uintmax_t bytes = std::filesystem::file_size(path, unknown);
-    if (!unknown) bytes_ = static_cast<std::size_t>(bytes);
+    if (!unknown) bytes_ = static_cast<std::int64_t>(bytes);
 }
 
 LineReader LineReader::Over(std::string_view text, std::size_t longest) {
     LineReader reader(longest);
-    reader.text_ = reader.window_ = text;
+    reader.window_ = text;
     reader.opened_ = true;
-    reader.bytes_ = text.size();
+    reader.bytes_ = static_cast<std::int64_t>(text.size());
     return reader;
 }
 
 bool LineReader::refill() {
+    passed_ += static_cast<std::int64_t>(window_.size());
     at_ = 0;
     window_ = {};
     if (!file_ || failed_) return false;
@@ -41,18 +42,6 @@ bool LineReader::refill() {
     failed_ = bytes == 0 && std::ferror(file_.get()) != 0;
     window_ = {block_.data(), bytes};
     return bytes > 0;
-}
-
-void LineReader::rewind() {
-    if (file_) {
-        std::rewind(file_.get());
-        window_ = {};
-    } else {
-        window_ = text_;
-    }
-    at_ = 0;
-    line_number_ = 0;
-    skip_newline_ = within_line_ = false;
 }
 
 bool LineReader::next(std::string_view& line) {
@@ -87,7 +76,10 @@ bool LineReader::next(std::string_view& line) {
         if (end) {
             const auto length = static_cast<std::size_t>(end - start);
             at_ += length + 1;
-            skip_newline_ = *end == '\r';
+            if (*end == '\r') {
+                skip_newline_ = at_ == window_.size();
+                at_ += !skip_newline_ && window_[at_] == '\n';
+            }
             return hand_out(start, length, true);
         }
         at_ += most;
@@ -98,11 +90,9 @@ bool LineReader::next(std::string_view& line) {
 }
 
 std::int64_t LineReader::count_lines() {
-    rewind();
     std::int64_t lines = 0;
     std::string_view line;
     while (next(line)) ++lines;
-    rewind();
     return lines;
 }
 

@@ -24,8 +24,10 @@ public:
     static LineReader Over(std::string_view text, std::size_t longest);
 
     bool opened() const { return opened_; }
-    /// Bytes of the file or text when it was opened, 0 where that is not known.
-    std::size_t bytes() const { return bytes_; }
+    /// Bytes of the file or text when it was opened, 0 where that is not known, as of a pipe.
+    std::int64_t bytes() const { return bytes_; }
+    /// Bytes in front of the next line.
+    std::int64_t position() const { return passed_ + static_cast<std::int64_t>(at_); }
     /// Whether reading stopped at an error of the file system instead of the end.
     bool failed() const { return failed_; }
 
@@ -38,27 +40,26 @@ public:
     /// Of the line that next() gave, counted from 1. Pieces of one line have its number.
     std::int64_t line_number() const { return line_number_; }
 
-    /// How many times next() would give a line from the start; leaves the reader there.
+    /// How many times next() gives a line from here on; leaves the reader at the end.
     std::int64_t count_lines();
 
 private:
     explicit LineReader(std::size_t longest);
     bool refill();
-    void rewind();
 
     struct Closer {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
     std::unique_ptr<std::FILE, Closer> file_;
     std::vector<char> block_;  // of the file; empty for a text in memory
-    std::string_view text_;    // the text in memory
     std::string_view window_;  // what is being read: a filled part of the block, or the text
     std::size_t at_ = 0;       // of the next character in the window
     std::array<char, kLongest> carry_;  // a line that began in an earlier window
     std::size_t longest_;
-    std::size_t bytes_ = 0;
+    std::int64_t bytes_ = 0;
+    std::int64_t passed_ = 0;  // bytes of the windows before this one
     std::int64_t line_number_ = 0;
-    bool skip_newline_ = false;  // the last line ended with CR: an LF behind it belongs to it
+    bool skip_newline_ = false;  // the window ended with a line's CR: an LF behind it belongs to it
     bool within_line_ = false;   // the last line had no end: the next belongs to the same
     bool opened_ = false;
     bool failed_ = false;

@@ -17,7 +17,13 @@ namespace {
 /// Lines are read as far as this; what is longer goes on as a line of its own.
 constexpr std::size_t kLongestLine = 198;
 /// A whole record without its line end; tells how many may be in a file.
-constexpr std::size_t kRecordBytes = 80;
+constexpr std::int64_t kRecordBytes = 80;
+/// Room for more records is not made before some were read: the file may hold something else.
+constexpr std::int64_t kMostExpected = std::int64_t{1} << 20;  // about 100 MB
+
+std::size_t expected_records(const LineReader& lines) {
+    return static_cast<std::size_t>(std::min(lines.bytes() / kRecordBytes, kMostExpected));
+}
 
 /// What tells the three files apart, in messages and at the progress.
 struct SpsFileKind {
@@ -84,16 +90,14 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
         return -1;
     }
     ProgressStep step(progress, kind.caption);
-    const std::int64_t total = progress ? lines.count_lines() : 0;
-
     std::int64_t records = 0;
     Faults no_numbers, shifted;
     std::int64_t first_other_line = 0;  // neither header nor blank nor of the letter
     std::string first_other;
-    std::int64_t done = 0;
     std::string_view line;
     while (lines.next(line)) {
-        if (!step.reach(++done, total)) return -1;
+        // A file that still grows has more bytes than it had when it was opened.
+        if (!step.reach(std::min(lines.position(), lines.bytes()), lines.bytes())) return -1;
         if (line.empty()) continue;
         if (line[0] != kind.letter) {
             if (names_revision_2(line)) {
@@ -151,7 +155,7 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
 int read_points(LineReader& lines, const std::string& file, const SpsFileKind& kind,
                 Progress* progress, std::vector<SpsPoint>& points) {
     points.clear();
-    points.reserve(lines.bytes() / kRecordBytes);
+    points.reserve(expected_records(lines));
     return read_records(
         lines, file, kind, progress,
         [&](std::string_view line) { points.push_back(parse_sps_point(line)); },
@@ -240,7 +244,7 @@ int SpsDataSet::read_receivers(LineReader& lines, const std::string& name, Progr
 int SpsDataSet::read_relations(LineReader& lines, const std::string& name, Progress* progress) {
     prepared_ = false;
     relations_.clear();
-    relations_.reserve(lines.bytes() / kRecordBytes);
+    relations_.reserve(expected_records(lines));
     return read_records(
         lines, name, kRelationFile, progress,
         [&](std::string_view line) { relations_.push_back(parse_sps_relation(line)); },

@@ -170,6 +170,8 @@ TEST_F(AsciiInputItem, EndsTheJobOnWhatCannotWork) {
         EXPECT_THAT(log, HasSubstr("*** ERROR in ASCII Data Input: "));
         for (const std::string& word : words) EXPECT_THAT(log, HasSubstr(word));
     }
+    ItemBench<AsciiInput> device(kLine, {data, "INPUTTYPE=2", "FILENAME=/dev/null"});
+    EXPECT_JOB_ERROR(device.item().RunInput(), "'/dev/null' is a pipe or a device.\n");
     for (const char* method : {"INPUTTYPE=0", "INPUTTYPE=1"}) {
         ItemBench<AsciiInput> bench(kLine, {match, data, method});
         const std::string log = job_error_log([&] { bench.item().RunInput(); });

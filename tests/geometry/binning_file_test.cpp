@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "support/log_capture.h"
+#include "support/progress_watcher.h"
 #include "support/temporary_folder.h"
 
 namespace halvern {
@@ -123,25 +124,13 @@ TEST(BinningFile, RefusesWhatIsNotWhole) {
     EXPECT_THAT(log.text(), HasSubstr("Invalid Binning File.  Delete this one and re-load."));
 }
 
-struct Watcher : Progress {
-    std::vector<int> percents;
-    std::string caption;
-    int stop_at = 101;
-    void Start(const char* text) override { caption = text; }
-    bool Update(int percent) override {
-        percents.push_back(percent);
-        return percent < stop_at;
-    }
-    void Finish() override {}
-};
-
 TEST(BinningFile, RefusesWhatItCannotHoldAndStopsWhenAsked) {
     const TemporaryFolder folder;
     BinningFile file;
     file.row_end = 1;
     file.first_points.resize(2);
     file.second_points.resize(2);
-    Watcher watcher;
+    ProgressWatcher watcher;
     const std::string path = folder.write("out", "before");
     watcher.stop_at = 60;
     LogCapture log;
@@ -151,10 +140,10 @@ TEST(BinningFile, RefusesWhatItCannotHoldAndStopsWhenAsked) {
     watcher = {};
     EXPECT_EQ(write_binning_file(path, file, &watcher), 0);
     EXPECT_EQ(watcher.percents, (std::vector{25, 50, 62, 75, 87}));  // two rows, two and two points
-    EXPECT_EQ(watcher.caption, "Writing Binning File");
+    EXPECT_EQ(watcher.captions.back(), "Writing Binning File");
     watcher = {};
     EXPECT_EQ(read_binning_file(path, file, &watcher), 0);
-    EXPECT_EQ(watcher.caption, "Reading Binning File");
+    EXPECT_EQ(watcher.captions.back(), "Reading Binning File");
 
     file.bins.push_back({.row = 0, .column = 1, .members = {}});
     EXPECT_EQ(write_binning_file(path, file), -1) << "outside the grid";

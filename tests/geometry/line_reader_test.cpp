@@ -36,11 +36,12 @@ TEST(LineReader, TakesEveryLineEnd) {
 }
 
 TEST(LineReader, CutsLongLinesIntoPiecesOfOneNumber) {
-    LineReader reader = LineReader::Over("123456789\r\n1234\n12345678\nab", 4);
+    constexpr std::string_view kText = "123456789\r\n1234\n12345678\nab";
+    LineReader reader = LineReader::Over(kText, 4);
     const Lines pieces = {{1, "1234"}, {1, "5678"}, {1, "9"}, {2, "1234"}, {2, ""},
                           {3, "1234"}, {3, "5678"}, {3, ""},  {4, "ab"}};
-    EXPECT_EQ(reader.count_lines(), 9);
     EXPECT_EQ(all_lines(reader), pieces);
+    EXPECT_EQ(LineReader::Over(kText, 4).count_lines(), 9);
 }
 
 // Three files whose line ends fall on every place around the ends of the blocks they are read in.
@@ -56,6 +57,7 @@ TEST(LineReader, BlocksLeaveNoTrace) {
         }
         LineReader reader(folder.write("lines", bytes), 198);
         EXPECT_TRUE(all_lines(reader) == lines) << "first line of " << first_line;
+        EXPECT_EQ(reader.position(), static_cast<std::int64_t>(bytes.size()));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "geometry/sps_data_set.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <random>
 #include <set>
@@ -10,12 +11,14 @@
 #include <vector>
 
 #include "support/log_capture.h"
+#include "support/progress_watcher.h"
 #include "support/temporary_folder.h"
 
 namespace halvern {
 namespace {
 
 using testing_support::LogCapture;
+using testing_support::ProgressWatcher;
 using testing_support::TemporaryFolder;
 
 std::string point_line(char letter, int line, int point, std::uint8_t index, double easting) {
@@ -283,35 +286,18 @@ TEST(SpsReading, AFileThatCannotBeOpenedIsNamed) {
     EXPECT_EQ(set.read_sources(folder.path().string()), -1);
 }
 
-struct Watcher : Progress {
-    std::vector<std::string> captions;
-    std::vector<int> percents;
-    int finished = 0;
-    int stop_at = 101;
-
-    void Start(const char* caption) override { captions.emplace_back(caption); }
-    bool Update(int percent) override {
-        percents.push_back(percent);
-        return percent < stop_at;
-    }
-    void Finish() override { ++finished; }
-};
-
 TEST(SpsReading, TellsItsProgressAndStopsWhenAsked) {
     const TemporaryFolder folder;
     const std::string path = folder.file("points");
-    const SpsPoint points[] = {{.line = 1, .point = 1},
-                               {.line = 1, .point = 2},
-                               {.line = 1, .point = 3},
-                               {.line = 1, .point = 4}};
+    const SpsPoint points[4] = {};
     ASSERT_EQ(write_sps_points(path, points, 'S'), 0);
     SpsDataSet set;
-    Watcher watcher;
+    ProgressWatcher watcher;
     EXPECT_EQ(set.read_sources(path, &watcher), 0);
     EXPECT_EQ(watcher.percents, (std::vector{25, 50, 75, 100}));
 
-    const std::string relations =
-        relation_line({1, 1, 1, 1, 2, 5, 1, 2}) + relation_line({2, 1, 2, 1, 2, 5, 1, 2});
+    const std::string relation = relation_line({1, 1, 1, 1, 2, 5, 1, 2});
+    const std::string relations = relation + relation;
     LineReader lines = LineReader::Over(relations, 198);
     EXPECT_EQ(set.read_relations(lines, "x", &watcher), 0);
     watcher.percents.clear();
@@ -326,6 +312,19 @@ TEST(SpsReading, TellsItsProgressAndStopsWhenAsked) {
 
     watcher.stop_at = 50;
     EXPECT_EQ(set.read_sources(path, &watcher), -1);
+}
+
+TEST(SpsReading, ReadsAPipeInOnePass) {
+    const std::string text = point_line('S', 1, 11, 1, 0);
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    ASSERT_EQ(::write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ::close(ends[1]);
+    SpsDataSet set;
+    ProgressWatcher watcher;
+    EXPECT_EQ(set.read_sources("/dev/fd/" + std::to_string(ends[0]), &watcher), 0);
+    EXPECT_EQ(set.sources().size(), 1u);
+    ::close(ends[0]);
 }
 
 // From the headers of the SEG-Y file that goes with them: field record 5, channel 1 is 3262 m away.
