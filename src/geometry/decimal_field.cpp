@@ -10,6 +10,7 @@ namespace {
 
 /// What the decimal conversions skip in front of a number: blank, tab to carriage return.
 constexpr bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+constexpr bool is_blank(char c) { return c == ' ' || c == '\t'; }
 constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 /// Where the number in a field begins and ends.
@@ -100,18 +101,18 @@ double decimal_real(std::string_view field) {
 
 FieldText classify_field(std::string_view field) {
     const char* at = field.data();
-    const char* stop = at + field.size();
-    while (at != stop && (*at == ' ' || *at == '\t')) ++at;
+    const char* const stop = at + field.size();
+    while (at != stop && is_blank(*at)) ++at;
     if (at == stop) return FieldText::kBlank;
-    while (stop[-1] == ' ' || stop[-1] == '\t') --stop;
-    const char* end = at;
-    while (end != stop && is_digit(*end)) ++end;
-    if (end != stop) {  // more than digits
-        const Scan scan = scan_number({at, static_cast<std::size_t>(stop - at)});
-        if (scan.start != at) return FieldText::kOther;
-        end = scan.end;
+    const char* digits_end = at;
+    while (digits_end != stop && is_digit(*digits_end)) ++digits_end;
+    if (digits_end == stop) return FieldText::kNumber;  // as mostly
+    const Scan number = scan_number({at, stop});
+    if (number.start != at) return FieldText::kOther;
+    for (at = number.end; at != stop; ++at) {
+        if (is_blank(*at) && scan_number({at, stop}).start) return FieldText::kOther;
     }
-    return end == stop ? FieldText::kNumber : FieldText::kOther;
+    return FieldText::kNumber;
 }
 
 }  // namespace halvern

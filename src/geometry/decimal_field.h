@@ -11,7 +11,8 @@ namespace halvern {
 int decimal_int(std::string_view field);
 double decimal_real(std::string_view field);
 
-/// What a field holds beside blanks and tabs on both sides.
+/// What a field holds beside blanks and tabs. Text may stand behind its number ("101A", "12 m"),
+/// but no further number behind a blank: that would be another field's.
 enum class FieldText { kBlank, kNumber, kOther };
 FieldText classify_field(std::string_view field);
 

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <tuple>
 
 #include "foundation/debug_output.h"
@@ -65,33 +66,23 @@ void refuse_empty(const SpsFileKind& kind, const std::string& file, std::int64_t
     }
 }
 
-/// The records of a file that have one sort of fault.
-struct Faults {
-    std::int64_t records = 0;
-    std::int64_t first_line = 0;
-    SpsFault first{};
-
-    void count(const SpsFault& fault, std::int64_t line) {
-        if (records++ > 0) return;
-        first = fault;
-        first_line = line;
-    }
-    bool comes_before(const Faults& other) const {
-        return records > 0 && (other.records == 0 || first_line < other.first_line);
-    }
-};
-
-/// Reads the records of one letter. `add` takes a line, `find_fault` says what is wrong with it.
-template <class Add, class FindFault>
+/// Reads the records of one letter. `add` takes a line, `find_fault` says which of its fields is no
+/// number, `slack_of` how far its numbers end before their columns.
+template <class Add>
 int read_records(LineReader& lines, const std::string& file, const SpsFileKind& kind,
-                 Progress* progress, Add add, FindFault find_fault) {
+                 Progress* progress, Add add,
+                 std::optional<SpsFault> (*find_fault)(std::string_view line),
+                 int (*slack_of)(std::string_view line)) {
     if (!lines.opened()) {
         LogPrint("SPS Error: Cannot open %s file '%s' to read.\n", kind.name, file.c_str());
         return -1;
     }
     ProgressStep step(progress, kind.caption);
     std::int64_t records = 0;
-    Faults no_numbers, shifted;
+    std::int64_t faulty = 0;
+    std::int64_t first_faulty_line = 0;
+    SpsFault first_fault{};
+    int slack = 0;                      // of every record so far
     std::int64_t first_other_line = 0;  // neither header nor blank nor of the letter
     std::string first_other;
     std::string_view line;
@@ -113,9 +104,12 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
             }
             continue;
         }
-        if (const auto fault = find_fault(line)) {
-            (fault->shift > 0 ? shifted : no_numbers).count(*fault, lines.line_number());
+        if (const auto fault = find_fault(line); fault && faulty++ == 0) {
+            first_fault = *fault;
+            first_faulty_line = lines.line_number();
         }
+        const int line_slack = slack_of(line);
+        slack = records == 0 || line_slack == slack ? line_slack : 0;
         add(line);
         ++records;
     }
@@ -127,27 +121,25 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
         refuse_empty(kind, file, first_other_line, first_other);
         return -1;
     }
-    const bool all = no_numbers.records + shifted.records == records;
-    if (all && shifted.comes_before(no_numbers)) {
-        LogPrint(
-            "SPS Error: %s file '%s', line %lld, columns %d-%d: the %s ends %d before its last"
-            " column: the record is shifted.\n",
-            kind.name, file.c_str(), static_cast<long long>(shifted.first_line),
-            shifted.first.first_column, shifted.first.last_column, shifted.first.field,
-            shifted.first.shift);
-    } else if (no_numbers.records > 0) {
+    if (faulty > 0) {
         LogPrint("SPS %s: %s file '%s', line %lld, columns %d-%d: the %s is not a number.\n",
-                 all ? "Error" : "Warning", kind.name, file.c_str(),
-                 static_cast<long long>(no_numbers.first_line), no_numbers.first.first_column,
-                 no_numbers.first.last_column, no_numbers.first.field);
+                 faulty == records ? "Error" : "Warning", kind.name, file.c_str(),
+                 static_cast<long long>(first_faulty_line), first_fault.first_column,
+                 first_fault.last_column, first_fault.field);
+        if (faulty == records) {
+            LogPrint("SPS Error: No record of the file fits the columns of SPS revision 0.\n");
+            return -1;
+        }
+        LogPrint(
+            "SPS Warning: %lld of its %lld records have such a field.  Only the number in front of"
+            " it is read, 0 without one.\n",
+            static_cast<long long>(faulty), static_cast<long long>(records));
     }
-    if (all) {
-        LogPrint("SPS Error: No record of the file fits the columns of SPS revision 0.\n");
-        return -1;
-    }
-    if (no_numbers.records > 0) {
-        LogPrint("SPS Warning: %lld of its %lld records have such a field, which reads as 0.\n",
-                 static_cast<long long>(no_numbers.records), static_cast<long long>(records));
+    if (slack > 0) {
+        LogPrint(
+            "SPS Warning: %s file '%s': the numbers of all its records end %d before their last"
+            " column.  The file looks shifted.\n",
+            kind.name, file.c_str(), slack);
     }
     return 0;
 }
@@ -159,7 +151,7 @@ int read_points(LineReader& lines, const std::string& file, const SpsFileKind& k
     return read_records(
         lines, file, kind, progress,
         [&](std::string_view line) { points.push_back(parse_sps_point(line)); },
-        find_sps_point_fault);
+        find_sps_point_fault, sps_point_slack);
 }
 
 auto place_on_line(const SpsPoint& point) { return std::tuple(point.point, point.index); }
@@ -248,7 +240,7 @@ int SpsDataSet::read_relations(LineReader& lines, const std::string& name, Progr
     return read_records(
         lines, name, kRelationFile, progress,
         [&](std::string_view line) { relations_.push_back(parse_sps_relation(line)); },
-        find_sps_relation_fault);
+        find_sps_relation_fault, sps_relation_slack);
 }
 
 int SpsDataSet::prepare(Progress* progress) {

@@ -86,7 +86,7 @@ struct NamedColumns {
     Columns columns;
 };
 
-/// The first of the fields that is neither blank nor a number.
+/// The first of the fields that is neither blank nor read as a number.
 template <std::size_t N>
 std::optional<SpsFault> find_fault(std::string_view line, const NamedColumns (&fields)[N]) {
     for (const auto& [name, columns] : fields) {
@@ -101,27 +101,17 @@ bool is_blank(std::string_view line, Columns columns) {
     return classify_field(cut(line, columns)) == FieldText::kBlank;
 }
 
-/// Columns between the end of a field's text and its last column; -1 for a blank field.
+/// Columns from the end of a field's text to its last column; 0 for a blank field.
 int slack(std::string_view line, Columns columns) {
     const std::size_t last = cut(line, columns).find_last_not_of(' ');
-    if (last == std::string_view::npos) return -1;
+    if (last == std::string_view::npos) return 0;
     return columns.last - columns.first - static_cast<int>(last);
 }
 
-/// The first of the fields when at least two are filled and all of them end equally far, at least
-/// one column, before their last.
-template <std::size_t N>
-std::optional<SpsFault> find_shift(std::string_view line, const NamedColumns (&fields)[N]) {
-    std::optional<SpsFault> shifted;
-    int filled = 0;
-    for (const auto& [name, columns] : fields) {
-        const int free = slack(line, columns);
-        if (free < 0) continue;
-        if (free == 0 || (shifted && shifted->shift != free)) return {};
-        if (!shifted) shifted = SpsFault{name, columns.first, columns.last, free};
-        ++filled;
-    }
-    return filled >= 2 ? shifted : std::nullopt;
+/// What both have, 0 when it differs.
+int common_slack(std::string_view line, Columns one, Columns other) {
+    const int common = slack(line, one);
+    return common == slack(line, other) ? common : 0;
 }
 
 HALVERN_PRINTF(2, 3) void append_format(std::string& text, const char* format, ...) {
@@ -206,10 +196,7 @@ std::optional<SpsFault> find_sps_point_fault(std::string_view line) {
     if (is_blank(line, kPoint)) return SpsFault{"point number", kPoint.first, kPoint.last};
     static constexpr NamedColumns kFields[] = {
         {"point number", kPoint}, {"easting", kEasting}, {"northing", kNorthing}};
-    if (const auto fault = find_fault(line, kFields)) return fault;
-    static constexpr NamedColumns kAligned[] = {
-        {"easting", kEasting}, {"northing", kNorthing}, {"elevation", kElevation}};
-    return find_shift(line, kAligned);
+    return find_fault(line, kFields);
 }
 
 std::optional<SpsFault> find_sps_relation_fault(std::string_view line) {
@@ -221,10 +208,19 @@ std::optional<SpsFault> find_sps_relation_fault(std::string_view line) {
         {"field record number", kFfid},     {"source point number", kSourcePoint},
         {"first channel", kFirstChannel},   {"last channel", kLastChannel},
         {"first receiver", kFirstReceiver}, {"last receiver", kLastReceiver}};
-    if (const auto fault = find_fault(line, kFields)) return fault;
-    static constexpr NamedColumns kAligned[] = {{"first channel", kFirstChannel},
-                                                {"first receiver", kFirstReceiver}};
-    return find_shift(line, kAligned);
+    return find_fault(line, kFields);
+}
+
+// Of the fields that have blanks behind them in a shifted record. The last columns of the others
+// hold a digit of the day, an index or an increment then.
+int sps_point_slack(std::string_view line) {
+    using namespace point_columns;
+    return common_slack(line, kEasting, kNorthing);
+}
+
+int sps_relation_slack(std::string_view line) {
+    using namespace relation_columns;
+    return common_slack(line, kFirstChannel, kFirstReceiver);
 }
 
 void append_sps_point(std::string& text, char letter, const SpsPoint& point) {

@@ -60,19 +60,23 @@ SpsPoint parse_sps_point(std::string_view line);
 /// A record whose channels descend is turned round, its receivers with it.
 SpsRelation parse_sps_relation(std::string_view line);
 
-/// Why a line cannot be meant as a record of these columns.
+/// A field that cannot be meant as a number of these columns.
 struct SpsFault {
     const char* field;  ///< its name
     int first_column;   ///< counted from 1
     int last_column;
-    int shift = 0;  ///< columns that the record lies too far left; 0: the field is no number
 };
 /// The first of a record's key fields (point number and coordinates; file number, points, channels
-/// and receivers) that holds something else than a number, or is blank where that leaves the
-/// record without meaning. Numbers stand at the right end of their columns; a record of which they
-/// all end equally far before it seems to be shifted.
+/// and receivers) that does not begin with a number, has a second one behind a blank, or is blank
+/// where that leaves the record without meaning. Letters behind the number are no fault.
 std::optional<SpsFault> find_sps_point_fault(std::string_view line);
 std::optional<SpsFault> find_sps_relation_fault(std::string_view line);
+
+/// How many columns both numbers of a record (coordinates; first channel and receiver) end before
+/// their columns do; 0 when they end unequally far or one is blank. Where it is the same in every
+/// record of a file, the records may be shifted to the left.
+int sps_point_slack(std::string_view line);
+int sps_relation_slack(std::string_view line);
 
 /// Appends the record's line with its CR LF. The line name is written as its integer value. Indexes
 /// above 9 are written as 9, depths as magnitudes up to 9999.

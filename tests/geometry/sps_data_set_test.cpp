@@ -49,16 +49,21 @@ std::string relation_line(const Spread& s) {
     return text;
 }
 
+/// Reads a text as the file of sources (S), receivers (R) or relations (X).
+int read(SpsDataSet& set, char letter, const std::string& text, Progress* progress = nullptr) {
+    LineReader lines = LineReader::Over(text, 198);
+    if (letter == 'S') return set.read_sources(lines, "s", progress);
+    if (letter == 'R') return set.read_receivers(lines, "r", progress);
+    return set.read_relations(lines, "x", progress);
+}
+
 /// A data set of these three texts; fails the test when one of them cannot be read.
 SpsDataSet data_set(const std::string& sources, const std::string& receivers,
                     const std::string& relations) {
     SpsDataSet set;
-    LineReader source_lines = LineReader::Over(sources, 198);
-    LineReader receiver_lines = LineReader::Over(receivers, 198);
-    LineReader relation_lines = LineReader::Over(relations, 198);
-    EXPECT_EQ(set.read_sources(source_lines, "s"), 0);
-    EXPECT_EQ(set.read_receivers(receiver_lines, "r"), 0);
-    EXPECT_EQ(set.read_relations(relation_lines, "x"), 0);
+    EXPECT_EQ(read(set, 'S', sources), 0);
+    EXPECT_EQ(read(set, 'R', receivers), 0);
+    EXPECT_EQ(read(set, 'X', relations), 0);
     EXPECT_EQ(set.prepare(), 0);
     return set;
 }
@@ -192,57 +197,73 @@ TEST(SpsFind, FindsWhatAPlainSearchFinds) {
 TEST(SpsReading, RefusesAFileThatHoldsNoRecord) {
     const std::string point = point_line('S', 1, 11, 1, 531234.5);
     const struct {
+        char letter;
         std::string text;
         std::vector<std::string> words;  // of the log
     } kCases[] = {
-        {"", {"SPS Error: SOURCE file 'f' has no 'S' record."}},
-        {"H00 SPS\n\n " + point + " " + point, {"line 3: 'S' stands in column 2", "shifted"}},
-        {point_line('R', 1, 11, 1, 0), {"line 1: column 1 holds 'R', not 'S'"}},
-        {std::string("\x01\x02\x03\n"), {"line 1: column 1 holds no printable character"}},
-        {"H00 SPS\nS" + point,
+        {'S', "", {"SPS Error: SOURCE file 's' has no 'S' record."}},
+        {'S', "H00 SPS\n\n " + point + " " + point, {"line 3: 'S' stands in column 2", "shifted"}},
+        {'S', point_line('R', 1, 11, 1, 0), {"line 1: column 1 holds 'R', not 'S'"}},
+        {'S', "\x01\x02\x03\n", {"line 1: column 1 holds no printable character"}},
+        {'S', "S101", {"line 1, columns 18-25: the point number is not a number"}},
+        // A character too many behind the letter, and in front of the coordinates.
+        {'S',
+         "H00 SPS\nS" + point,
          {"line 2, columns 47-55: the easting is not a number", "No record of the file fits"}},
-        {"H00 SPS format version num.     SPS 2.1\n"
+        {'S', point.substr(0, 46) + ' ' + point.substr(46), {"columns 56-65: the northing"}},
+        {'X', 'X' + relation_line({1, 1, 101, 1, 96, 5, 1001, 1096}), {"the last channel is not"}},
+        // The same survey with the columns of revision 2.1.
+        {'S',
+         "H00 SPS format version num.     SPS 2.1\n"
          "S    101.00   1001.00  1E1  12 3.0   0 5   0.0 531234.5 6312345.6 120.3123134501\n",
-         {"SOURCE file 'f' says that it is of SPS revision 2", "line 2"}},
+         {"SOURCE file 's' says that it is of SPS revision 2", "line 2, columns 18-25"}},
+        {'X',
+         "X     1       511    101.00   1001.001    1   961    201.00   1001.00   1096.001\n",
+         {"line 1, columns 8-11: the field record number is not a number"}},
     };
-    for (const auto& [text, words] : kCases) {
+    for (const auto& [letter, text, words] : kCases) {
         LogCapture log;
         SpsDataSet set;
-        LineReader lines = LineReader::Over(text, 198);
-        EXPECT_EQ(set.read_sources(lines, "f"), -1) << text;
+        EXPECT_EQ(read(set, letter, text), -1) << text;
         for (const std::string& word : words) {
             EXPECT_NE(log.text().find(word), std::string::npos) << word << "\n" << log.text();
         }
     }
 }
 
-// A character too many, or one too few, behind the record letter.
-TEST(SpsReading, RefusesShiftedRecords) {
-    std::string points, relations;
-    for (int i = 1; i <= 3; ++i) {
-        append_sps_point(points, 'S', {.line = 1, .point = 100 + i, .easting = 3237.5});
-        relations += relation_line({i, 1, 100 + i, 1, 96, 5, 1001, 1096});
-    }
-    for (const bool left : {false, true}) {
-        const auto shifted = [left](std::string text) {
-            for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1) {
-                left ? text.erase(at + 1, 1) : text.insert(at + 1, 1, ' ');
-            }
-            return text;
-        };
-        SpsDataSet set;
+// What is read is shown by what the writer makes of it.
+TEST(SpsReading, TakesNumbersWhereverTheyStandInTheirColumns) {
+    const std::string point = point_line('S', 1, 101, 1, 3237.5);
+    const std::string spread = relation_line({7, 1, 101, 1, 96, 5, 10001, 10096});
+    const auto with = [](std::string line, std::size_t column, const std::string& text) {
+        return line.replace(column - 1, text.size(), text);
+    };
+    const std::string whole = with(point, 47, " 531234.0 6312345.0");
+    const struct {
+        std::string text, written;
+        int looks_shifted;  // by so many columns
+    } kCases[] = {
+        {with(point, 18, "    101A"), point, 0},
+        {with(point, 18, "101     "), point, 0},
+        {with(whole, 47, "531234   6312345   "), whole, 3},
+        {with(whole, 47, "531234   6312345   ") + whole, whole + whole, 0},
+        {with(whole, 47, "531234.0 6312345   "), whole, 0},
+        {with(with(spread, 39, "1   96  "), 64, "10001   10096   "), spread, 3},
+        // A character too few behind the letter: the index has become the point's last digit.
+        {point.substr(0, 1) + point.substr(2), point_line('S', 0, 1011, 0, 3237.5), 1},
+    };
+    for (const auto& [text, written, looks_shifted] : kCases) {
         LogCapture log;
-        const std::string moved_points = shifted(points), moved_relations = shifted(relations);
-        LineReader point_lines = LineReader::Over(moved_points, 198);
-        LineReader relation_lines = LineReader::Over(moved_relations, 198);
-        EXPECT_EQ(set.read_sources(point_lines, "s"), -1);
-        EXPECT_EQ(set.read_relations(relation_lines, "x"), -1);
-        const std::string why = left ? "the record is shifted.\n" : "is not a number.\n";
-        for (const char* file : {"SOURCE file 's', line 1, ", "RELATION file 'x', line 1, "}) {
-            const std::size_t at = log.text().find(file);
-            ASSERT_NE(at, std::string::npos) << log.text();
-            EXPECT_NE(log.text().find(why, at), std::string::npos) << log.text();
-        }
+        SpsDataSet set;
+        ASSERT_EQ(read(set, text[0], text), 0) << text << log.text();
+        std::string back;
+        for (const SpsPoint& record : set.sources()) append_sps_point(back, 'S', record);
+        for (const SpsRelation& record : set.relations()) append_sps_relation(back, "1", record);
+        EXPECT_EQ(back, written);
+        const std::string words =
+            "the numbers of all its records end " + std::to_string(looks_shifted) + " before";
+        EXPECT_EQ(log.text().empty(), looks_shifted == 0) << text << log.text();
+        EXPECT_EQ(log.text().find(words) != std::string::npos, looks_shifted > 0) << log.text();
     }
 }
 
@@ -261,8 +282,7 @@ TEST(SpsReading, KeepsTheRecordsOfAFileThatIsPartlyDamaged) {
     const std::string text = "H26\r\nX is no source\r\n" + point_line('S', 1, 11, 1, 10) +
                              "S1                    abc1\r" + point_line('S', 1, 12, 1, 20) +
                              std::string(100000, 'x');
-    LineReader lines = LineReader::Over(text, 198);
-    EXPECT_EQ(set.read_sources(lines, "f"), 0);
+    EXPECT_EQ(read(set, 'S', text), 0);
     ASSERT_EQ(set.sources().size(), 3u);
     EXPECT_EQ(set.sources()[1].point, 0);
     EXPECT_EQ(set.sources()[2].point, 12);
@@ -297,9 +317,7 @@ TEST(SpsReading, TellsItsProgressAndStopsWhenAsked) {
     EXPECT_EQ(watcher.percents, (std::vector{25, 50, 75, 100}));
 
     const std::string relation = relation_line({1, 1, 1, 1, 2, 5, 1, 2});
-    const std::string relations = relation + relation;
-    LineReader lines = LineReader::Over(relations, 198);
-    EXPECT_EQ(set.read_relations(lines, "x", &watcher), 0);
+    EXPECT_EQ(read(set, 'X', relation + relation, &watcher), 0);
     watcher.percents.clear();
     watcher.stop_at = 62;  // 25 + 75 / 2: half of the second pass
     EXPECT_EQ(set.prepare(&watcher), -1);
@@ -325,27 +343,6 @@ TEST(SpsReading, ReadsAPipeInOnePass) {
     EXPECT_EQ(set.read_sources("/dev/fd/" + std::to_string(ends[0]), &watcher), 0);
     EXPECT_EQ(set.sources().size(), 1u);
     ::close(ends[0]);
-}
-
-// From the headers of the SEG-Y file that goes with them: field record 5, channel 1 is 3262 m away.
-TEST(SpsFieldData, TheMarineLine) {
-    const auto s = testing_support::field_data("marine_shots.s");
-    const auto r = testing_support::field_data("marine_shots.r");
-    const auto x = testing_support::field_data("marine_shots.x");
-    if (!s || !r || !x) GTEST_SKIP();
-    SpsDataSet set;
-    ASSERT_EQ(set.read_sources(*s), 0);
-    ASSERT_EQ(set.read_receivers(*r), 0);
-    ASSERT_EQ(set.read_relations(*x), 0);
-    ASSERT_EQ(set.prepare(), 0);
-    EXPECT_EQ(set.sources().size(), 4u);
-    EXPECT_EQ(set.receivers().size(), 123u);
-    const SpsMatch match = set.find(5, 1);
-    ASSERT_EQ(match.status, SpsStatus::kFound);
-    EXPECT_EQ(match.source->point, 103);
-    EXPECT_EQ(match.receiver->point, 1003);
-    EXPECT_EQ(match.source->easting - match.receiver->easting, 3237);
-    EXPECT_EQ(set.find(7, 1).status, SpsStatus::kNoFfid);
 }
 
 }  // namespace
