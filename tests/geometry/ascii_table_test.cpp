@@ -55,6 +55,7 @@ TEST(AsciiTable, TheLastRunGoesOnToTheLastRecord) {
         EXPECT_EQ(table.data_value(i, 0).integer(), data[i]);
     }
     EXPECT_EQ(found(table, {2, 1}), -1);
+    EXPECT_EQ(found(table, {1, 5}), -1);
     EXPECT_EQ(found(table, {1, 1}), 21);
 }
 
@@ -98,6 +99,32 @@ TEST(AsciiTable, LooksDownwardFirst) {
     EXPECT_EQ(found(at_least, {25}), 30);
     EXPECT_EQ(found(at_least, {5}), 30);
     EXPECT_EQ(found(at_least, {35}), 40);
+}
+
+// The search halves places 0 … 6 until a record has the key, and tries from there downward, then
+// upward: by hand for each case.
+TEST(AsciiTable, TheProbeDecidesAmongEqualKeys) {
+    const struct {
+        std::string keys;  // [places]
+        int key;
+        std::vector<int> tried;  // places
+    } kCases[] = {{"1222233", 2, {3, 2, 1, 4}}, {"1222233", 3, {5, 6}},
+                  {"1222233", 1, {0}},          {"1111223", 2, {4, 5}},
+                  {"1112233", 1, {1, 0, 2}},    {"1122222", 2, {3, 2, 4, 5, 6}}};
+    for (const auto& [keys, key, tried] : kCases) {
+        std::string text;
+        for (int i = 0; const char digit : keys) {
+            text += line({digit - '0', i * 3 % 7, i});
+            ++i;
+        }
+        AsciiTable table = table_of(text, {column(1), column(2, kLessOrEqual)}, {column(3)});
+        for (int value = 0; value < 7; ++value) {
+            const auto place = std::ranges::find_if(
+                tried, [&](int at) { return value <= table.match_value(at, 1).integer(); });
+            const int wanted = place == tried.end() ? -1 : table.data_value(*place, 0).integer();
+            EXPECT_EQ(found(table, {key, value}), wanted) << keys << ' ' << key << ' ' << value;
+        }
+    }
 }
 
 // What is found satisfies all fields, and something is found whenever some record does.
