@@ -13,6 +13,16 @@ using testing::HasSubstr;
 
 constexpr BenchLine kLine{.interval_us = 4000, .samples = 1};
 
+// Line, point and index; static, depth, uphole time and water depth; coordinates and time.
+constexpr const char* kSources =
+    "S3                    1012    -8 6.5   0 9 310   1000.0    2000.0 -12.0173134501\n";
+constexpr const char* kReceivers =
+    "R4                    5011     7 0.0   0 520.5   1400.0    2300.0  33.0  0     0\n";
+// Files 7 and 8, channels 1 … 4. There is no source 102, and of the receivers only 501.
+constexpr const char* kRelations =
+    "X1        7003                    1012   1   404                    501     5041\n"
+    "X1        8003                    1022   1   404                    501     5041\n";
+
 std::size_t count(const std::string& text, const std::string& words) {
     std::size_t times = 0;
     for (std::size_t at = 0; (at = text.find(words, at)) != text.npos; ++at) ++times;
@@ -21,56 +31,15 @@ std::size_t count(const std::string& text, const std::string& words) {
 
 class MergeSpsItem : public testing::Test {
 protected:
-    MergeSpsItem() {
-        std::string sources, receivers, relations;
-        append_sps_point(sources, 'S',
-                         {.line = 3,
-                          .point = 101,
-                          .index = 2,
-                          .static_ms = -8,
-                          .depth = 6.5f,
-                          .uphole_ms = 9,
-                          .water_depth = 310,
-                          .easting = 1000,
-                          .northing = 2000,
-                          .elevation = -12,
-                          .day = 173,
-                          .time = 134501});
-        append_sps_point(receivers, 'R',
-                         {.line = 4,
-                          .point = 501,
-                          .index = 1,
-                          .static_ms = 7,
-                          .uphole_ms = 5,
-                          .water_depth = 20.5f,
-                          .easting = 1400,
-                          .northing = 2300,
-                          .elevation = 33});
-        SpsRelation relation{.ffid = 7,
-                             .source_line = 3,
-                             .source_point = 101,
-                             .source_index = 2,
-                             .first_channel = 1,
-                             .last_channel = 4,
-                             .receiver_line = 4,
-                             .first_receiver = 501,
-                             .last_receiver = 504,
-                             .receiver_index = 1};
-        append_sps_relation(relations, "1", relation);
-        relation.ffid = 8;
-        relation.source_point = 102;
-        append_sps_relation(relations, "1", relation);
-        section = {"SOURCEFILE=" + folder.write("s", sources),
-                   "RECEIVERFILE=" + folder.write("r", receivers),
-                   "RELATIONFILE=" + folder.write("x", relations)};
-    }
     static void send(ItemBench<MergeSps>& bench, int ffid, int channel) {
         bench.set("FFID", ffid);
         bench.set("CHAN", channel);
         bench.process({1});
     }
     TemporaryFolder folder;
-    std::vector<std::string> section;
+    std::vector<std::string> section = {"SOURCEFILE=" + folder.write("s", kSources),
+                                        "RECEIVERFILE=" + folder.write("r", kReceivers),
+                                        "RELATIONFILE=" + folder.write("x", kRelations)};
 };
 
 TEST_F(MergeSpsItem, WritesWhatTheFilesSay) {

@@ -2,12 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "cli/synthesize_files.h"
-#include "cli/synthesize_line.h"
 #include "foundation/debug_output.h"
-#include "geometry/merge_sps.h"
 #include "support/item_bench.h"
-#include "support/temporary_folder.h"
 
 namespace halvern {
 namespace {
@@ -142,45 +138,6 @@ TEST(TraceBinning, SaysWhatItUses) {
     EXPECT_TRUE(std::fgets(line, sizeof line, debug));
     EXPECT_STREQ(line, "5 - 1,2\n");
     std::fclose(debug);
-}
-
-// File and channel number alone lead every trace of a synthetic line through its SPS files to the
-// ensemble that the line's own geometry gives it.
-TEST(TraceBinning, GivesTheSyntheticLineItsFold) {
-    const TemporaryFolder folder;
-    const synthetic::SyntheticLine line{
-        .shots = 25, .channels = 48, .samples = 10, .gap = 1, .first_ffid = 100};
-    ASSERT_FALSE(
-        synthetic::write_line(line, {.segy = folder.file("line.sgy"),
-                                     .sps = folder.file("line"),
-                                     .header_definition = HALVERN_SOURCE_DIR "/header/default"}));
-    ItemBench<MergeSps> merge(
-        kLine, {"SOURCEFILE=" + folder.file("line.s"), "RECEIVERFILE=" + folder.file("line.r"),
-                "RELATIONFILE=" + folder.file("line.x")});
-    // Bins of half a station with the midpoints in their middles.
-    const double bin = line.spacing_m / 2.0;
-    ItemBench<TraceBinning> binning(
-        kLine, {"XORIGIN=" + std::to_string(line.cdp_x(1) - bin / 2),
-                "YORIGIN=" + std::to_string(line.line_y() - 5), "XBINSIZE=" + std::to_string(bin),
-                "NLINESTART=1", "NLINEEND=" + std::to_string(line.cdps()), "XLINEEND=0"});
-    std::vector<int> fold(static_cast<std::size_t>(line.cdps()) + 1);
-    for (int shot = 0; shot < line.shots; ++shot) {
-        for (int channel = 0; channel < line.channels; ++channel) {
-            merge.set("FFID", line.first_ffid + shot);
-            merge.set("CHAN", channel + 1);
-            ASSERT_FALSE(merge.process({1}).empty());
-            EXPECT_EQ(merge.word("OFFSET"), line.offset(shot, channel));
-            for (const char* word : {"SRCX", "SRCY", "RECX", "RECY"}) {
-                binning.set(word, merge.word(word));
-            }
-            binning.process({1});
-            EXPECT_EQ(binning.word("CDPN"), line.cdp(shot, channel));
-            ++fold.at(static_cast<std::size_t>(binning.word("CDPN")));
-        }
-    }
-    for (int cdp = 1; cdp <= line.cdps(); ++cdp) {
-        EXPECT_EQ(fold[static_cast<std::size_t>(cdp)], line.fold(cdp)) << "CDP " << cdp;
-    }
 }
 
 }  // namespace
