@@ -83,6 +83,7 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
     std::int64_t first_faulty_line = 0;
     SpsFault first_fault{};
     int slack = 0;                      // of every record so far
+    std::int64_t first_line = 0;        // of a record
     std::int64_t first_other_line = 0;  // neither header nor blank nor of the letter
     std::string first_other;
     std::string_view line;
@@ -110,6 +111,7 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
         }
         const int line_slack = slack_of(line);
         slack = records == 0 || line_slack == slack ? line_slack : 0;
+        if (records == 0) first_line = lines.line_number();
         add(line);
         ++records;
     }
@@ -137,9 +139,11 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
     }
     if (slack > 0) {
         LogPrint(
-            "SPS Warning: %s file '%s': the numbers of all its records end %d before their last"
-            " column.  The file looks shifted.\n",
-            kind.name, file.c_str(), slack);
+            "SPS Error: %s file '%s', line %lld: the numbers end %d before their last columns, as "
+            "in"
+            " all its records: they are shifted.\n",
+            kind.name, file.c_str(), static_cast<long long>(first_line), slack);
+        return -1;
     }
     return 0;
 }

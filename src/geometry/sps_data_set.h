@@ -37,7 +37,7 @@ struct SpsMatch {
 /// of its letter, holds none that fits the columns (the log then names the first one's line and
 /// field), or when the progress asks to stop. Records of other letters are skipped. A record with a
 /// field that is no number is kept, with the number in front of it or 0 there, and a warning counts
-/// such records; another one tells that all records look shifted. Files are read once from front to
+/// such records. Files are read once from front to
 /// end, so that a pipe will do; of a pipe no progress is told.
 class SpsDataSet {
 public:

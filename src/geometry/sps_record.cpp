@@ -108,10 +108,14 @@ int slack(std::string_view line, Columns columns) {
     return columns.last - columns.first - static_cast<int>(last);
 }
 
-/// What both have, 0 when it differs.
-int common_slack(std::string_view line, Columns one, Columns other) {
+/// What both have, 0 when it differs, or when they and the third begin at their first columns.
+int common_slack(std::string_view line, Columns one, Columns other, Columns third) {
+    const auto left_adjusted = [line](Columns columns) {
+        return cut(line, columns).front() != ' ';
+    };
     const int common = slack(line, one);
-    return common == slack(line, other) ? common : 0;
+    if (common == 0 || common != slack(line, other)) return 0;
+    return left_adjusted(one) && left_adjusted(other) && left_adjusted(third) ? 0 : common;
 }
 
 HALVERN_PRINTF(2, 3) void append_format(std::string& text, const char* format, ...) {
@@ -215,12 +219,12 @@ std::optional<SpsFault> find_sps_relation_fault(std::string_view line) {
 // hold a digit of the day, an index or an increment then.
 int sps_point_slack(std::string_view line) {
     using namespace point_columns;
-    return common_slack(line, kEasting, kNorthing);
+    return common_slack(line, kEasting, kNorthing, kPoint);
 }
 
 int sps_relation_slack(std::string_view line) {
     using namespace relation_columns;
-    return common_slack(line, kFirstChannel, kFirstReceiver);
+    return common_slack(line, kFirstChannel, kFirstReceiver, kSourcePoint);
 }
 
 void append_sps_point(std::string& text, char letter, const SpsPoint& point) {
