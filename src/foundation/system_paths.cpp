@@ -46,6 +46,10 @@ bool ends_with_separator(const std::string& path) {
 const std::string& SystemDirectory() { return system_directory(); }
 void SetSystemDirectory(std::string root) { system_directory() = std::move(root); }
 
+std::string SystemDirectoryOf(const std::string& program) {
+    return fs::path(program).parent_path().parent_path().string();
+}
+
 std::string TreePath(std::string_view directory, std::string_view name) {
     std::string path(directory);
     while (!name.empty()) {

@@ -13,6 +13,10 @@ extern const char kPathSeparator;
 const std::string& SystemDirectory();
 void SetSystemDirectory(std::string root);
 
+/// The installation root that a program belongs to, from the program's absolute path; the root
+/// directory itself for one in "/bin". Empty for an empty path.
+std::string SystemDirectoryOf(const std::string& program);
+
 /// `directory` + separator + `name`, resolved without regard to case: the tree was designed for a
 /// file system that ignores case, so where an entry exists whose name differs only in case, that
 /// entry is meant. An exact match wins; spelled as given when none exists. `name` may hold several

@@ -38,16 +38,6 @@ bool IsLaunched(const std::vector<std::string>& arguments) {
     return arguments.size() >= 3 && arguments.size() <= 5 && arguments[kToken] == kLaunchToken;
 }
 
-void FindSystemDirectory(const std::string& argument_0) {
-    const auto parent = [](const std::string& path) {
-        const std::size_t cut = path.find_last_of("/\\");
-        return cut == std::string::npos ? std::string() : path.substr(0, cut);
-    };
-    std::string program = program_path(argument_0);
-    if (!program.empty() && program.back() == '\\') program.pop_back();
-    SetSystemDirectory(parent(parent(program)));
-}
-
 void ReadConfiguration() {
     const std::string path = TreePath(SystemDirectory(), "halvern.cfg");
     LogPrint("Reading Configuration file '%s'.\n", path.c_str());
@@ -91,7 +81,7 @@ void RunJob(const std::vector<std::string>& arguments) {
     if (job.has_extra_argument) job.extra_argument = arguments[kExtra];
 
     on_stop_request(RequestJobStop);
-    FindSystemDirectory(arguments[kProgram]);
+    SetSystemDirectory(SystemDirectoryOf(program_path(arguments[kProgram])));
     CreateInstallationTree();
     ReadConfiguration();
     const auto open_prospect = [](const std::string& name) { return CurrentProspect().open(name); };

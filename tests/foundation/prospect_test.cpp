@@ -42,6 +42,13 @@ TEST(TreePath, ResolvesEachLevelWhateverItsCase) {
     EXPECT_EQ(DefaultHeaderPath(), root.file("header/default"));
 }
 
+TEST(SystemDirectoryOf, IsTheParentOfTheProgramsDirectory) {
+    EXPECT_EQ(SystemDirectoryOf("/opt/halvern/bin/halvern2"), "/opt/halvern");
+    EXPECT_EQ(SystemDirectoryOf("/bin/halvern2"), "/");
+    EXPECT_EQ(SystemDirectoryOf("/halvern2"), "/");
+    EXPECT_EQ(SystemDirectoryOf(""), "");
+}
+
 TEST(InstallationTree, IsMadeOnceAndThenLeftAlone) {
     const SystemRoot root;
     CreateInstallationTree();
