@@ -16,14 +16,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// Never destroyed: objects that end with the program still give their files back.
 std::vector<std::string>& scratch_files() {
-    static std::vector<std::string> names;
+    static auto& names = *new std::vector<std::string>;
     return names;
 }
 
-void remove_quietly(const std::string& name) {
-    std::error_code ignored;
-    fs::remove(name, ignored);
+// Whether nothing of that name is left.
+bool remove_quietly(const std::string& name) {
+    std::error_code error;
+    fs::remove(name, error);
+    return !error;
 }
 
 }  // namespace
@@ -54,14 +57,11 @@ std::string MakeScratchName() {
 }
 
 void RemoveScratchFile(const std::string& name) {
-    if (std::erase(scratch_files(), name) > 0) remove_quietly(name);
+    std::erase_if(scratch_files(),
+                  [&](const std::string& own) { return own == name && remove_quietly(name); });
 }
 
-void RemoveScratchFiles() {
-    std::vector<std::string> names;
-    names.swap(scratch_files());
-    for (const std::string& name : names) remove_quietly(name);
-}
+void RemoveScratchFiles() { std::erase_if(scratch_files(), remove_quietly); }
 
 int RemoveDirectoryTree(const std::string& path) {
     std::error_code error;
@@ -87,9 +87,9 @@ int RemoveDirectoryTree(const std::string& path) {
     for (const std::string& name : files) {
         const std::string full = path + "/" + name;
         LogPrint("Removing File '%s'\n", full.c_str());
-        remove_quietly(full);
+        (void)remove_quietly(full);
     }
-    remove_quietly(path);
+    (void)remove_quietly(path);
     return fs::exists(fs::symlink_status(path, error)) ? -1 : 0;
 }
 

@@ -10,7 +10,8 @@ namespace halvern {
 /// from std::rand, which the program seeds.
 [[nodiscard]] std::string MakeScratchName();
 
-/// Removes one scratch file that is no longer needed.
+/// Removes one scratch file that is no longer needed. Where that fails (Windows keeps a file that
+/// is open), the next of these calls tries again.
 void RemoveScratchFile(const std::string& name);
 
 /// Removes every scratch file that this process made and that is still there. Safe to call twice.

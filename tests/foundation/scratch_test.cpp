@@ -80,6 +80,21 @@ TEST_F(Scratch, FilesGoWithTheJob) {
     EXPECT_THAT(root_.entries(), ElementsAre("data/", "halvern.cfg", "scratch/", "scratch/log1"));
 }
 
+// A file that is open cannot be removed everywhere; here a directory with an entry plays it.
+TEST_F(Scratch, WhatCannotBeRemovedIsTriedAgain) {
+    for (const auto& remove :
+         {RemoveScratchFile, +[](const std::string&) { RemoveScratchFiles(); }}) {
+        const std::string name = MakeScratchName();
+        fs::remove(name);
+        fs::create_directories(name + "/entry");
+        remove(name);
+        ASSERT_TRUE(fs::exists(name));
+        fs::remove(name + "/entry");
+        RemoveScratchFiles();
+        EXPECT_FALSE(fs::exists(name));
+    }
+}
+
 TEST_F(Scratch, ADirectoryThatTakesNoFileIsExplained) {
     fs::remove(root_.file("scratch"));
     EXPECT_EQ(MakeScratchName(), "");
