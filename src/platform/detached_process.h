@@ -33,7 +33,8 @@ public:
 
     std::int64_t id() const { return id_; }  ///< the system's number of it
 
-    /// Its exit status, or nothing while it runs. One that a signal ended has 128 + the signal.
+    /// Its exit status, or nothing while it runs. One that a signal ended has 128 + the signal; -1
+    /// when it has ended and the system does not say how.
     std::optional<int> exit_status();
 
     /// Waits for its end and gives its exit status.

@@ -78,6 +78,18 @@ TEST(DetachedProcess, OneThatEndedIsNotRunningEvenUnasked) {
     EXPECT_EQ(process->exit_status(), 0);
 }
 
+// As after "env --ignore-signal=CHLD": the system would throw the status of a child away.
+TEST(DetachedProcess, ItsEndIsSeenWhereSignalsOfChildrenAreIgnored) {
+    const auto before = std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(start({"/bin/sh", "-c", "exit 7"})->wait(), 7);
+    auto asked = start({"/bin/sleep", "0.2"});
+    std::signal(SIGCHLD, SIG_IGN);
+    for (int i = 0; i < 5000 && !asked->exit_status(); ++i) usleep(1000);
+    EXPECT_EQ(asked->exit_status(), -1);
+    EXPECT_EQ(asked->wait(), -1);
+    std::signal(SIGCHLD, before);
+}
+
 TEST(DetachedProcess, NumbersThatNameGroupsNameNoProcess) {
     for (const std::int64_t id : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{1} << 40}) {
         EXPECT_FALSE(process_is_running(id)) << id;

@@ -14,7 +14,15 @@ namespace halvern {
 
 namespace {
 
-int plain_status(int status) {
+// Nothing while the process runs and `options` say not to wait; -1 when its status is lost.
+std::optional<int> status_of(std::int64_t id, int options) {
+    int status = 0;
+    pid_t ended = 0;
+    do {
+        ended = ::waitpid(static_cast<pid_t>(id), &status, options);
+    } while (ended < 0 && errno == EINTR);
+    if (ended == 0) return {};
+    if (ended < 0) return -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
@@ -31,7 +39,9 @@ public:
         sigset_t signals;
         sigemptyset(&signals);
         posix_spawnattr_setsigmask(&attributes_, &signals);
-        for (const int signal : {SIGHUP, SIGINT, SIGPIPE, SIGTERM}) sigaddset(&signals, signal);
+        for (const int signal : {SIGHUP, SIGINT, SIGPIPE, SIGTERM, SIGCHLD}) {
+            sigaddset(&signals, signal);
+        }
         posix_spawnattr_setsigdefault(&attributes_, &signals);
         posix_spawnattr_setflags(
             &attributes_, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
@@ -79,6 +89,8 @@ std::optional<DetachedProcess> DetachedProcess::start(const std::vector<std::str
     for (std::string& text : texts) pointers.push_back(text.data());
     pointers.push_back(nullptr);
 
+    // Ignored, as whoever started this program may have left it, the status of a child is lost.
+    ::signal(SIGCHLD, SIG_DFL);
     pid_t id = 0;
     error = {Detachment().spawn(id, pointers.data()), std::generic_category()};
     if (error) return {};
@@ -86,24 +98,13 @@ std::optional<DetachedProcess> DetachedProcess::start(const std::vector<std::str
 }
 
 std::optional<int> DetachedProcess::exit_status() {
-    int status = 0;
-    if (!status_ && ::waitpid(static_cast<pid_t>(id_), &status, WNOHANG) == id_) {
-        status_ = plain_status(status);
-    }
+    if (!status_) status_ = status_of(id_, WNOHANG);
     return status_;
 }
 
 int DetachedProcess::wait() {
-    while (!status_) {
-        int status = 0;
-        const pid_t ended = ::waitpid(static_cast<pid_t>(id_), &status, 0);
-        if (ended == id_) {
-            status_ = plain_status(status);
-        } else if (ended < 0 && errno != EINTR) {
-            status_ = -1;  // somebody else took its status
-        }
-    }
-    return *status_;
+    if (!status_) status_ = status_of(id_, 0);
+    return status_.value_or(-1);
 }
 
 void DetachedProcess::release() {}
