@@ -5,10 +5,8 @@
 
 namespace halvern {
 
-/// std::fseek and std::ftell for files beyond 2 GiB on every system. `origin` is SEEK_SET, SEEK_CUR
-/// or SEEK_END. 0, or -1 when the stream cannot go there.
+/// std::fseek for files beyond 2 GiB on every system. `origin` is SEEK_SET, SEEK_CUR or SEEK_END.
+/// 0, or -1 when the stream cannot go there.
 [[nodiscard]] int seek_stream(std::FILE* stream, std::int64_t offset, int origin);
-/// Bytes from the start, or -1.
-[[nodiscard]] std::int64_t stream_position(std::FILE* stream);
 
 }  // namespace halvern

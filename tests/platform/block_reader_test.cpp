@@ -93,22 +93,6 @@ TEST_F(BlockReaderOnPattern, AFileThatShrinksMeanwhileReadsShort) {
     EXPECT_EQ(reader_.position(), 2'999'000);
 }
 
-TEST(BlockReader, ReadsBeyondFourGibibytes) {
-    TemporaryFolder folder;
-    const std::string path = folder.write("sparse", "");
-    const std::int64_t place = (std::int64_t{5} << 30) + 12345;
-    std::filesystem::resize_file(path, static_cast<std::uintmax_t>(place));
-    std::ofstream(path, std::ios::binary | std::ios::app) << "here";
-
-    BlockReader reader = BlockReader::open(path).value();
-    EXPECT_EQ(reader.size(), place + 4);
-    reader.seek(place - 1);
-    const auto bytes = reader.next(5);
-    ASSERT_EQ(bytes.size(), 5u);
-    EXPECT_EQ(bytes[0], std::byte{0});
-    EXPECT_EQ(static_cast<char>(bytes[4]), 'e');
-}
-
 TEST(BlockReader, OpensRegularFilesOnly) {
     TemporaryFolder folder;
     ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);  // must not wait for a writer

@@ -8,6 +8,4 @@ int seek_stream(std::FILE* stream, std::int64_t offset, int origin) {
     return ::fseeko(stream, offset, origin);
 }
 
-std::int64_t stream_position(std::FILE* stream) { return ::ftello(stream); }
-
 }  // namespace halvern

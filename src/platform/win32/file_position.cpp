@@ -6,6 +6,4 @@ int seek_stream(std::FILE* stream, std::int64_t offset, int origin) {
     return ::_fseeki64(stream, offset, origin);
 }
 
-std::int64_t stream_position(std::FILE* stream) { return ::_ftelli64(stream); }
-
 }  // namespace halvern
