@@ -7,13 +7,13 @@
 
 #include "numerics/convolution.h"
 #include "numerics/correlation.h"
+#include "numerics/kernels.h"
 #include "numerics/key_sort.h"
 #include "numerics/minimum_phase.h"
 #include "numerics/real_fft.h"
 #include "numerics/running_gain.h"
 #include "numerics/spline.h"
 #include "numerics/toeplitz.h"
-#include "numerics/vector_math.h"
 #include "ratio.h"
 
 namespace {
@@ -92,9 +92,9 @@ void elementary_functions(benchmark::State& state) {
     compare(
         state,
         [&] {
-            exponentials(x, a);
-            logarithms(a, a);
-            sines_and_cosines(x, a, b);
+            kernels().exponentials(x.data(), a.data(), x.size());
+            kernels().logarithms(a.data(), a.data(), x.size());
+            kernels().sines_and_cosines(x.data(), a.data(), b.data(), x.size());
         },
         [&] {
             for (std::size_t i = 0; i < x.size(); ++i) a[i] = std::exp(x[i]);

@@ -14,7 +14,7 @@ double look_up(std::span<const double> offsets, std::span<const double> values, 
     const auto above = std::partition_point(offsets.begin(), offsets.end() - 1,
                                             [offset](double entry) { return !(entry >= offset); });
     const auto i = static_cast<std::size_t>(above - offsets.begin());
-    if (i == 0) return values[0];
+    if (i == 0 || offset == offsets[i]) return values[i];
     if (i == last && !(offset < offsets[last])) return values[last];
     const double below = offsets[i - 1];
     return values[i - 1] + (values[i] - values[i - 1]) * ((offset - below) / (offsets[i] - below));

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -12,35 +11,6 @@
 
 namespace halvern::numerics {
 namespace {
-
-// By hand, for h = 2: windows of 2, 3, 4, 4, 4 and 3 samples of energy 9.
-TEST(RunningGain, DividesByTheRootOfTheWindowsEnergy) {
-    std::vector<float> samples{3, -3, 3, 3, 3, -3};
-    std::vector<double> energies(6);
-    ASSERT_TRUE(running_gain(samples, 2, energies));
-    const float two = std::sqrt(.5f), three = std::sqrt(1 / 3.f);
-    const float expected[] = {two, -three, .5f, .5f, .5f, -three};
-    for (std::size_t i = 0; i < 6; ++i) EXPECT_NEAR(samples[i], expected[i], 1e-7) << i;
-}
-
-// Each window summed on its own in extended precision.
-TEST(RunningGain, MeasuresTheWindowsOnTheInput) {
-    constexpr std::ptrdiff_t n = 500, h = 31;
-    const std::vector<double> random = noise(n);
-    std::vector<float> samples(random.begin(), random.end());
-    const std::vector<float> input = samples;
-    std::vector<double> energies(n);
-    ASSERT_TRUE(running_gain(samples, h, energies));
-    for (std::ptrdiff_t j = 0; j < n; ++j) {
-        long double sum = 0;
-        for (auto i = std::max<std::ptrdiff_t>(0, j - h); i <= std::min(n - 1, j + h - 1); ++i) {
-            sum += static_cast<long double>(input[static_cast<std::size_t>(i)]) *
-                   input[static_cast<std::size_t>(i)];
-        }
-        const auto at = static_cast<std::size_t>(j);
-        EXPECT_NEAR(samples[at], static_cast<double>(input[at] / std::sqrt(sum)), 1e-6) << j;
-    }
-}
 
 TEST(RunningGain, IsThePlainOneBitForBit) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
