@@ -77,7 +77,11 @@ bool FlowItem::CanReplayInput() {
     return previous_ && RepeatsItself() && previous_->CanReplayInput();
 }
 int FlowItem::ReplayInput(std::span<const std::int32_t> positions) {
-    return previous_ ? previous_->ReplayInput(positions) : 0;
+    if (!previous_) return 0;
+    repeating_ = true;
+    const int done = previous_->ReplayInput(positions);
+    repeating_ = false;
+    return done;
 }
 
 void FlowItem::ReceiveTrace(LineHeader& line, TraceHeaderDefinition& header,

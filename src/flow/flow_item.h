@@ -71,7 +71,8 @@ public:
     /// this one included, would then make the same of them.
     virtual bool CanReplayInput();
     /// Has the input read the traces at `positions` (from 0, as GetInputPosition numbers them less
-    /// one) in that order and push each down the chain again. 1, or 0 when it cannot.
+    /// one) in that order and push each down the chain again; the items between the input and this
+    /// one know them by IsRepeating. 1, or 0 when it cannot.
     virtual int ReplayInput(std::span<const std::int32_t> positions);
 
     /// 9: a trace arrives. Default: ProcessTrace, and when that says kPassOn, SendTrace with the
@@ -150,6 +151,9 @@ protected:
     /// Whether a trace that comes again would leave this item as it did the first time and leave
     /// nothing behind. Outputs, displays and items that keep traces say no.
     virtual bool RepeatsItself() const { return true; }
+    /// Whether the trace at hand has passed this item before: what is counted or logged a trace has
+    /// been then.
+    bool IsRepeating() const { return repeating_; }
 
 private:
     const FlowItemKindEntry& entry_;
@@ -160,6 +164,7 @@ private:
     FlowItem* previous_ = nullptr;
     int received_ = 0;
     int sent_ = 0;
+    bool repeating_ = false;
 };
 
 }  // namespace halvern

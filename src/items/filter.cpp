@@ -149,7 +149,7 @@ int Filter::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSample
     fft_->transform(spectrum_, 1);
     if (!std::isfinite(
             spectrum_[0])) {  // the samples' sum, which any one that is not finite spoils
-        ++unfiltered_;
+        if (!IsRepeating()) ++unfiltered_;
         return kPassOn;
     }
     for (std::size_t i = 0; i < spectrum_.size(); ++i) spectrum_[i] *= gains_[i];

@@ -99,13 +99,13 @@ int TimeShift::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSam
     bool splined = interpolate_ == 1 && rest_ms != 0;
     if (splined && !std::ranges::all_of(trace, [](float s) { return std::isfinite(s); })) {
         splined = false;  // one such sample would spoil the whole spline
-        ++rounded_;
+        if (!IsRepeating()) ++rounded_;
     }
     if (!splined) count = floor_divide(2 * shift_ms + interval_ms_, 2 * interval_ms_);
 
     move_samples(trace, count);
     if (splined) {
-        if (shift_ms <= 0) {
+        if (shift_ms <= 0 && !IsRepeating()) {
             Message("offSet = %f, shiftIndex = %d, shiftAmount = %d\n",
                     static_cast<double>(rest_ms), static_cast<int>(count),
                     static_cast<int>(shift_ms));

@@ -49,11 +49,12 @@ public:
     int ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) override {
         seen.push_back(static_cast<int>(samples.floats(header)[0]));
         positions.push_back(GetInputPosition());
+        repeated.push_back(IsRepeating());
         if (pause_at == seen.back()) ReadPauseFlag = 1;
         return kPassOn;
     }
     void EndRun() override { ++ended; }
-    std::vector<int> seen, positions;
+    std::vector<int> seen, positions, repeated;
     int prepared = 0, ended = 0, pause_at = -1;
 };
 
@@ -115,6 +116,7 @@ TEST(Input, ReplaysPositionsInTheOrderAsked) {
     EXPECT_THAT(flow.noting.positions, ElementsAre(5, 1, 3));
     const std::int32_t beyond[] = {9};
     EXPECT_EQ(flow.noting.ReplayInput(beyond), 0);
+    EXPECT_THAT(flow.noting.repeated, ElementsAre(0, 0, 0, 1, 1, 1));
 }
 
 }  // namespace

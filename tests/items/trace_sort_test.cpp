@@ -1,10 +1,8 @@
 #include "items/trace_sort.h"
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
 #include <bit>
-#include <csignal>
 #include <filesystem>
 #include <limits>
 #include <random>
@@ -13,7 +11,10 @@
 #include "foundation/global_config.h"
 #include "foundation/scratch.h"
 #include "foundation/system_root.h"
+#include "items/filter.h"
 #include "items/stack.h"
+#include "items/time_shift.h"
+#include "support/file_size_limit.h"
 #include "support/item_bench.h"
 #include "trace/big_endian.h"
 
@@ -276,6 +277,32 @@ TEST_F(Sort, WithoutTraces) {
     EXPECT_THAT(messages.text(), HasSubstr("Sorting 0 traces.\n"));
 }
 
+// One sample in 256 of those that the source makes up is not finite.
+TEST_F(Sort, WhatIsReadAgainIsReportedOnce) {
+    const auto log_of = [this](auto... sort) {
+        LogCapture own;
+        {
+            Source source(std::vector<Given>(500));
+            run(source, std::make_unique<Filter>(FlowSection{}, LogFlag::kQuiet),
+                std::make_unique<TimeShift>(FlowSection{.lines = {"AMOUNT=3"}}, LogFlag::kQuiet),
+                std::move(sort)...);
+        }
+        std::istringstream lines(own.text());
+        std::string warnings;
+        int shifts = 0;
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with("*** WARNING")) warnings += line + '\n';
+            shifts += line.ends_with("shiftAmount = -3");
+        }
+        return warnings + std::to_string(shifts) + " shifts";
+    };
+    const std::string unsorted = log_of();
+    EXPECT_THAT(unsorted, HasSubstr("passed on unfiltered = "));
+    EXPECT_THAT(unsorted, HasSubstr("shifted by whole samples = "));
+    EXPECT_THAT(unsorted, Not(HasSubstr("\n0 shifts")));
+    EXPECT_EQ(log_of(sort_by({"HEADER1=TRNUML"})), unsorted);
+}
+
 TEST_F(Sort, SaysWhatItWillDo) {
     const auto logged = [](const char* buffering) {
         LogCapture own;
@@ -320,18 +347,12 @@ TEST_F(Sort, BeyondItsBlocks) {
 
 TEST_F(Sort, EndsTheJobOnAFullDisk) {
     for (const char* buffering : {"BUFFERFILE=1", "BUFFERFILE=2"}) {
-        rlimit before{};
-        ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
         const std::vector<Given> given(1000, Given{.stored = 1000});
         Source source(given, true, 1000);
         const std::string text = job_error_log([&] {
-            const rlimit small{.rlim_cur = 1 << 20, .rlim_max = before.rlim_max};
-            setrlimit(RLIMIT_FSIZE, &small);
+            const FileSizeLimit limit(1 << 20);
             run(source, sort_by({buffering}));
         });
-        setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
         EXPECT_THAT(text, HasSubstr("*** ERROR in Trace Sort: Cannot write the buffer file '" +
                                     root.file("scratch/SCR")));
         EXPECT_THAT(text, HasSubstr("': File too large.\n"));
