@@ -16,7 +16,7 @@ const OffsetTableWords kWords{
               .columns = {{"Offset", "Offset", "OFFSET"}, {"Velocity", "Velocity", "VELOCITY"}},
               .quoted = {0, 1},
               .checked = {1, 0}},
-    .positive = true};
+    .nonzero = true};
 }  // namespace
 
 LinearMoveout::LinearMoveout(const FlowSection& section, LogFlag log)
@@ -41,7 +41,10 @@ int LinearMoveout::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, Trac
     const std::span<float> trace = samples.floats(header);
     const auto length = static_cast<double>(trace.size());
     const double offset = OffsetOf(header);
-    const double shift = NearestSample(offset / TableValue(offset) * 1000 - time_shift_ms_);
+    // At the source nothing moves out, even where the velocity passes through zero on its way from
+    // one side of a split spread to the other.
+    const double moveout_s = offset == 0 ? 0 : offset / TableValue(offset);
+    const double shift = NearestSample(moveout_s * 1000 - time_shift_ms_);
     if (!(shift >= -length && shift <= length)) {  // an offset that is no number, too
         std::ranges::fill(trace, 0.0f);
     } else if (shift > 0) {

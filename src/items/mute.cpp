@@ -16,7 +16,7 @@ const OffsetTableWords kWords{
               .columns = {{"Offset", "Offset", "OFFSET"}, {"Time", "Time", "TIME"}},
               .quoted = {1, 0},
               .checked = {1, 0}},
-    .positive = false};
+    .nonzero = false};
 }  // namespace
 
 Mute::Mute(const FlowSection& section, LogFlag log)

@@ -78,7 +78,7 @@ void OffsetTableItem::LogParameters() {
 
 std::string OffsetTableItem::Fault(double offset, double value) const {
     if (!std::isfinite(offset) || !std::isfinite(value)) return "is not finite";
-    if (words_.positive && value <= 0) return "has no value above zero";
+    if (words_.nonzero && value == 0) return "has the value zero";
     return {};
 }
 

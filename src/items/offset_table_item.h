@@ -17,7 +17,7 @@ struct OffsetTableWords {
     const char* dialog;     ///< the kind's name in its window's title
     const char* already_up;
     NumberSheet sheet;  ///< offset, then value
-    bool positive;      ///< whether only values above zero make sense
+    bool nonzero;       ///< whether a value of zero makes no sense
 };
 
 /// What the items that look a value up by offset share: the table of pairs with its lines and its
