@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "items/checks.h"
 #include "numerics/running_gain.h"
 
 namespace halvern {
@@ -44,10 +45,7 @@ void Agc::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&, in
               kLongestMs, window_ms_);
         return TerminateJob(kJobError);
     }
-    if (line.sample_interval() <= 0) {
-        Error("The line has no sample interval.\n");
-        return TerminateJob(kJobError);
-    }
+    if (!RequireSampleInterval(*this, line)) return;
     int window = window_ms_ * kInternalPerMs / line.sample_interval();
     if (window > line.samples()) {
         Warning(

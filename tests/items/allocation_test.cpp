@@ -6,6 +6,8 @@
 #include <functional>
 #include <new>
 
+#include "foundation/global_config.h"
+#include "foundation/system_root.h"
 #include "items/agc.h"
 #include "items/deconvolution.h"
 #include "items/filter.h"
@@ -15,6 +17,7 @@
 #include "items/stack.h"
 #include "items/time_shift.h"
 #include "items/trace_math.h"
+#include "items/trace_sort.h"
 #include "support/item_bench.h"
 #include "trace/big_endian.h"
 
@@ -72,7 +75,9 @@ public:
 class AllocationOf : public testing::TestWithParam<Warm> {};
 
 TEST_P(AllocationOf, NothingPerTrace) {
-    constexpr int kSamples = 500;
+    constexpr int kSamples = 500, kTraces = 26;
+    const SystemRoot root;  // for the sort's buffer file
+    ASSERT_EQ(ReadGlobalConfig(root.file("halvern.cfg")), 0);
     TraceHeaderDefinition header;
     ASSERT_EQ(header.load(HALVERN_SOURCE_DIR "/header/default"), 0);
     std::vector<std::byte> image(kTraceHeaderBytes), raw(kSamples * 4);
@@ -92,14 +97,14 @@ TEST_P(AllocationOf, NothingPerTrace) {
             put_f32(std::span(raw).subspan(i * 4).first<4>(), number % 5 != 0 ? value : 0.0f);
         }
         samples.set_raw(raw, kSamples, kSamples, kSamples, SampleFormat::kIeee);
-        if (number == 0) item->PrepareChain(line, header, samples, 0);
+        if (number == 0) item->PrepareChain(line, header, samples, kTraces);
         item->DeliverTrace(line, header, samples);
     };
     for (int number = 0; number < 6; ++number) deliver(number);
     const long before = allocations;
-    for (int number = 6; number < 26; ++number) deliver(number);
+    for (int number = 6; number < kTraces; ++number) deliver(number);
     EXPECT_EQ(allocations - before, 0);
-    EXPECT_EQ(item->GetReceivedCount(), 26);
+    EXPECT_EQ(item->GetReceivedCount(), kTraces);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -114,7 +119,8 @@ INSTANTIATE_TEST_SUITE_P(
         warm<NormalMoveout>("NormalMoveout", {"TIME_VEL=0,1500,0,0", "TIME_VEL=1000,2500,0,0"}),
         warm<Stack>("Stack", {"SORTED=1", "STACKHEADER=OFFSET"}),
         warm<TimeShift>("TimeShift", {"AMOUNT=-6"}),
-        warm<TraceMath>("TraceMath", {"SAMPLEVALADDED=1"})),
+        warm<TraceMath>("TraceMath", {"SAMPLEVALADDED=1"}),
+        warm<TraceSort>("TraceSort", {"BUFFERFILE=1", "HEADER1=OFFSET"})),
     [](const auto& row) { return row.param.name; });
 
 }  // namespace
