@@ -16,6 +16,7 @@
 #include "cli/table.h"
 #include "cli/terminal_host.h"
 #include "cli/workplace.h"
+#include "foundation/messages.h"
 #include "platform/replace_file.h"
 
 namespace halvern {
@@ -40,8 +41,9 @@ struct Options {
 void write_flow(const std::string& path, const FlowText& flow) {
     if (replace_file(path, flow.text())) {
         throw CommandError("Cannot write flow to '" + path +
-                           "'.  Check disk space and permissions on this directory");
+                           "'.\nCheck disk space and permissions on this directory");
     }
+    LogPrint("Writing parameters to '%s'\n", path.c_str());
 }
 
 // The kinds as the flow editor's list offers them.

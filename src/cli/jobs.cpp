@@ -163,8 +163,8 @@ JobFiles reserve_job(const std::string& flow_text) {
         if (!error && write_file(files.flow, flow_text)) return files;
         if (!error) fs::remove(files.flow, error);
         throw CommandError("Cannot write flow to '" + files.flow +
-                           "'.  Check disk space and permissions on this directory, or name "
-                           "another one by 'halvern config SCRATCHDIR=DIR'");
+                           "'.\nCheck disk space and permissions on this directory.\n"
+                           "'halvern config SCRATCHDIR=DIR' names another one");
     }
 }
 

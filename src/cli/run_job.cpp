@@ -51,7 +51,7 @@ StartedJob start_job(const std::string& flow_name, const std::string& text) {
     if (!process) {
         give_up("Failed to run job '" + flow_name +
                 "'!  System resources too low or improper installation - Error Code " +
-                std::to_string(error.value()) + " (" + error.message() + ")");
+                std::to_string(error.value()) + "?\nThe system's reason: " + error.message());
     }
     record.process = process->id();
     if (replace_file(files.record, record.text())) {

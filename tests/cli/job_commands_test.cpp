@@ -26,6 +26,7 @@ protected:
                       "FILE=out.sgy"),
                   0)
             << said;
+        EXPECT_THAT(said, testing::StartsWith("Writing parameters to '"));
     }
     int run(const std::string& arguments) {
         const std::string command = "cd '" + folder.path().string() +
