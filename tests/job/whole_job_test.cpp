@@ -60,7 +60,6 @@ TEST_F(WholeJob, EndsInErrorWithItsReason) {
         {"", "No flow to process.\n"},
         {"$$AGC\n", "No flow to process.\n"},
         {"$GEODISPLAY\n", "is not available in this version"},
-        {"$AGC\n$GEODISPLAY\n", "PARAMETER ERROR:  An exclusive process 'Geometry Display'"},
     };
     for (const auto& [flow, words] : flows) {
         EXPECT_EQ(run(flow), 1) << flow;
@@ -90,6 +89,20 @@ TEST_F(WholeJob, RunsWithoutALogThatCannotBeMade) {
     const std::string flow = folder.write("flow1", "$AGC\n");
     EXPECT_EQ(start(quoted(program) + " /no/such/folder/log rv3086 " + flow), 0);
     EXPECT_THAT(errors, HasSubstr("'/no/such/folder/log' cannot be created"));
+}
+
+// The input is sparse and would take the sort many seconds to read.
+TEST_F(WholeJob, IsEndedByASignalAndLeavesNothing) {
+    const std::string input = folder.write("in.sgy", small_segy(4000, 1000, {}));
+    fs::resize_file(input, 3600 + std::uintmax_t{500'000} * 4240);
+    folder.write("flow1", "$SEGYDINPUT\nFILE=" + input + "\n$SORT\nBUFFERFILE=1\nHEADER1=FFID\n");
+    const char* const script = R"sh( && {
+        bin/halvern2 log1 rv3086 flow1 & job=$!
+        for i in $(seq 1000); do grep -q 'Reading Trace' log1 && break; sleep .01; done
+        kill $job; wait $job; })sh";
+    EXPECT_EQ(start("cd " + quoted(folder.path().string()) + script), 1);
+    EXPECT_THAT(log, EndsWith("The job was asked to stop.\nJob terminated with error at 'TIME'\n"));
+    EXPECT_EQ(scratch_files(), 0u);
 }
 
 // A full disk is played by a file size limit (in blocks of 1 KB) that the output runs into.
