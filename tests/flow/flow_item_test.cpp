@@ -105,13 +105,7 @@ TEST(Chain, QueriesEndAtAHeadThatIsNoInput) {
 TEST(UnbuiltItem, KeepsItsLinesAndStopsTheJobNamingItself) {
     const FlowSection section = section_of(FlowItemKind::kResample, {"RATE=2", "X"});
     UnbuiltFlowItem item(section, LogFlag::kQuiet);
-    std::FILE* stream = std::tmpfile();
-    item.WriteParameters(stream);
-    char text[100] = {};
-    std::rewind(stream);
-    EXPECT_GT(std::fread(text, 1, sizeof text - 1, stream), 0u);
-    std::fclose(stream);
-    EXPECT_STREQ(text, "$RESAMPLE\nRATE=2\nX\n");
+    EXPECT_EQ(written(item), "$RESAMPLE\nRATE=2\nX\n");
     LineHeader line;
     TraceHeaderDefinition header;
     TraceSamples samples;

@@ -64,16 +64,6 @@ public:
     std::vector<std::string> pairs;
 };
 
-std::string written(FlowItem& item) {
-    std::FILE* stream = std::tmpfile();
-    item.WriteParameters(stream);
-    std::rewind(stream);
-    char text[1000];
-    const std::size_t length = std::fread(text, 1, sizeof text, stream);
-    std::fclose(stream);
-    return {text, length};
-}
-
 TEST(Parameters, DefaultsLinesAndLogFollowFromTheList) {
     LogCapture log;
     Sample item(

@@ -68,15 +68,6 @@ TEST(TimeShift, LogsItsParametersAndFractionsOfALaterShift) {
     EXPECT_THAT(earlier.log(), Not(HasSubstr("offSet")));
 }
 
-TEST(TimeShift, EndsTheJobWithoutItsHeaderWordOrAMillisecond) {
-    ItemBench<TimeShift> word({.samples = 3}, {"TYPE=1", "HEADER=STATICX"});
-    EXPECT_JOB_ERROR(word.prepare(),
-                     "*** ERROR in Time Shift: Cannot read header 'STATICX' from the trace header "
-                     "definition.\nAdd it to the trace header definition and re-run.\n");
-    ItemBench<TimeShift> fine({.interval_us = 500, .samples = 3}, {});
-    EXPECT_JOB_ERROR(fine.prepare(), "must be at least 1 millisecond.  The line has '500'");
-}
-
 TEST(TimeShift, RoundsTheShiftOfTracesThatAreNotFinite) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     ItemBench<TimeShift> bench({.interval_us = 4000, .samples = 3}, {"AMOUNT=-5"});

@@ -13,17 +13,6 @@ namespace {
 
 using namespace testing_support;
 
-std::string written(FlowItem& item) {
-    std::FILE* stream = std::tmpfile();
-    item.WriteParameters(stream);
-    const long length = std::ftell(stream);
-    std::string text(static_cast<std::size_t>(length), '\0');
-    std::rewind(stream);
-    EXPECT_EQ(std::fread(text.data(), 1, text.size(), stream), text.size());
-    std::fclose(stream);
-    return text;
-}
-
 std::vector<std::string> lines_of(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);

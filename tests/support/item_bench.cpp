@@ -88,6 +88,22 @@ FlowSection section_of(FlowItemKind kind, std::vector<std::string> lines) {
             .line_number = 1};
 }
 
+std::string written(FlowItem& item) {
+    std::FILE* const stream = std::tmpfile();
+    item.WriteParameters(stream);
+    const std::string text = text_of(stream);
+    std::fclose(stream);
+    return text;
+}
+
+Rows sheet_of(FlowItem& item) {
+    for (const Parameter& parameter : item.Parameters()) {
+        if (const auto* rows = std::get_if<Rows>(&parameter.value)) return *rows;
+    }
+    ADD_FAILURE() << "no sheet";
+    return {};
+}
+
 void expect_near(const std::vector<float>& actual, const std::vector<float>& expected,
                  float tolerance) {
     ASSERT_EQ(actual.size(), expected.size());

@@ -87,6 +87,12 @@ public:
     Item& item() { return static_cast<Item&>(base_item()); }
 };
 
+/// What an item would write into a flow file.
+std::string written(FlowItem& item);
+
+/// The sheet of an item's window.
+Rows sheet_of(FlowItem& item);
+
 /// Compares sample by sample.
 void expect_near(const std::vector<float>& actual, const std::vector<float>& expected,
                  float tolerance);

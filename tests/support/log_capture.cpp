@@ -27,13 +27,15 @@ LogCapture::~LogCapture() {
     std::fclose(stream_);
 }
 
-std::string LogCapture::text() const {
-    std::fflush(stream_);
-    std::rewind(stream_);
+std::string LogCapture::text() const { return text_of(stream_); }
+
+std::string text_of(std::FILE* stream) {
+    std::fflush(stream);
+    std::rewind(stream);
     std::string text;
     char block[4096];
-    while (const std::size_t n = std::fread(block, 1, sizeof block, stream_)) text.append(block, n);
-    std::fseek(stream_, 0, SEEK_END);
+    while (const std::size_t n = std::fread(block, 1, sizeof block, stream)) text.append(block, n);
+    std::fseek(stream, 0, SEEK_END);
     return text;
 }
 

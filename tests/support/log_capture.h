@@ -5,6 +5,9 @@
 
 namespace halvern::testing_support {
 
+/// Everything written to a temporary stream so far.
+std::string text_of(std::FILE* stream);
+
 /// Catches what is logged from its construction to its end; captures nest, and
 /// what an inner one caught belongs to the outer one, too.
 class LogCapture {
