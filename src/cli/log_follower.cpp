@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <thread>
 
 #include "cli/table.h"
+#include "platform/input_file.h"
 #include "platform/terminal.h"
 
 namespace halvern {
@@ -19,17 +21,14 @@ constexpr const char* kYellow = "\033[33m";
 constexpr const char* kPlain = "\033[0m";
 constexpr const char* kClearLine = "\r\033[K";
 
-struct Closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, Closer>;
-
-// Shows what has come since.
-void show_rest(std::FILE* file, LogView& view) {
+// Shows what has come since `shown` bytes. A C stream will not do: that of Windows stops at the end
+// that it has once seen.
+void show_rest(const InputFile& file, std::int64_t& shown, LogView& view) {
     char buffer[1 << 16];
-    std::clearerr(file);  // the end of a moment ago
-    while (const std::size_t count = std::fread(buffer, 1, sizeof buffer, file)) {
+    while (const std::size_t count =
+               file.read_at(shown, std::as_writable_bytes(std::span(buffer)))) {
         view.take({buffer, count});
+        shown += static_cast<std::int64_t>(count);
     }
 }
 
@@ -119,11 +118,12 @@ void LogView::draw_bar() {
 
 void follow_log(const std::string& path, LogView& view, const std::function<bool()>& ended,
                 const std::function<bool()>& stop) {
-    File file;
+    std::optional<InputFile> file;
+    std::int64_t shown = 0;
     for (bool last = false; !last;) {
         last = ended();  // asked first, so that nothing is written after the last look
-        if (!file) file.reset(std::fopen(path.c_str(), "rb"));
-        if (file) show_rest(file.get(), view);
+        if (!file) file = InputFile::open(path);
+        if (file) show_rest(*file, shown, view);
         if (last || stop()) break;
         std::this_thread::sleep_for(kPause);
     }
