@@ -132,6 +132,16 @@ bool DiskOutputFlowItem::CheckPath(const std::string& path) {
             path.c_str(), input);
         return false;
     }
+    for (const FlowItem* item = previous(); item; item = item->previous()) {
+        const auto* output = dynamic_cast<const DiskOutputFlowItem*>(item);
+        if (output && (output->checked_path_ == path ||
+                       std::filesystem::equivalent(output->checked_path_, path, differs))) {
+            Error("Another output of this flow writes to '%s'.  Choose another file.\n",
+                  path.c_str());
+            return false;
+        }
+    }
+    checked_path_ = path;
     return true;
 }
 

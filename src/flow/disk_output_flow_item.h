@@ -32,6 +32,7 @@ protected:
     bool CheckParameters(const LineHeader& line) const;
     /// The path of the input, which is to be overwritten, into `path`.
     bool FindInputPath(const char* item_in_capitals, std::string& path);
+    /// Whether the path was chosen, and neither the input nor another output of the flow has it.
     bool CheckPath(const std::string& path);
     /// Whether a file of that interval and sample count takes traces of this line.
     bool CheckAppends(const std::string& path, int file_interval, int file_samples,
@@ -50,8 +51,9 @@ protected:
 
 private:
     std::string file_;
-    int output_format_{};  // as entered
-    int write_type_{};     // a WriteType
+    std::string checked_path_;  // that no other output may have; empty before the check
+    int output_format_{};       // as entered
+    int write_type_{};          // a WriteType
     int use_time_{};
     int time_ms_{};
 };

@@ -233,6 +233,14 @@ TEST_F(SegyDiskFlow, FailuresEndTheJobInTheirWordsAndTouchNothing) {
     }
 }
 
+TEST_F(SegyDiskFlow, TwoOutputsCannotHaveOneFile) {
+    write_input(header_bytes({}) + traces_of(1, 3));
+    const auto head = make({}, {});
+    head->next()->SetNext(std::make_unique<SegyDiskOutput>(
+        FlowSection{.lines = {"FILE=" + folder_.file("./out.sgy")}}, LogFlag::kQuiet));
+    EXPECT_JOB_ERROR(head->RunInput(), "Another output of this flow writes to '");
+}
+
 TEST_F(SegyDiskFlow, AFullDiskEndsTheJob) {
     if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full here";
     write_input(header_bytes({}) + traces_of(1, 3));
