@@ -1,0 +1,12 @@
+# What the cross builds for Windows share: Debian's MinGW for the processor `machine`.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR ${machine})
+set(CMAKE_C_COMPILER ${machine}-w64-mingw32-gcc-posix)
+set(CMAKE_CXX_COMPILER ${machine}-w64-mingw32-g++-posix)
+set(CMAKE_RC_COMPILER ${machine}-w64-mingw32-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/${machine}-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
