@@ -25,7 +25,8 @@ std::span<const std::byte> RecordEncoder::encode(TraceHeaderDefinition& definiti
     definition.set_double(line_number_, number);
     definition.set_double(reel_number_, number);
     definition.set_double(num_samps_, samples_);
-    definition.set_double(samp_rate_, interval_ / kInternalPerUs);
+    const int interval_us = interval_ / kInternalPerUs;
+    definition.set_double(samp_rate_, interval_us);
     // Samples first: 16-bit ones leave their exponent in the header.
     const std::span<std::byte> record = record_;
     not_finite_ +=

@@ -73,10 +73,9 @@ void GlobalConfig::use_standard_data_directory() {
     make_directory(data_directories_.front());
 }
 
-int GlobalConfig::read(const std::string& path) {
-    const std::string path_to_keep = path;  // may be our own path_, which is about to be cleared
+int GlobalConfig::read(std::string path) {
     set_defaults();
-    path_ = path_to_keep;
+    path_ = std::move(path);
 
     std::error_code ignored;
     if (!fs::exists(path_, ignored)) {

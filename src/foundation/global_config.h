@@ -38,7 +38,7 @@ public:
     /// lines. A missing file is written with the defaults. The scratch and data directories under
     /// the system directory are made when they are the ones in use. 0, or -1 when the file is there
     /// and cannot be read, or is missing and cannot be written; the values can be used either way.
-    [[nodiscard]] int read(const std::string& path);
+    [[nodiscard]] int read(std::string path);
 
     /// Replaces the file that was read. 0, or -1 with a log line.
     [[nodiscard]] int write() const;

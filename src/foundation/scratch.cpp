@@ -39,7 +39,7 @@ std::string MakeScratchName() {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         const unsigned first = static_cast<unsigned>(std::rand());
         const unsigned number = first * static_cast<unsigned>(std::rand());
-        const std::string name = directory + kPathSeparator + "SCR" + std::to_string(number);
+        std::string name = directory + kPathSeparator + "SCR" + std::to_string(number);
         error = create_exclusively(name);
         if (!error) {
             scratch_files().push_back(name);

@@ -12,7 +12,7 @@ std::string time_stamp(std::time_t time) {
 std::string time_stamp() { return time_stamp(std::time(nullptr)); }
 
 std::string time_stamp_minutes(std::time_t time) {
-    const std::string whole = time_stamp(time);
+    std::string whole = time_stamp(time);
     if (whole.find(':') == std::string::npos) return whole;
     return whole.substr(0, whole.rfind(':')) + whole.substr(whole.rfind(' '));
 }

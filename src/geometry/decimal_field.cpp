@@ -108,7 +108,7 @@ FieldText classify_field(std::string_view field) {
     while (digits_end != stop && is_digit(*digits_end)) ++digits_end;
     if (digits_end == stop) return FieldText::kNumber;  // as mostly
     const Scan number = scan_number({at, stop});
-    if (number.start != at) return FieldText::kOther;
+    if (!number.end || number.start != at) return FieldText::kOther;
     for (at = number.end; at != stop; ++at) {
         if (is_blank(*at) && scan_number({at, stop}).start) return FieldText::kOther;
     }

@@ -186,7 +186,8 @@ void TraceBinning::PrepareRun(LineHeader&, TraceHeaderDefinition& header, TraceS
         return TerminateJob(kJobError);
     }
     if (!CheckGrid()) return TerminateJob(kJobError);
-    xlines_ = static_cast<double>((std::int64_t{xline_.end} - xline_.start) / xline_.increment + 1);
+    const auto steps = (std::int64_t{xline_.end} - xline_.start) / xline_.increment;
+    xlines_ = static_cast<double>(steps + 1);
     cos_ = std::cos(rotation_ * kRadiansPerDegree);
     sin_ = std::sin(rotation_ * kRadiansPerDegree);
 }

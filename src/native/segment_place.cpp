@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <ranges>
 
 #include "foundation/global_config.h"
 #include "foundation/prospect.h"
@@ -38,11 +39,11 @@ NativePlaces NativePlaces::configured() {
 }
 
 std::optional<std::string> NativePlaces::choose() const {
-    for (auto directory = directories.rbegin(); directory != directories.rend(); ++directory) {
+    for (const std::string& directory : directories | std::views::reverse) {
         std::error_code ignored;
-        std::filesystem::create_directories(*directory, ignored);
-        const std::int64_t free = free_space(*directory);
-        if (static_cast<double>(free) / kMegabyte > min_disk_space_mb + kSpareMb) return *directory;
+        std::filesystem::create_directories(directory, ignored);
+        const std::int64_t free = free_space(directory);
+        if (static_cast<double>(free) / kMegabyte > min_disk_space_mb + kSpareMb) return directory;
     }
     return std::nullopt;
 }

@@ -36,7 +36,7 @@ std::string split_records(const std::string& file, Dialect dialect,
     std::optional<FileBlockSource> source = FileBlockSource::open(file);
     if (!source) return quoted(file, "cannot be read");
     RecordReader reader(*source, dialect, true);
-    const std::string not_copied = "The blocks of " + quoted(file, "cannot be put on the image");
+    std::string not_copied = "The blocks of " + quoted(file, "cannot be put on the image");
     bool any = false;
     for (;;) {
         const RecordReader::Record record = reader.next_record();
