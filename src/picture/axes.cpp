@@ -19,6 +19,7 @@ double tick_step(double low, double high, int most, bool whole) {
     const double range = std::fabs(high - low);
     if (!(range > 0) || !std::isfinite(range)) return 0;
     double power = std::pow(10, std::floor(std::log10(range / std::max(most, 2))));
+    if (!(power > 0)) return 0;  // below the smallest number there is
     for (;; power *= 10) {
         for (const double factor : {1.0, 2.0, 5.0}) {
             const double step = factor * power;

@@ -3,8 +3,12 @@
 #include <png.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <memory>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -63,15 +67,16 @@ std::string write_png(const std::string& path, const Canvas& canvas) {
         image.format = PNG_FORMAT_RGB;
         for (const Colour& p : pixels) bytes.insert(bytes.end(), {p.red, p.green, p.blue});
     }
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
-    if (!file) return "cannot write '" + path + "'";
-    const int written =
-        png_image_write_to_stdio(&image, file.get(), 0, bytes.data(), 0, indexed.colours.data());
-    if (written == 0 || std::fflush(file.get()) != 0) {
-        return "cannot write '" + path + "'" +
-               (image.message[0] != '\0' ? std::string(": ") + image.message : std::string());
-    }
-    return {};
+    std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
+    if (!file) return "cannot write '" + path + "': " + std::strerror(errno);
+    bool written = png_image_write_to_stdio(&image, file.get(), 0, bytes.data(), 0,
+                                            indexed.colours.data()) != 0;
+    written = std::fclose(file.release()) == 0 && written;
+    if (written) return {};
+    const std::string reason = image.message[0] != '\0' ? image.message : std::strerror(errno);
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(path, ignored)) std::filesystem::remove(path, ignored);
+    return "cannot write '" + path + "': " + reason;
 }
 
 }  // namespace halvern::picture

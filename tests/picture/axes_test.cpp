@@ -37,15 +37,5 @@ TEST(Ticks, HaveTheDecimalsThatTheirStepNeeds) {
     EXPECT_EQ(tick_text(3e8, 1e8), "3e+08");
 }
 
-TEST(Axes, PutsValuesWhereTheyBelong) {
-    Canvas canvas(200, 200);
-    const Axes axes(canvas, {50, 20, 100, 160}, {.low = 0, .high = 10},
-                    {.low = 0, .high = 400, .downward = true});
-    EXPECT_EQ(axes.x_of(2.5), 75);
-    EXPECT_EQ(axes.y_of(100), 60);
-    const Axes up(canvas, {50, 20, 100, 160}, {}, {.low = 0, .high = 400});
-    EXPECT_EQ(up.y_of(100), 140);
-}
-
 }  // namespace
 }  // namespace halvern::picture
