@@ -14,6 +14,8 @@ class App;
 
 namespace halvern {
 
+class TraceSource;
+
 void add_init_command(CLI::App& app);
 void add_config_command(CLI::App& app);
 void add_prospect_command(CLI::App& app);
@@ -26,6 +28,9 @@ void add_image_command(CLI::App& app);
 void add_info_command(CLI::App& app);
 void add_plot_command(CLI::App& app);
 void add_synthesize_command(CLI::App& app);
+
+/// Prints what a user should know about a file that was read, behind what has been printed of it.
+void print_notes(const TraceSource& source);
 
 /// Prints "halvern COMMAND: REASON." on standard error and leaves the callback with status 1.
 [[noreturn]] void command_failed(const std::string& command, const std::string& reason);

@@ -18,11 +18,14 @@ namespace {
 
 using Sort = ConfigurationKey::Sort;
 
+constexpr std::ptrdiff_t kMostRepeats = GlobalConfig::kMostDirectories;
+static_assert(GlobalConfig::kMostDevices == GlobalConfig::kMostDirectories);
+
 // In the order of the file.
 constexpr ConfigurationKey kKeys[] = {
     {"SCRATCHDIR", Sort::kDirectory, false, "temporary files and logs of jobs"},
     {"MINDISKSPACE", Sort::kMegabytes, false, "MB to keep free on a data disk"},
-    {"MAXFILESIZE", Sort::kMegabytes, false, "MB of one native data file"},
+    {"MAXFILESIZE", Sort::kMegabytes, false, "MB of one native data file", 1},
     {"FONTSMALL", Sort::kText, false, "font of the windows"},
     {"FONTMEDIUM", Sort::kText, false, "font of the windows"},
     {"FONTLARGE", Sort::kText, false, "font of the windows"},
@@ -62,8 +65,10 @@ std::string checked(const ConfigurationKey& key, const std::string& value) {
         case Sort::kMegabytes: {
             int number = 0;
             const auto end = std::from_chars(value.data(), value.data() + value.size(), number);
-            if (end.ec != std::errc{} || end.ptr != value.data() + value.size() || number < 0) {
-                refuse("is no whole number of megabytes");
+            if (end.ec != std::errc{} || end.ptr != value.data() + value.size() ||
+                number < key.least) {
+                refuse("is no whole number of megabytes from " + std::to_string(key.least) +
+                       " on");
             }
             break;
         }
@@ -127,10 +132,14 @@ std::string edited_configuration(const std::string& text,
             std::erase_if(lines, is_key);
             replaced.push_back(&key);
         }
+        if (std::ranges::count_if(lines, is_key) >= kMostRepeats) {
+            throw CommandError(std::string(key.key) + " may stand " + std::to_string(kMostRepeats) +
+                               " times; more would be ignored");
+        }
         lines.push_back(line);
     }
     std::string result;
-    for (const std::string& line : lines) result += line + "\n";
+    for (const std::string& line : lines) result.append(line).append("\n");
     return result;
 }
 

@@ -13,6 +13,7 @@ struct ConfigurationKey {
     Sort sort;
     bool repeats;  ///< may stand several times
     const char* meaning;
+    int least = 0;  ///< of megabytes
 };
 std::span<const ConfigurationKey> configuration_keys();
 

@@ -7,8 +7,8 @@
 #include <optional>
 #include <set>
 
+#include "cli/captured_log.h"
 #include "cli/flow_parameters.h"
-#include "cli/workplace.h"
 #include "flow/disk_output_flow_item.h"
 #include "flow/process_flow_item.h"
 #include "foundation/global_config.h"
@@ -184,13 +184,12 @@ void FlowCheck::check_line(const FlowText::Section& section, const ParameterList
     if (!parameter) {
         if (!pair) return warning(index, "is no KEY=VALUE and is ignored");
         std::vector<std::string> keys;
-        for (const Parameter& known : list) keys.emplace_back(known.key);
+        for (const Parameter& known : list) {
+            if (known.stored) keys.emplace_back(known.key);
+        }
         const std::string near = nearest(pair->first, keys);
         return error(index, keyword + " has no parameter " + in_quotes(pair->first) +
                                 (near.empty() ? "" : "; did you mean " + near + "?"));
-    }
-    if (pieces_as_read(line).size() > 1) {
-        error(index, "is longer than 198 characters, of which a job reads the first as this line");
     }
     if (const std::string fault = value_fault(*parameter, pair->second); !fault.empty()) {
         error(index, pair->first + ": " + in_quotes(pair->second) + " " + fault);
@@ -247,6 +246,7 @@ void FlowCheck::build_chain() {
         section.lines.insert(section.lines.begin(), lines.begin(), lines.end());
         const CapturedLog log;
         std::unique_ptr<FlowItem> item = CreateFlowItem(section, LogFlag::kQuiet);
+        if (!item) continue;
         if (last) {
             last = &last->SetNext(std::move(item));
         } else {

@@ -15,8 +15,10 @@
 #include "cli/prospects.h"
 #include "cli/table.h"
 #include "cli/terminal_host.h"
+#include "cli/words.h"
 #include "cli/workplace.h"
 #include "foundation/messages.h"
+#include "platform/create_file.h"
 #include "platform/replace_file.h"
 
 namespace halvern {
@@ -81,7 +83,7 @@ Table parameter_table(const ParameterList& list, bool csv) {
     const bool units = csv || std::ranges::any_of(list, [](const Parameter& parameter) {
                            return !unit_in(parameter.field.prompt).empty();
                        });
-    std::vector<std::string> titles = {"key", "default"};
+    std::vector<Table::Column> titles = {"key", "default"};
     if (units) titles.push_back("unit");
     if (csv) {
         titles.insert(titles.end(), {"prompt", "help", "choices"});
@@ -90,6 +92,7 @@ Table parameter_table(const ParameterList& list, bool csv) {
     }
     Table table(std::move(titles));
     for (const Parameter& parameter : list) {
+        if (!parameter.stored) continue;
         const Field& field = parameter.field;
         const std::string choices = choices_text(parameter);
         std::vector<std::string> cells = {parameter.key, value_text(parameter)};
@@ -132,10 +135,6 @@ void item(const Options& options) {
 void make(const Options& options) {
     open_workplace();
     const std::string path = flow_path(options.name);
-    std::error_code error;
-    if (std::filesystem::exists(path, error) && !options.force) {
-        throw CommandError("there is a flow '" + path + "' already; --force would replace it");
-    }
     std::string text;
     std::vector<std::vector<std::string>> values;  // by section
     for (const std::string& word : options.words) {
@@ -150,7 +149,18 @@ void make(const Options& options) {
     }
     FlowText flow(text);
     for (std::size_t i = 0; i < values.size(); ++i) assign(flow, i, values[i]);
-    write_flow(path, flow);
+    // Of two commands that make a flow of one name, one gets it.
+    const std::error_code taken = options.force ? std::error_code() : create_exclusively(path);
+    if (taken == std::errc::file_exists) {
+        throw CommandError("there is a flow '" + path + "' already; --force would replace it");
+    }
+    try {
+        write_flow(path, flow);
+    } catch (const CommandError&) {
+        std::error_code ignored;
+        if (!options.force && !taken) std::filesystem::remove(path, ignored);
+        throw;
+    }
     std::printf("Flow '%s' written with %s.\n", path.c_str(),
                 counted(static_cast<long long>(values.size()), "item").c_str());
 }

@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <map>
 
+#include "cli/captured_log.h"
 #include "cli/command_error.h"
-#include "cli/workplace.h"
 #include "flow/unbuilt_flow_item.h"
 #include "foundation/key_readers.h"
 #include "job/catalogue.h"
@@ -21,11 +21,11 @@ template <class Number>
 std::string number_fault(const std::string& value, const char* wanted) {
     std::size_t begin = value.find_first_not_of(" \t");
     if (begin == std::string::npos) return std::string("is empty, not ") + wanted;
-    if (value[begin] == '+') ++begin;
+    if (value[begin] == '+' && !value.substr(begin + 1).starts_with('-')) ++begin;
     Number number{};
     const char* const last = value.data() + value.size();
     const auto end = std::from_chars(value.data() + begin, last, number);
-    if (end.ec == std::errc::result_out_of_range) return "is too large a number";
+    if (end.ec == std::errc::result_out_of_range) return "is too large or too small a number";
     if (end.ec != std::errc{}) return "is not " + std::string(wanted);
     if constexpr (std::is_floating_point_v<Number>) {
         if (!std::isfinite(number)) return "is not a finite number";
@@ -43,8 +43,8 @@ std::string choice_fault(const Parameter& parameter, const std::string& value) {
     }
     std::string list;
     for (const Choice& choice : parameter.field.choices) {
-        list +=
-            (list.empty() ? "" : ", ") + std::to_string(choice.value) + " (" + choice.text + ")";
+        list.append(list.empty() ? "" : ", ").append(std::to_string(choice.value));
+        list.append(" (").append(choice.text).append(")");
     }
     return "is none of the choices: " + list;
 }
@@ -56,13 +56,18 @@ struct LinesByKey {
 };
 
 LinesByKey written_lines(FlowItem& item) {
-    std::FILE* const stream = std::tmpfile();
-    if (!stream) throw CommandError("cannot make a temporary file; check TMPDIR and disk space");
-    item.WriteParameters(stream);
+    struct Closer {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    const std::unique_ptr<std::FILE, Closer> stream(std::tmpfile());
+    if (stream) item.WriteParameters(stream.get());
+    if (!stream || std::fflush(stream.get()) != 0 || std::ferror(stream.get())) {
+        throw CommandError("cannot write a temporary file; check the disk space in /tmp");
+    }
     LinesByKey result;
-    std::rewind(stream);
+    std::rewind(stream.get());
     std::string line;
-    for (int c; (c = std::fgetc(stream)) != EOF;) {
+    for (int c; (c = std::fgetc(stream.get())) != EOF;) {
         if (c != '\n') {
             line += static_cast<char>(c);
             continue;
@@ -73,30 +78,24 @@ LinesByKey written_lines(FlowItem& item) {
         }
         line.clear();
     }
-    std::fclose(stream);
     return result;
-}
-
-std::string joined_keys(const ParameterList& list) {
-    std::string keys;
-    for (const Parameter& parameter : list) {
-        keys += (keys.empty() ? "" : ", ") + std::string(parameter.key);
-    }
-    return keys;
 }
 
 // The item's spelling of a key; CommandError when it has none such.
 std::string declared_key(const FlowItem& item, const ParameterList& list, const std::string& key) {
     std::vector<std::string> keys;
+    std::string joined;
     for (const Parameter& parameter : list) {
+        if (!parameter.stored) continue;
         if (upper(key) == upper(parameter.key)) return parameter.key;
         keys.emplace_back(parameter.key);
+        joined.append(joined.empty() ? "" : ", ").append(parameter.key);
     }
     const std::string keyword = flow_item_kind(item.GetKindId()).keyword;
     if (keys.empty()) throw CommandError(keyword + " has no parameters");
     const std::string near = nearest(key, keys);
     throw CommandError(keyword + " has no parameter '" + key + "'; " +
-                       (near.empty() ? "it has " + joined_keys(list)
+                       (near.empty() ? "it has " + joined
                                      : "did you mean " + near + "? 'halvern flow item " + keyword +
                                            "' lists them"));
 }
@@ -119,12 +118,19 @@ bool is_available(const FlowItem& item) {
 
 const Parameter* parameter_of_line(const ParameterList& list, const std::string& line) {
     for (const Parameter& parameter : list) {
-        if (line.starts_with(std::string(parameter.key) + "=")) return &parameter;
+        if (parameter.stored && line.starts_with(std::string(parameter.key) + "=")) {
+            return &parameter;
+        }
     }
     return nullptr;
 }
 
 std::string value_fault(const Parameter& parameter, const std::string& value) {
+    if (const std::string key = std::string(parameter.key) + "=";
+        pieces_as_read(key + value).size() > 1) {
+        return "is too long: a line of a flow holds 198 characters, and " + key + " takes " +
+               std::to_string(key.size());
+    }
     if (std::holds_alternative<Bound<int>>(parameter.value)) {
         std::string fault = number_fault<int>(value, "a whole number");
         if (fault.empty() && !parameter.field.choices.empty()) {
@@ -134,6 +140,9 @@ std::string value_fault(const Parameter& parameter, const std::string& value) {
     }
     if (std::holds_alternative<Bound<float>>(parameter.value)) {
         return number_fault<float>(value, "a number");
+    }
+    if (std::holds_alternative<Bound<double>>(parameter.value)) {
+        return number_fault<double>(value, "a number");
     }
     if (const Rows* rows = std::get_if<Rows>(&parameter.value)) {
         const CapturedLog log;
@@ -197,11 +206,6 @@ void assign(FlowText& flow, std::size_t section, const std::vector<std::string>&
             const std::string fault = no_rows ? "" : value_fault(*parameter, value);
             if (!fault.empty()) throw CommandError(key + ": '" + value + "' " + fault);
         }
-        if (pieces_as_read(key + "=" + value).size() > 1) {
-            throw CommandError("the value of " + key +
-                               " is too long; a line of a flow holds 198 "
-                               "characters");
-        }
         if (!values.contains(key)) order.push_back(key);
         values[key].push_back(value);
     }
@@ -221,7 +225,9 @@ std::string section_text(FlowItemKind kind) {
     std::string text = std::string("$") + flow_item_kind(kind).keyword + "\n";
     LinesByKey lines = written_lines(*item);
     for (const std::string& key : lines.keys) {
-        for (const std::string& value : lines.values[key]) text += key + "=" + value + "\n";
+        for (const std::string& value : lines.values[key]) {
+            text.append(key).append("=").append(value).append("\n");
+        }
     }
     return text;
 }

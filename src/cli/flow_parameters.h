@@ -29,7 +29,7 @@ private:
 /// Whether this version has an item of the kind, not only its name.
 bool is_available(const FlowItem& item);
 
-/// The parameter of a flow file line "KEY=…", or null.
+/// The parameter of a flow file line "KEY=…", or null. One that is never in a flow file is none.
 const Parameter* parameter_of_line(const ParameterList& list, const std::string& line);
 
 /// What is wrong with a value of the parameter as a flow file spells it, or an empty text. Rows are

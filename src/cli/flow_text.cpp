@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
 #include <numeric>
 
 #include "cli/command_error.h"
@@ -48,6 +49,8 @@ std::string upper(std::string text) {
 }
 
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates) {
+    constexpr std::size_t kLongest = 100;
+    if (word.size() > kLongest) return {};
     std::string found;
     std::size_t least = word.size() / 3 + 1;  // more is another word
     for (const std::string& candidate : candidates) {
@@ -95,6 +98,11 @@ FlowText::FlowText(const std::string& text) {
 FlowText FlowText::read(const std::string& path) {
     const auto text = file_text(path);
     if (!text) {
+        std::error_code unknown;
+        const std::uintmax_t size = std::filesystem::file_size(path, unknown);
+        if (!unknown && size > std::uintmax_t{kMostTextBytes}) {
+            throw CommandError("'" + path + "' is too large to be a flow");
+        }
         throw CommandError("cannot read the flow '" + path +
                            "'; 'halvern flow list' names those there are, 'halvern flow new' "
                            "makes one");

@@ -10,6 +10,7 @@
 #include "cli/command_error.h"
 #include "cli/commands.h"
 #include "cli/table.h"
+#include "cli/words.h"
 #include "segd/image_files.h"
 #include "tape/image_tools.h"
 
@@ -62,9 +63,11 @@ void make(const Options& options) {
 }
 
 void list(const Options& options) {
-    Table table({"tape file", "block", "what", "count", "bytes each", "at byte"});
+    Table table({{"tape file", true}, {"block", true}, "what", {"count", true},
+                 {"bytes each", true}, {"at byte", true}});
     const auto text = [](std::int64_t number) { return std::to_string(number); };
     const std::string fault = list_image(options.image, [&](const ImageRun& run) {
+        table.print_full(options.csv);
         switch (run.item) {
             case TapeImageItem::kBlock:
             case TapeImageItem::kBadBlock:

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "cli/commands.h"
-#include "cli/stream_table.h"
+#include "cli/table.h"
 #include "cli/trace_selection.h"
 #include "cli/trace_source.h"
 #include "cli/trace_statistics.h"
@@ -49,9 +49,9 @@ struct Options {
 /// Names and values, one a line.
 void print_facts(const std::vector<std::pair<std::string, std::string>>& facts, bool csv) {
     if (csv) {
-        StreamTable table(stdout, true, {{"name"}, {"value"}});
+        Table table({"name", "value"});
         for (const auto& [name, value] : facts) table.add({name, value});
-        return;
+        return table.print(true);
     }
     for (const auto& [name, value] : facts) {
         const std::string dots(name.size() < kNameColumn ? kNameColumn - name.size() : 1, ' ');
@@ -106,7 +106,7 @@ std::string number_text(double value) {
 void print_headers(const Options& options, TraceSelection& selection, TraceSource& source,
                    Findings& findings, const std::string& file) {
     std::vector<int> words;
-    std::vector<StreamTable::Column> columns{{"trace"}};
+    std::vector<Table::Column> columns{{"trace", true}};
     for (const std::string& name : split_list(options.headers)) {
         words.push_back(source.definition().find(name));
         if (words.back() < 0) {
@@ -114,42 +114,44 @@ void print_headers(const Options& options, TraceSelection& selection, TraceSourc
                                        "'; 'halvern info " + file +
                                        " --ranges' lists those in use");
         }
-        columns.push_back({name});
+        columns.emplace_back(name.c_str(), true);
     }
-    std::optional<StreamTable> table;
-    if (!words.empty()) table.emplace(stdout, options.csv, columns);
+    Table table(std::move(columns));
     while (selection.next()) {
         ++findings.traces;
         if (findings.ranges) findings.ranges->add();
         if (findings.survey) findings.survey->add();
         if (options.samples) findings.samples.add(source.floats());
-        if (!table) continue;
+        if (words.empty()) continue;
         std::vector<std::string> cells{std::to_string(selection.number())};
         for (const int word : words) {
             cells.push_back(number_text(source.definition().get_double(word)));
         }
-        table->add(std::move(cells));
+        table.add(std::move(cells));
+        table.print_full(options.csv);
     }
+    if (!words.empty()) table.print(options.csv);
 }
 
 void print_ranges(const HeaderRanges& ranges, const TraceHeaderDefinition& definition, bool csv) {
-    StreamTable table(
-        stdout, csv,
-        {{"word", true}, {"minimum"}, {"maximum"}, {"distinct"}, {"step"}, {"description", true}});
+    Table table({"word", {"minimum", true}, {"maximum", true}, {"distinct", true}, {"step", true},
+                 "description"});
     for (int word = 0; word < definition.count(); ++word) {
         const WordRange& range = ranges.of(word);
         if (range.always_zero()) continue;
         std::string description = definition.description(word);
         description.erase(description.find_last_not_of(' ') + 1);
-        if (range.not_numbers() > 0)
+        if (range.not_numbers() > 0) {
             description = in_words(range.not_numbers()) + " are no numbers";
+        }
         const bool more = range.distinct() > WordRange::kMostDistinct;
         table.add({definition.name(word), number_text(range.minimum()),
                    number_text(range.maximum()),
-                   (more ? ">" : "") +
-                       std::to_string(std::min(range.distinct(), WordRange::kMostDistinct)),
+                   more ? ">" + std::to_string(WordRange::kMostDistinct)
+                        : std::to_string(range.distinct()),
                    range.step() > 0 ? number_text(range.step()) : "-", description});
     }
+    table.print(csv);
 }
 
 void print_samples(const SampleStatistics& samples, bool csv) {
@@ -227,12 +229,7 @@ void inspect(const Options& options, TraceSelection selection, const std::string
         heading("Samples");
         print_samples(findings.samples, options.csv);
     }
-    for (const std::string& oddity : source.oddities()) {
-        std::fprintf(stderr, "Note: %s.\n", oddity.c_str());
-    }
-    if (const std::string ending = source.ended_early(); reads && !ending.empty()) {
-        std::fprintf(stderr, "Note: %s.\n", ending.c_str());
-    }
+    print_notes(source);
 }
 
 void info(Options options) {
@@ -241,16 +238,27 @@ void info(Options options) {
     if (const std::string fault = selection.parse(options.range, options.select); !fault.empty()) {
         throw CLI::ValidationError(fault);
     }
-    bool first = true;
+    int status = EXIT_SUCCESS;
     for (const std::string& file : options.files) {
-        if (!first) std::printf("\n");
-        first = false;
-        inspect(options, selection, file);
+        if (&file != &options.files.front()) std::printf("\n");
+        try {
+            inspect(options, selection, file);
+        } catch (const CLI::RuntimeError& failure) {  // said; the other files are worth a look
+            status = failure.get_exit_code();
+        }
         std::fflush(stdout);
     }
+    if (status != EXIT_SUCCESS) throw CLI::RuntimeError(status);
 }
 
 }  // namespace
+
+void print_notes(const TraceSource& source) {
+    std::fflush(stdout);
+    for (const std::string& note : source.notes()) {
+        std::fprintf(stderr, "Note: %s.\n", note.c_str());
+    }
+}
 
 void add_info_command(CLI::App& app) {
     CLI::App* command = app.add_subcommand("info", "Show what data files hold");

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "cli/command_error.h"
 #include "cli/commands.h"
 #include "cli/workplace.h"
 #include "foundation/system_paths.h"
@@ -21,7 +22,9 @@ constexpr const char* kExample = R"(Example:
 void init(const std::string& asked) {
     const Workplace& place = CurrentWorkplace();
     const std::string wanted = !asked.empty() ? asked : !place.root.empty() ? place.root : ".";
-    std::filesystem::path directory = std::filesystem::absolute(wanted).lexically_normal();
+    std::error_code error;
+    std::filesystem::path directory = std::filesystem::absolute(wanted, error).lexically_normal();
+    if (error) throw CommandError("the current directory is gone; change to another one");
     if (!directory.has_filename()) directory = directory.parent_path();  // "survey/"
     make_system_directory(directory);
     std::printf("'%s' is a system directory of its own; the commands work in it and below it.\n",

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <limits>
 
 #include "cli/command_error.h"
 #include "cli/workplace.h"
@@ -20,6 +22,8 @@ namespace halvern {
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr int kLastJob = std::numeric_limits<int>::max();
 
 std::string scratch_path(const char* stem, int number) {
     return CurrentConfig().scratch_directory() + kPathSeparator + stem + std::to_string(number);
@@ -73,7 +77,7 @@ JobFiles::JobFiles(int job)
 
 std::string JobRecord::text() const {
     return "PROCESS=" + std::to_string(process) + "\nFLOW=" + flow + "\nLOG=" + log +
-           "\nSTART=" + std::to_string(static_cast<long long>(start)) + "\n";
+           "\nSTART=" + std::to_string(static_cast<std::int64_t>(start)) + "\n";
 }
 
 JobRecord JobRecord::parse(const std::string& text) {
@@ -142,11 +146,18 @@ const char* state_name(JobState state) {
 std::vector<int> job_numbers() {
     std::vector<int> numbers;
     std::error_code error;
-    fs::directory_iterator entry(CurrentConfig().scratch_directory(), error);
+    const std::string& scratch = CurrentConfig().scratch_directory();
+    fs::directory_iterator entry(scratch, error);
     for (; !error && entry != fs::directory_iterator{}; entry.increment(error)) {
         if (const int number = job_number(entry->path().filename().string()); number > 0) {
             numbers.push_back(number);
         }
+    }
+    if (error) {
+        throw CommandError("cannot read the scratch directory '" + scratch +
+                           "': " + error.message() +
+                           "; check its permissions, or 'halvern config SCRATCHDIR=DIR' names "
+                           "another one");
     }
     std::ranges::sort(numbers);
     numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
@@ -156,8 +167,13 @@ std::vector<int> job_numbers() {
 JobFiles reserve_job(const std::string& flow_text) {
     const std::vector<int> numbers = job_numbers();
     std::error_code error;
-    for (int number = numbers.empty() ? 1 : numbers.back() + 1;; ++number) {
-        const JobFiles files(number);
+    for (int last = numbers.empty() ? 0 : numbers.back();;) {
+        if (last == kLastJob) {
+            throw CommandError("there is no number for a job behind " + std::to_string(last) +
+                               "; remove the files of that number from '" +
+                               CurrentConfig().scratch_directory() + "'");
+        }
+        JobFiles files(++last);
         error = create_exclusively(files.flow);
         if (error == std::errc::file_exists) continue;
         if (!error && write_file(files.flow, flow_text)) return files;
@@ -173,9 +189,21 @@ JobRecord read_record(const JobFiles& files) {
 }
 
 bool job_runs(const JobRecord& record) {
-    return record.process > 0 && process_is_running(record.process) &&
+    return record.process > 0 && !record.log.empty() && process_is_running(record.process) &&
            process_has_argument(record.process, record.log);
 }
+
+namespace {
+
+// Between its number and its process, a job is nobody's: whoever starts it takes a moment.
+bool may_still_start(const JobFiles& files, const JobRecord& record) {
+    constexpr double kMoment = 60;  // seconds
+    const std::time_t since =
+        record.start > 0 ? record.start : write_time(files.flow).value_or(0);
+    return std::difftime(std::time(nullptr), since) < kMoment;
+}
+
+}  // namespace
 
 JobStatus job_status(int number) {
     const JobFiles files(number);
@@ -186,12 +214,9 @@ JobStatus job_status(int number) {
     }
     JobStatus status{.record = read_record(files), .log = {}};
     const bool runs = job_runs(status.record);  // asked before the log is read to its end
-    const auto log = file_text(files.log);
-    for (std::size_t begin = 0; log && begin < log->size();) {
-        const std::size_t end = std::min(log->find('\n', begin), log->size());
-        status.log.take(std::string_view(*log).substr(begin, end - begin));
-        begin = end + 1;
-    }
+    std::ifstream log(files.log, std::ios::binary);  // of any length
+    const bool logged = log.is_open();
+    for (std::string line; std::getline(log, line);) status.log.take(line);
     if (status.log.end() == LogReading::End::kNormal) {
         status.state = JobState::kDone;
     } else if (status.log.end() != LogReading::End::kNone) {
@@ -199,7 +224,7 @@ JobStatus job_status(int number) {
             status.log.end() == LogReading::End::kStopped ? JobState::kStopped : JobState::kFailed;
     } else if (runs) {
         status.state = JobState::kRunning;
-    } else if (status.record.process > 0 || log) {
+    } else if (status.record.process > 0 || logged || !may_still_start(files, status.record)) {
         status.state = JobState::kKilled;
     }
     const bool ended = status.state != JobState::kRunning && status.state != JobState::kStarting;

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -10,6 +11,7 @@
 #include "cli/log_follower.h"
 #include "cli/run_job.h"
 #include "cli/table.h"
+#include "cli/words.h"
 #include "cli/workplace.h"
 #include "foundation/time_stamp.h"
 #include "platform/job_signals.h"
@@ -52,6 +54,13 @@ void jobs(const Options& options) {
     }
 }
 
+// Nobody writes to its log any more.
+bool has_ended(int number) {
+    const JobRecord record = read_record(JobFiles(number));
+    return record.process > 0 ? !job_runs(record)
+                              : job_status(number).state != JobState::kStarting;
+}
+
 void log(const Options& options) {
     open_system_directory();
     const std::vector<int> numbers = job_numbers();
@@ -59,17 +68,16 @@ void log(const Options& options) {
     const int number = options.number > 0 ? options.number : numbers.back();
     const JobStatus status = job_status(number);
     const JobFiles files(number);
-    LogView view(stdout, style_of_standard_output());
-    if (!options.follow) {
-        const auto text = file_text(files.log);
-        if (!text) throw CommandError("job " + std::to_string(number) + " has no log yet");
-        view.take(*text);
-        return view.finish();
+    const bool goes_on = status.state == JobState::kRunning || status.state == JobState::kStarting;
+    std::error_code ignored;
+    if (!std::filesystem::exists(files.log, ignored) && !(options.follow && goes_on)) {
+        throw CommandError("job " + std::to_string(number) + " has no log (" +
+                           state_name(status.state) + "); 'halvern jobs' tells more");
     }
-    on_stop_request([] { interrupted = 1; });
+    LogView view(stdout, style_of_standard_output());
+    if (options.follow) on_stop_request([] { interrupted = 1; });
     follow_log(
-        files.log, view,
-        [&] { return status.state != JobState::kRunning || !job_runs(status.record); },
+        files.log, view, [&] { return !options.follow || !goes_on || has_ended(number); },
         [] { return interrupted != 0; });
 }
 

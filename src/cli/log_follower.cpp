@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "cli/table.h"
+#include "cli/words.h"
 #include "platform/input_file.h"
 #include "platform/terminal.h"
 
@@ -47,7 +48,9 @@ LogStyle style_of_standard_output() {
 
 std::string progress_text(long long read, long long total, long long done, double seconds) {
     constexpr long long kCells = 24;
-    const long long percent = total > 0 ? std::clamp(read * 100 / total, 0LL, 100LL) : 0;
+    // The numbers are a log's, which may hold any.
+    const double share = total > 0 ? static_cast<double>(read) / static_cast<double>(total) : 0;
+    const auto percent = static_cast<long long>(std::clamp(share, 0.0, 1.0) * 100);
     std::string text = "[" + std::string(static_cast<std::size_t>(percent * kCells / 100), '#');
     text.resize(kCells + 1, '.');
     text += "] " + std::to_string(percent) + " %  " + grouped(read) + " of " + grouped(total);

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <iostream>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -84,6 +86,14 @@ int run(CLI::App& app, int argc, char** argv) {
     return EXIT_SUCCESS;
 }
 
+// What was printed may have got nowhere: the disk that it went to is full.
+int status_of_output(int status) {
+    std::cout.flush();
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout) && std::cout) return status;
+    std::fprintf(stderr, "halvern: standard output cannot be written.\n");
+    return EXIT_FAILURE;
+}
+
 }  // namespace
 
 }  // namespace halvern
@@ -104,11 +114,14 @@ int main(int argc, char** argv) {
         }
         if (first == "__manual") {
             print_manual(app);
-            return EXIT_SUCCESS;
+            return status_of_output(EXIT_SUCCESS);
         }
-        return run(app, argc, argv);
+        return status_of_output(run(app, argc, argv));
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "halvern: there is not enough memory for this.\n");
+        return EXIT_FAILURE;
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "halvern: %s\n", failure.what());
+        std::fprintf(stderr, "halvern: %s.\n", failure.what());
         return EXIT_FAILURE;
     }
 }

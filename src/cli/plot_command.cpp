@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -81,7 +82,9 @@ picture::Canvas section_picture(const Options& options, TraceSource& source,
     if (!fault.empty()) return {1, 1};
     const double percentile = amplitude_percentile(section, options.percentile);
     const double automatic = percentile > 0 ? percentile : 1;
-    const double full_scale = (options.scale > 0 ? options.scale : automatic) / options.gain;
+    // Within what the drawing can divide by and by which.
+    const double full_scale = std::clamp(
+        (options.scale > 0 ? options.scale : automatic) / options.gain, 1e-60, 1e60);
     SectionLook look{.size = options.size, .full_scale = full_scale, .title = options.title};
     if (options.style == "red-blue") look.style = SectionStyle::kRedBlue;
     if (options.style == "wiggle") look.style = SectionStyle::kWiggle;
@@ -168,6 +171,7 @@ void plot(Options options) {
     std::string fault = selection.start(*opening.source);
     if (!fault.empty()) command_failed("plot", "'" + options.file + "': " + fault);
     const picture::Canvas canvas = draw(options, *opening.source, selection, fault);
+    print_notes(*opening.source);
     if (!fault.empty()) command_failed("plot", "'" + options.file + "': " + fault);
     if (const std::string failure = picture::write_png(options.output, canvas); !failure.empty()) {
         command_failed("plot", failure);
@@ -202,6 +206,11 @@ void add_plot_command(CLI::App& app) {
         ->group(kWhich);
 
     const char* const kTraces = "Traces";
+    const auto positive = [](const std::string& text) -> std::string {
+        double number = 0;
+        const bool is_number = CLI::detail::lexical_cast(text, number);
+        return is_number && number > 0 && std::isfinite(number) ? "" : "no number above 0: " + text;
+    };
     command->add_option("--style", options->style, "How amplitudes are shown")
         ->check(CLI::IsMember({"grey", "red-blue", "wiggle"}))
         ->capture_default_str()
@@ -209,20 +218,21 @@ void add_plot_command(CLI::App& app) {
     command->add_option("--words", options->words, "Header words above the traces: W1,W2,...")
         ->group(kTraces);
     command->add_option("--gain", options->gain, "Makes amplitudes larger")
-        ->check(CLI::PositiveNumber)
+        ->check(positive)
         ->capture_default_str()
         ->group(kTraces);
     command
         ->add_option("--percentile", options->percentile,
                      "Percent of the samples within full scale")
+        ->check(positive)
         ->check(CLI::Range(1.0, 100.0))
         ->capture_default_str()
         ->group(kTraces);
     command->add_option("--scale", options->scale, "Amplitude at full scale [by --percentile]")
-        ->check(CLI::PositiveNumber)
+        ->check(positive)
         ->group(kTraces);
     command->add_option("--agc", options->agc_ms, "Automatic gain with a window of so many ms")
-        ->check(CLI::PositiveNumber)
+        ->check(positive)
         ->group(kTraces);
     command->add_flag("--balance", options->balance, "Bring all traces to the same strength")
         ->group(kTraces);

@@ -8,7 +8,9 @@
 #include "cli/command_error.h"
 #include "cli/commands.h"
 #include "cli/prospects.h"
+#include "cli/captured_log.h"
 #include "cli/table.h"
+#include "cli/words.h"
 #include "cli/workplace.h"
 #include "foundation/messages.h"
 
@@ -45,7 +47,8 @@ void list(const Options& options) {
     const std::string current = LastProspect();
     for (const std::string& name : prospect_names()) {
         std::string directories;
-        const Prospect prospect = read_prospect(name);
+        Prospect prospect;
+        if (CapturedLog log; prospect.open(name) != 0) directories = "(its file cannot be read)";
         for (const std::string& data : prospect.data_directories()) {
             directories += (directories.empty() ? "" : "\n") + data;
         }
@@ -91,7 +94,7 @@ bool confirmed() {
 void remove(const Options& options) {
     open_system_directory();
     const ProspectRemoval removal = plan_removal(options.name);
-    std::printf("This would remove prospect '%s':\n  %s\n", options.name.c_str(),
+    std::printf("This would remove prospect '%s':\n  %s\n", removal.name.c_str(),
                 removal.file.c_str());
     for (const std::string& directory : removal.directories) {
         std::printf("  %s/ (bin, data, flow and its other directories)\n", directory.c_str());
@@ -103,12 +106,12 @@ void remove(const Options& options) {
         command_failed("prospect remove", "nothing was removed; 'y' or --yes would do it");
     }
     const std::vector<std::string> left = remove_prospect(removal);
-    if (LastProspect() == options.name) use("default");
+    if (LastProspect() == removal.name) use("default");
     for (const std::string& path : left) {
         std::printf("'%s' stays: it holds more than a prospect's directories, or is not yours.\n",
                     path.c_str());
     }
-    std::printf("Prospect '%s' removed.\n", options.name.c_str());
+    std::printf("Prospect '%s' removed.\n", removal.name.c_str());
 }
 
 }  // namespace
@@ -136,11 +139,14 @@ void add_prospect_command(CLI::App& app) {
     CLI::App* creating = add("create", "Make a prospect and work in it",
                              "create north --data /data/big --data /data/more", create);
     add_name(creating)->required();
-    creating->add_option("--data", options->directories, "Its data directories")->type_name("DIR");
+    creating->add_option("--data", options->directories, "Its data directories, one each time")
+        ->type_name("DIR")
+        ->allow_extra_args(false);
     add_name(add("use", "Work in a prospect from now on", "use north", [](const Options& o) {
         open_system_directory();
-        use(read_prospect(o.name).name());
-        std::printf("Prospect '%s' is in use.\n", o.name.c_str());
+        const std::string name = read_prospect(o.name).name();
+        use(name);
+        std::printf("Prospect '%s' is in use.\n", name.c_str());
     }))->required();
     CLI::App* showing = add("show", "Show where a prospect keeps its files", "show", show);
     add_name(showing);

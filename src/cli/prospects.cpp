@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "cli/captured_log.h"
 #include "cli/command_error.h"
 #include "cli/flow_text.h"
+#include "cli/words.h"
 #include "cli/workplace.h"
 #include "foundation/global_config.h"
 #include "foundation/scratch.h"
@@ -67,7 +69,12 @@ std::string shared_with(const std::string& own, const std::string& name) {
 
 void count_files(const std::string& directory, ProspectRemoval& removal) {
     std::error_code error;
-    fs::recursive_directory_iterator entry(directory, error);
+    if (fs::is_symlink(directory, error)) {  // the link goes, what it leads to stays
+        ++removal.files;
+        return;
+    }
+    fs::recursive_directory_iterator entry(
+        directory, fs::directory_options::skip_permission_denied, error);
     for (; !error && entry != fs::recursive_directory_iterator{}; entry.increment(error)) {
         std::error_code unknown;
         if (entry->is_directory(unknown) && !entry->is_symlink(unknown)) continue;
@@ -80,13 +87,24 @@ void count_files(const std::string& directory, ProspectRemoval& removal) {
 }  // namespace
 
 std::vector<std::string> prospect_names() {
-    return file_names(TreePath(SystemDirectory(), "Prospects"));
+    std::vector<std::string> names = file_names(TreePath(SystemDirectory(), "Prospects"));
+    std::erase_if(names, [](const std::string& name) { return !Prospect::is_name(name); });
+    return names;
 }
 
 Prospect read_prospect(const std::string& name) {
     const CapturedLog log;
     Prospect prospect;
-    if (prospect.open(name) == 0) return prospect;
+    // The tree does not tell capitals from small letters; the file says how the prospect is called.
+    const fs::path file = Prospect::file_path(name);
+    if (prospect.open(Prospect::is_name(name) ? file.filename().string() : name) == 0) {
+        return prospect;
+    }
+    std::error_code ignored;
+    if (Prospect::is_name(name) && fs::exists(file, ignored)) {
+        throw CommandError("cannot read the prospect file '" + file.string() +
+                           "'; check its permissions");
+    }
     const std::string near = nearest(name, prospect_names());
     throw CommandError("there is no prospect '" + name +
                        (near.empty() ? "'; " : "'; did you mean " + near + "? ") +
@@ -94,7 +112,7 @@ Prospect read_prospect(const std::string& name) {
 }
 
 Prospect create_prospect(const std::string& name, const std::vector<std::string>& directories) {
-    if (!Prospect::is_name(name) || name.front() == '.' || name.front() == '-') {
+    if (!is_usable_name(name)) {
         throw CommandError("'" + name + "' cannot name a prospect; use letters and digits");
     }
     std::error_code error;
@@ -107,6 +125,10 @@ Prospect create_prospect(const std::string& name, const std::vector<std::string>
         if (!fs::is_directory(directory, error)) {
             throw CommandError("the data directory '" + directory +
                                "' does not exist; make it first");
+        }
+        if (!is_one_line(directory)) {
+            throw CommandError("the data directory '" + directory +
+                               "' has a name that fits no prospect file; rename it");
         }
         whole.push_back(fs::absolute(directory, error).lexically_normal().string());
     }
@@ -129,14 +151,19 @@ Prospect create_prospect(const std::string& name, const std::vector<std::string>
     return prospect;
 }
 
-std::vector<std::string> flow_names() { return file_names(CurrentProspect().path("flow")); }
+std::vector<std::string> flow_names() {
+    std::vector<std::string> names = file_names(CurrentProspect().path("flow"));
+    std::erase_if(names, [](const std::string& name) { return !is_usable_name(name); });
+    return names;
+}
 
-ProspectRemoval plan_removal(const std::string& name) {
-    const Prospect prospect = read_prospect(name);
+ProspectRemoval plan_removal(const std::string& asked) {
+    const Prospect prospect = read_prospect(asked);
+    const std::string& name = prospect.name();
     if (name == "default") {
         throw CommandError("the prospect 'default' is the one that every job starts in; it stays");
     }
-    ProspectRemoval removal{.file = Prospect::file_path(name)};
+    ProspectRemoval removal{.name = name, .file = Prospect::file_path(name)};
     for (const std::string& data : prospect.data_directories()) {
         const std::string own = own_directory(data, name);
         std::error_code error;

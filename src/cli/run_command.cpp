@@ -6,11 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "cli/command_error.h"
 #include "cli/commands.h"
+#include "cli/flow_text.h"
 #include "cli/log_follower.h"
 #include "cli/run_job.h"
-#include "cli/table.h"
 #include "cli/workplace.h"
 #include "foundation/prospect.h"
 #include "platform/job_signals.h"
@@ -52,12 +51,8 @@ bool follow(StartedJob& job, LogView& view) {
 void run(const Options& options) {
     open_workplace();
     const std::string path = flow_path(options.name);
-    const auto flow = file_text(path);
-    if (!flow) {
-        throw CommandError("there is no flow '" + path +
-                           "'; 'halvern flow list' names those there are");
-    }
-    const std::string text = run_text(*flow, CurrentProspect().name(), options.overrides);
+    const std::string text =
+        run_text(FlowText::read(path), CurrentProspect().name(), options.overrides);
     const std::string name = std::filesystem::path(path).filename().string();
     StartedJob job = start_job(name, text);
     if (options.detach) return say_how_to_go_on(job.files.number);

@@ -7,16 +7,14 @@
 
 #include "cli/command_error.h"
 #include "cli/flow_parameters.h"
-#include "cli/flow_text.h"
 #include "cli/workplace.h"
 #include "job/job_runner.h"
 #include "platform/replace_file.h"
 
 namespace halvern {
 
-std::string run_text(const std::string& flow_text, const std::string& prospect,
+std::string run_text(FlowText flow, const std::string& prospect,
                      const std::vector<std::string>& overrides) {
-    FlowText flow(flow_text);
     std::map<std::size_t, std::vector<std::string>> assignments;  // by section
     for (const std::string& text : overrides) {
         const std::size_t dot = text.find('.');

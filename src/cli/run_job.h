@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/flow_text.h"
 #include "cli/jobs.h"
 #include "platform/detached_process.h"
 
@@ -15,7 +16,7 @@ struct StartedJob {
 
 /// The text of a run file: the prospect's line, then the flow with some parameters of its own,
 /// "ITEM.KEY=VALUE" or "ITEM#2.KEY=VALUE" each. CommandError when one of them fits nothing.
-std::string run_text(const std::string& flow_text, const std::string& prospect,
+std::string run_text(FlowText flow, const std::string& prospect,
                      const std::vector<std::string>& overrides);
 
 /// Gives the run a number and its files and starts the job program on it, detached.

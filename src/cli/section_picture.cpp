@@ -192,6 +192,7 @@ private:
     // Multiples of the smallest round number that leaves room between the labels.
     bool label_round_values() const {
         const auto [low, high] = std::ranges::minmax(values_);
+        if (!std::isfinite(high - low)) return false;
         for (double power = 1; power <= high - low; power *= 10) {
             for (const double factor : {1.0, 2.0, 5.0}) {
                 const double step = factor * power;

@@ -4,7 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "cli/quiet_log.h"
+#include "cli/captured_log.h"
 #include "cli/words.h"
 #include "segd/record_reader.h"
 #include "segd/samples.h"
@@ -26,6 +26,7 @@ public:
 
     Status next(std::span<const std::byte>& block) override {
         const TapeImageRecord record = image_.next();
+        if (record.item == TapeImageItem::kFault) fault_ = image_.fault();
         block = record.item == TapeImageItem::kBlock ? record.data : std::span<const std::byte>{};
         if (record.item == TapeImageItem::kBlock) return Status::kBlock;
         return record.item == TapeImageItem::kBadBlock ? Status::kReadError : Status::kNoData;
@@ -35,8 +36,10 @@ public:
             switch (image_.next().item) {
                 case TapeImageItem::kFilemark:
                     return 0;
-                case TapeImageItem::kEndOfData:
                 case TapeImageItem::kFault:
+                    fault_ = image_.fault();
+                    return -1;
+                case TapeImageItem::kEndOfData:
                     return -1;
                 default:
                     break;
@@ -44,8 +47,12 @@ public:
         }
     }
 
+    /// Why nothing can be read from where the image stands, which is not its end; else empty.
+    const std::string& fault() const { return fault_; }
+
 private:
     TapeImageReader image_;
+    std::string fault_;
 };
 
 std::string fault_text(const RecordReader& reader) {
@@ -66,15 +73,18 @@ std::string fault_text(const RecordReader& reader) {
 class SegdTraceSource final : public TraceSource {
 public:
     std::string open(const std::string& path, const std::string& header_path, bool image) {
-        image_ = image;
-        const QuietLog log;
+        const CapturedLog log;
         definition_.attach(header_.data());
         if (definition_.load(header_path) != 0) {
             return "cannot read the header description '" + header_path + "'";
         }
         if (image) {
             std::optional<TapeImageReader> tape = TapeImageReader::open(path);
-            if (tape) source_ = std::make_unique<ImageBlockSource>(std::move(*tape));
+            if (tape) {
+                auto source = std::make_unique<ImageBlockSource>(std::move(*tape));
+                image_ = source.get();
+                source_ = std::move(source);
+            }
         } else {
             auto file = segd::FileBlockSource::open(path);
             if (file) source_ = std::make_unique<segd::FileBlockSource>(std::move(*file));
@@ -87,8 +97,11 @@ public:
                 break;
             case RecordReader::Record::kFault:
                 return "'" + path + "' " + fault_text(*reader_);
-            default:
-                return "'" + path + "' holds no whole SEG-D record header";
+            default: {
+                const std::string reason = image_ ? image_->fault() : "";
+                return "'" + path + "' begins with no whole SEG-D record header" +
+                       (reason.empty() ? "" : ": ") + reason;
+            }
         }
         return start(header_path);
     }
@@ -126,7 +139,10 @@ public:
         if (lost_ == 0) return {};
         return {counted(lost_, "trace") + " could not be read"};
     }
-    std::string ended_early() const override { return ended_; }
+    std::string ended_early() const override {
+        if (faults_ <= kMostFaultsTold) return ended_;
+        return ended_ + "; and " + in_words(faults_ - kMostFaultsTold) + " more like these";
+    }
 
 private:
     // Reads one trace ahead: how many samples it has is what the line says.
@@ -173,9 +189,9 @@ private:
     bool next_record() {
         const segd::RecordHeader& done = reader_->header();
         if (reader_->sequence() < done.traces()) {
-            ended_ = "record " + std::to_string(done.file_number()) + " has " +
-                     std::to_string(reader_->sequence()) + " of the " + in_words(done.traces()) +
-                     " traces that its header announces";
+            tell("record " + std::to_string(done.file_number()) + " has " +
+                 std::to_string(reader_->sequence()) + " of the " + in_words(done.traces()) +
+                 " traces that its header announces");
         }
         while (true) {
             switch (reader_->next_record()) {
@@ -183,18 +199,28 @@ private:
                     ++records_;
                     return true;
                 case RecordReader::Record::kEnd:
-                    return false;
+                    return end();
                 case RecordReader::Record::kFault:
-                    ended_ = "a record behind " + counted(records_, "record") + ' ' +
-                             fault_text(*reader_);
+                    tell("a record behind " + counted(records_, "record") + ' ' +
+                         fault_text(*reader_));
                     break;
                 default:
-                    ended_ =
-                        "a record header behind " + counted(records_, "record") + " cannot be read";
+                    tell("a record header behind " + counted(records_, "record") +
+                         " cannot be read");
                     break;
             }
-            if (reader_->skip_file() != 0) return false;
+            if (reader_->skip_file() != 0) return end();
         }
+    }
+    // A source that is stuck looks to the reader as if the data ended there.
+    bool end() {
+        if (image_ && !image_->fault().empty()) {
+            tell(image_->fault() + "; nothing from there on is read");
+        }
+        return false;
+    }
+    void tell(const std::string& fault) {
+        if (++faults_ <= kMostFaultsTold) ended_.append(ended_.empty() ? "" : "; ").append(fault);
     }
 
     // Header words and samples of the trace that the reader stands on.
@@ -245,7 +271,10 @@ private:
         "MTIME",    "STIME",   "SEQCHAN",  "SEQFFID",  "SOULINE",  "SOUPOINT",
         "SOUINDEX", "RECLINE", "RECPOINT", "RECINDEX", "NUMSAMPS", "SAMPRATE"};
 
+    static constexpr std::int64_t kMostFaultsTold = 3;
+
     std::unique_ptr<BlockSource> source_;
+    const ImageBlockSource* image_ = nullptr;  // the same; null: a disk file
     std::optional<RecordReader> reader_;
     std::optional<RecordReader::Next> ahead_;
     LineHeader line_;
@@ -258,7 +287,7 @@ private:
     std::string ended_;
     std::int64_t records_ = 1;
     std::int64_t lost_ = 0;
-    bool image_ = false;
+    std::int64_t faults_ = 0;
     bool samples_wanted_ = true;
 };
 

@@ -73,7 +73,7 @@ Words keys_of(const FlowSection& section, const std::string& start) {
     const QuietItem item(section);
     Words words;
     for (const Parameter& parameter : item->Parameters()) {
-        words.push_back(start + parameter.key + "=");
+        if (parameter.stored) words.push_back(start + parameter.key + "=");
     }
     return words;
 }

@@ -1,6 +1,8 @@
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <set>
@@ -80,7 +82,7 @@ void check_outputs(const Options& options) {
     std::set<fs::path> seen;
     for (const std::string& path : paths) {
         std::error_code error;
-        const fs::path whole = fs::weakly_canonical(fs::absolute(path), error);
+        const fs::path whole = fs::weakly_canonical(fs::absolute(path, error), error);
         if (!seen.insert(error ? fs::path(path) : whole).second) {
             throw CLI::ValidationError("two outputs would be the same file '" + path + "'");
         }
@@ -94,7 +96,9 @@ void write_model(const std::string& path, const std::string& description) {
     std::FILE* file = std::fopen(path.c_str(), "w");
     bool written = file && std::fputs(description.c_str(), file) >= 0;
     if (file) written = std::fclose(file) == 0 && written;
-    if (!written) command_failed("synthesize", "cannot write '" + path + "'");
+    if (!written) {
+        command_failed("synthesize", "cannot write '" + path + "': " + std::strerror(errno));
+    }
 }
 
 void synthesize(Options options) {

@@ -77,7 +77,8 @@ std::optional<std::string> SyntheticLine::fault() const {
     if (!within(spacing_m, 1, 1000)) return "the spacing must be 1 to 1000 m";
     if (!within(shot_stations, 1, 1000)) return "shots must be 1 to 1000 stations apart";
     if (!within(gap, 0, 1000)) return "the gap must be 0 to 1000 stations";
-    const std::int64_t length = channels + 2 * gap + std::int64_t{shot_stations} * shots;
+    const std::int64_t length =
+        std::int64_t{channels} + 2 * gap + std::int64_t{shot_stations} * shots;
     if (length * spacing_m > 9000000) return "the line is longer than 9000 km";
     if (!within(first_ffid, 0, std::numeric_limits<int>::max() - shots)) {
         return "the first file number must not be negative";
@@ -203,7 +204,7 @@ double SyntheticLine::zero_offset_ms(int reflection, double x) const {
 double SyntheticLine::reflection_ms(int reflection, int shot, int channel) const {
     const double t0 = zero_offset_ms(reflection, midpoint_x(shot, channel));
     const double moveout =
-        1000 * offset(shot, channel) / reflections[static_cast<std::size_t>(reflection)].velocity;
+        1000.0 * offset(shot, channel) / reflections[static_cast<std::size_t>(reflection)].velocity;
     return std::sqrt(t0 * t0 + moveout * moveout) + source_delay_ms(shot) +
            receiver_delay_ms(receiver_station(shot, channel));
 }
@@ -219,11 +220,11 @@ double SyntheticLine::critical_distance() const {
 }
 
 double SyntheticLine::refraction_ms(int shot, int channel) const {
-    return intercept_ms() + 1000 * offset(shot, channel) / refractor_velocity +
+    return intercept_ms() + 1000.0 * offset(shot, channel) / refractor_velocity +
            source_delay_ms(shot) + receiver_delay_ms(receiver_station(shot, channel));
 }
 
-double SyntheticLine::direct_ms(int offset_m) const { return 1000 * offset_m / direct_velocity; }
+double SyntheticLine::direct_ms(int offset_m) const { return 1000.0 * offset_m / direct_velocity; }
 
 std::string SyntheticLine::description() const {
     std::string text;

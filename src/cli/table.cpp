@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kGap = 2;  // blanks between columns
 constexpr std::size_t kNarrowest = 6;
+constexpr std::size_t kMany = 1000;  // rows that are kept to see how wide columns must be
 
 bool continues_character(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
@@ -37,6 +38,15 @@ std::vector<std::string_view> lines_of(std::string_view text) {
     return lines;
 }
 
+// What a terminal can show of a file's or a person's text: no character that steers it.
+std::string printable(std::string text) {
+    for (char& c : text) {
+        const bool control = static_cast<unsigned char>(c) < ' ' || c == '\x7F';
+        if (control && c != '\n') c = '?';
+    }
+    return text;
+}
+
 std::string csv_cell(const std::string& cell) {
     if (cell.find_first_of(",\"\r\n") == std::string::npos) return cell;
     std::string quoted = "\"";
@@ -51,6 +61,7 @@ std::string csv_cell(const std::string& cell) {
 
 std::vector<std::string> wrapped(const std::string& text, std::size_t width) {
     std::vector<std::string> result;
+    width = std::max<std::size_t>(width, 1);
     for (std::string_view line : lines_of(text)) {
         while (characters(line) > width) {
             const std::size_t most = bytes_of(line, width);
@@ -73,73 +84,91 @@ std::vector<std::string> wrapped(const std::string& text, std::size_t width) {
     return result;
 }
 
-std::string Table::text(std::size_t width) const {
-    std::vector<std::size_t> widths(rows_.front().size());
-    for (const auto& row : rows_) {
-        for (std::size_t i = 0; i < row.size(); ++i) {
+std::vector<std::size_t> Table::widths(std::size_t width) const {
+    std::vector<std::size_t> widths;
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        widths.push_back(characters(columns_[i].title));
+        for (const auto& row : rows_) {
             for (const std::string_view line : lines_of(row[i])) {
                 widths[i] = std::max(widths[i], characters(line));
             }
         }
     }
-    const auto total = [&] {
-        std::size_t sum = (widths.size() - 1) * kGap;
-        for (const std::size_t w : widths) sum += w;
-        return sum;
-    };
-    while (total() > width) {
-        const auto widest = std::ranges::max_element(widths);
-        if (*widest <= kNarrowest) break;
+    std::size_t total = (widths.size() - 1) * kGap;
+    for (const std::size_t w : widths) total += w;
+    for (; total > width; --total) {
+        std::size_t* widest = nullptr;
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            if (!columns_[i].number && (!widest || widths[i] > *widest)) widest = &widths[i];
+        }
+        if (!widest || *widest <= kNarrowest) break;
         --*widest;
     }
+    return widths;
+}
 
+std::string Table::text(std::size_t width) const {
+    const std::vector<std::size_t> wide = settled_.empty() ? widths(width) : settled_;
     std::string text;
-    for (const auto& row : rows_) {
+    const auto append = [&](const auto& cell_of) {
         std::vector<std::vector<std::string>> cells;
         std::size_t height = 1;
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            cells.push_back(wrapped(row[i], widths[i]));
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            const std::string cell = printable(cell_of(i));
+            const bool broken = !columns_[i].number;
+            cells.push_back(broken ? wrapped(cell, wide[i]) : std::vector{cell});
             height = std::max(height, cells.back().size());
         }
         for (std::size_t k = 0; k < height; ++k) {
             std::string line;
             std::size_t column = 0;  // characters that should stand before the next cell
+            std::size_t there = 0;   // that do
             for (std::size_t i = 0; i < cells.size(); ++i) {
-                if (k < cells[i].size() && !cells[i][k].empty()) {
-                    line.append(column - characters(line), ' ');
-                    line += cells[i][k];
+                const std::string cell = k < cells[i].size() ? cells[i][k] : "";
+                const std::size_t length = characters(cell);
+                const std::size_t before =
+                    columns_[i].number && length < wide[i] ? wide[i] - length : 0;
+                if (length > 0) {
+                    // A number that is wider than those before it pushes the rest of its row.
+                    const std::size_t place = std::max(column, there + (i > 0 ? kGap : 0)) + before;
+                    line.append(place - there, ' ');
+                    line += cell;
+                    there = place + length;
                 }
-                column += widths[i] + kGap;
+                column += wide[i] + kGap;
             }
             text += line + "\n";
         }
-    }
+    };
+    if (settled_.empty()) append([&](std::size_t i) { return columns_[i].title; });
+    for (const auto& row : rows_) append([&](std::size_t i) { return row[i]; });
     return text;
 }
 
 std::string Table::csv() const {
     std::string text;
-    for (const auto& row : rows_) {
-        for (std::size_t i = 0; i < row.size(); ++i) {
+    const auto append = [&](const auto& cell_of) {
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
             if (i > 0) text += ',';
-            text += csv_cell(row[i]);
+            text += csv_cell(cell_of(i));
         }
         text += '\n';
-    }
+    };
+    if (settled_.empty()) append([&](std::size_t i) { return columns_[i].title; });
+    for (const auto& row : rows_) append([&](std::size_t i) { return row[i]; });
     return text;
 }
 
-void Table::print(bool as_csv) const { std::fputs((as_csv ? csv() : text()).c_str(), stdout); }
-
-std::string grouped(long long number) {
-    std::string digits = std::to_string(number);
-    const std::size_t sign = number < 0 ? 1 : 0;
-    for (std::size_t at = digits.size(); at > sign + 3;) digits.insert(at -= 3, 1, ',');
-    return digits;
+void Table::print(bool as_csv) const {
+    const std::string all = as_csv ? csv() : text();
+    std::fwrite(all.data(), 1, all.size(), stdout);
 }
 
-std::string counted(long long number, const std::string& thing) {
-    return grouped(number) + " " + thing + (number == 1 ? "" : "s");
+void Table::print_full(bool as_csv) {
+    if (rows_.size() < kMany) return;
+    print(as_csv);
+    if (settled_.empty()) settled_ = widths(kWidth);
+    rows_.clear();
 }
 
 }  // namespace halvern

@@ -11,32 +11,41 @@ class Table {
 public:
     static constexpr std::size_t kWidth = 80;
 
-    explicit Table(std::vector<std::string> titles) : rows_{std::move(titles)} {}
+    struct Column {
+        Column(const char* text, bool is_number = false) : title(text), number(is_number) {}
+        std::string title;
+        bool number;  ///< cells stand on the right and are never broken
+    };
 
-    /// A row with as many cells as there are titles. A cell may hold several lines.
+    explicit Table(std::vector<Column> columns) : columns_(std::move(columns)) {}
+
+    /// A row with as many cells as there are columns. A cell of text may hold several lines.
     void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
-    bool empty() const { return rows_.size() == 1; }
+    bool empty() const { return rows_.empty(); }
 
-    /// Columns beside each other. Where they would pass `width`, the widest ones are narrowed and
-    /// their cells go on in further lines, broken at blanks where there are any.
+    /// The titles and rows, columns beside each other. Where they would pass `width`, the widest
+    /// ones of text are narrowed and their cells go on in further lines, broken at blanks where
+    /// there are any. Control characters are shown as "?".
     std::string text(std::size_t width = kWidth) const;
     /// The same cells unbroken, comma-separated; quoted where they hold a comma, quote or line end.
     std::string csv() const;
 
     /// One of the two on standard output.
     void print(bool as_csv) const;
+    /// For a table of any length, after each add(): prints the rows there are once they are many
+    /// and forgets them. Columns keep the widths that the first of them needed.
+    void print_full(bool as_csv);
 
 private:
-    std::vector<std::vector<std::string>> rows_;  // the titles first
+    std::vector<std::size_t> widths(std::size_t width) const;
+
+    std::vector<Column> columns_;
+    std::vector<std::vector<std::string>> rows_;
+    std::vector<std::size_t> settled_;  // widths of what has been printed; empty: nothing has
 };
 
 /// The lines of `text` at most `width` characters (of UTF-8) wide, broken at blanks or, failing
 /// that, behind a "/" or anywhere. At least one line.
 std::vector<std::string> wrapped(const std::string& text, std::size_t width);
-
-/// "12,000".
-std::string grouped(long long number);
-/// "1 error", "2 errors".
-std::string counted(long long number, const std::string& thing);
 
 }  // namespace halvern

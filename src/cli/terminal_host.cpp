@@ -82,6 +82,7 @@ void TerminalHost::ShowMessage(const std::string& text) {
 // False when the user leaves.
 bool TerminalHost::ask_all(const ParameterDialog& dialog) {
     for (const Parameter& parameter : dialog.fields) {
+        if (!parameter.stored) continue;  // a flow file would not keep the answer
         if (parameter.field.applies && !parameter.field.applies()) continue;
         const Rows* rows = std::get_if<Rows>(&parameter.value);
         if (!(rows ? ask_rows(parameter, *rows) : ask(parameter))) return false;
@@ -158,7 +159,7 @@ bool TerminalHost::take(const Parameter& parameter, const std::string& value) {
 bool TerminalHost::ask_rows(const Parameter& parameter, const Rows& rows) {
     if (!rows.cells || !rows.assign) return true;  // not for a window
     show_question(parameter);
-    Table table({rows.columns.begin(), rows.columns.end()});
+    Table table(std::vector<Table::Column>(rows.columns.begin(), rows.columns.end()));
     for (auto& row : rows.cells()) {
         row.resize(rows.columns.size());
         table.add(std::move(row));

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "cli/quiet_log.h"
+#include "cli/captured_log.h"
 #include "cli/segd_trace_source.h"
 #include "cli/words.h"
 #include "native/native_reader.h"
@@ -42,9 +42,9 @@ bool begins_tape_image(const std::string& path, const Beginning& file) {
     if (length == 0 || length > TapeImageReader::kLongestBlock || length + 8 > file.size) {
         return false;
     }
-    const std::optional<TapeImageReader> reader = TapeImageReader::open(path);
+    std::optional<TapeImageReader> reader = TapeImageReader::open(path);
     if (!reader) return false;
-    const TapeImageItem item = TapeImageReader(*TapeImageReader::open(path)).next().item;
+    const TapeImageItem item = reader->next().item;
     return item == TapeImageItem::kBlock || item == TapeImageItem::kBadBlock;
 }
 
@@ -120,7 +120,14 @@ Recognised recognise(const std::string& path, const Beginning& file) {
             "'" + path + "' is of no kind that is known: SEG-Y, dataset, SEG-D or tape image"};
 }
 
-/// Reads the rest of a SEG-Y tape file from an image, a trace a block.
+/// Why trace `index` of `count`, from 0, is not there although the file had it when it was opened.
+std::string lost_text(std::int64_t index, std::int64_t count) {
+    return "trace " + in_words(index + 1) + " of " + in_words(count) +
+           " cannot be read: the file has become shorter, or its disk fails";
+}
+
+/// Reads an image as SEG-Y, a trace a block. Behind a filemark it reads on, as a job does from
+/// tape: traces, or another line header and traces of the same layout.
 class ImageSegySource final : public SegySource {
 public:
     explicit ImageSegySource(TapeImageReader image) : image_(std::move(image)) {}
@@ -133,42 +140,82 @@ public:
             std::ranges::copy(block, header.subspan(filled).begin());
             filled += block.size();
         }
+        std::ranges::copy(header, line_.bytes().begin());
         return true;
     }
     bool skip_text_headers(int count) override {
         while (count > 0 && !next_block().empty()) --count;
         return count <= 0;
     }
-    std::span<const std::byte> next_record(std::int64_t, std::int64_t wanted) override {
-        const std::span<const std::byte> block = next_block();
-        return block.first(std::min(block.size(), static_cast<std::size_t>(wanted)));
+    std::span<const std::byte> next_record(std::int64_t record_bytes,
+                                           std::int64_t wanted) override {
+        std::span<const std::byte> block = next_block();
+        if (at_filemark_) {
+            block = next_block();  // a second filemark ends the tape
+            if (!block.empty()) ++files_;
+            if (block.size() == kTextHeaderBytes) {
+                if (header_follows() && !takes_over()) return {};
+                block = next_block();
+            }
+        }
+        if (block.empty()) return {};
+        const auto length = static_cast<std::int64_t>(block.size());
+        if (length < record_bytes) {
+            stop("the block at byte " + in_words(offset_) + " has " + in_words(length) +
+                 " bytes where a trace takes " + in_words(record_bytes));
+            return {};
+        }
+        if (length > record_bytes) ++longer_;
+        return block.first(static_cast<std::size_t>(wanted));
     }
 
     /// Why there was no further block; empty at the end of the last tape file.
     const std::string& ending() const { return ending_; }
+    std::int64_t files() const { return files_; }  ///< of the tape, so far
+    /// Blocks with bytes behind their trace.
+    std::int64_t longer() const { return longer_; }
 
 private:
     std::span<const std::byte> next_block() {
         const TapeImageRecord record = image_.next();
-        switch (record.item) {
-            case TapeImageItem::kBlock:
-                return record.data;
-            case TapeImageItem::kBadBlock:
-                ending_ = "a block at byte " + in_words(record.offset) + " is marked as bad";
-                return {};
-            case TapeImageItem::kFault:
-                ending_ = image_.fault();
-                return {};
-            case TapeImageItem::kFilemark:
-                if (image_.next().item == TapeImageItem::kBlock) {
-                    ending_ = "further tape files follow, which are not read";
-                }
-                return {};
-            default:
-                return {};
+        offset_ = record.offset;
+        at_filemark_ = record.item == TapeImageItem::kFilemark;
+        if (record.item == TapeImageItem::kBlock) return record.data;
+        if (record.item == TapeImageItem::kFault) stop(image_.fault());
+        if (record.item == TapeImageItem::kBadBlock) {
+            stop("the block at byte " + in_words(offset_) + " is marked as bad");
         }
+        return {};
     }
+    void stop(const std::string& reason) { ending_ = reason + "; nothing from there on is read"; }
+
+    // Whether the block of 3200 bytes that was read is a text header: a binary header stands behind
+    // it, and next_block() gives that. If not, it is a trace, which next_block() gives once more.
+    bool header_follows() {
+        const std::int64_t behind = image_.position();
+        const bool follows = image_.next().data.size() == kBinaryHeaderBytes;
+        image_.seek(follows ? behind : offset_);
+        return follows;
+    }
+    bool takes_over() {
+        const SegyLayout first = SegyLayout::parse(line_);
+        const std::int64_t begin = offset_;
+        std::ranges::copy(next_block(), line_.bytes().subspan(kTextHeaderBytes).begin());
+        const SegyLayout other = SegyLayout::parse(line_);
+        if (other.samples == first.samples && other.interval == first.interval &&
+            other.format_code == first.format_code && skip_text_headers(other.text_headers)) {
+            return true;
+        }
+        stop("the line header at byte " + in_words(begin) + " does not fit the traces before it");
+        return false;
+    }
+
     TapeImageReader image_;
+    LineHeader line_;          // the last one; its text is the first one's
+    std::int64_t offset_ = 0;  // of the last record
+    std::int64_t files_ = 1;
+    std::int64_t longer_ = 0;
+    bool at_filemark_ = false;
     std::string ending_;
 };
 
@@ -177,10 +224,12 @@ public:
     /// Why it cannot be opened, or an empty text. `image`: the file is a tape image.
     std::string open(const std::string& path, const std::string& header_path, bool image) {
         const SegyReaderOptions options{.header_path = header_path};
-        QuietLog log;
+        const CapturedLog log;
         SegyOpening opening = SegyOpening::kNotValid;
         if (image) {
-            auto source = std::make_unique<ImageSegySource>(*TapeImageReader::open(path));
+            std::optional<TapeImageReader> tape = TapeImageReader::open(path);
+            if (!tape) return "'" + path + "' cannot be read";
+            auto source = std::make_unique<ImageSegySource>(std::move(*tape));
             image_ = source.get();
             opening = reader_.open(path, std::move(source), options);
         } else {
@@ -191,7 +240,9 @@ public:
         }
         if (opening == SegyOpening::kNotValid) {
             const std::vector<std::string> errors = log.errors();
-            return errors.empty() ? "'" + path + "' cannot be read as SEG-Y" : errors.front();
+            if (!errors.empty()) return errors.front();
+            const std::string reason = image_ ? image_->ending() : "";
+            return "'" + path + "' cannot be read as SEG-Y" + (reason.empty() ? "" : ": ") + reason;
         }
         oddities_ = log.warnings();
         if (reader_.layout().format == SampleFormat::kInt16 &&
@@ -205,9 +256,18 @@ public:
     std::string kind() const override {
         return image_ ? "tape image that holds SEG-Y" : "SEG-Y file";
     }
-    bool next() override { return reader_.read_next() == 1; }
+    bool next() override {
+        if (reader_.read_next() == 1) {
+            ++next_;
+            return true;
+        }
+        if (next_ < trace_count()) ended_ = lost_text(next_, trace_count());
+        return false;
+    }
     bool move_to(std::int64_t index) override {
-        return reader_.file_size() >= 0 && reader_.move_to(index);
+        if (reader_.file_size() < 0 || !reader_.move_to(index)) return false;
+        next_ = index;
+        return true;
     }
     void set_samples_wanted(bool wanted) override { reader_.set_samples_wanted(wanted); }
     std::int64_t trace_count() const override {
@@ -235,6 +295,7 @@ public:
         if (reader_.file_size() >= 0) {
             facts.emplace_back("file size", in_words(reader_.file_size()) + " bytes");
         }
+        if (image_) facts.emplace_back("tape files", in_words(image_->files()));
         return facts;
     }
     std::vector<std::string> oddities() const override {
@@ -244,20 +305,26 @@ public:
                           " of the traces read give a number of samples or an interval that the "
                           "binary header does not; the binary header counts");
         }
+        if (image_ && image_->longer() > 0) {
+            all.push_back(counted(image_->longer(), "block") +
+                          " hold more than a trace, whose rest is not read");
+        }
         return all;
     }
-    std::string ended_early() const override { return image_ ? image_->ending() : std::string(); }
+    std::string ended_early() const override { return image_ ? image_->ending() : ended_; }
 
 private:
     SegyReader reader_;
     ImageSegySource* image_ = nullptr;  // the reader's source; null: a disk file
+    std::int64_t next_ = 0;             // index of the trace to read next
+    std::string ended_;
     std::vector<std::string> oddities_;
 };
 
 class NativeTraceSource final : public TraceSource {
 public:
     std::string open(const std::string& path) {
-        QuietLog log;
+        const CapturedLog log;
         switch (reader_.open(path, 0, "dataset reader")) {
             case NativeOpening::kNoDefinition:
                 return "cannot read the dataset's header description '" +
@@ -277,8 +344,19 @@ public:
     }
 
     std::string kind() const override { return "native dataset"; }
-    bool next() override { return reader_.read_next() == 1; }
-    bool move_to(std::int64_t index) override { return reader_.move_to(index); }
+    bool next() override {
+        if (reader_.read_next() == 1) {
+            ++next_;
+            return true;
+        }
+        if (next_ < trace_count()) ended_ = lost_text(next_, trace_count());
+        return false;
+    }
+    bool move_to(std::int64_t index) override {
+        if (!reader_.move_to(index)) return false;
+        next_ = index;
+        return true;
+    }
     void set_samples_wanted(bool) override {}
     std::int64_t trace_count() const override { return reader_.trace_count(); }
     LineHeader& line() override { return reader_.line(); }
@@ -297,9 +375,12 @@ public:
         }
         return facts;
     }
+    std::string ended_early() const override { return ended_; }
 
 private:
     NativeReader reader_;
+    std::int64_t next_ = 0;  // index of the trace to read next
+    std::string ended_;
 };
 
 template <class Source, class... Arguments>
@@ -324,6 +405,12 @@ TraceOpening open_image(const std::string& path, const std::string& header_path)
 }
 
 }  // namespace
+
+std::vector<std::string> TraceSource::notes() const {
+    std::vector<std::string> all = oddities();
+    if (std::string ending = ended_early(); !ending.empty()) all.push_back(std::move(ending));
+    return all;
+}
 
 std::string sample_format_text(SampleFormat format) {
     switch (format) {

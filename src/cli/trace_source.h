@@ -49,6 +49,8 @@ public:
     virtual std::vector<std::string> oddities() const { return {}; }
     /// Why the data end before they should; empty when they do not.
     virtual std::string ended_early() const { return {}; }
+    /// Both of these, for the user.
+    std::vector<std::string> notes() const;
 };
 
 /// A source, or why there is none, as the rest of a sentence.

@@ -97,7 +97,7 @@ void SampleStatistics::add(std::span<const float> trace) {
     finite_ += trace_finite;
     zeros_ += trace_zeros;
     nans_ += total(nans);
-    if (trace_zeros == samples) ++dead_;
+    if (trace_zeros == samples && samples > 0) ++dead_;
     if (trace_finite < samples && first_not_finite_ == 0) first_not_finite_ = traces_;
     minimum_ = std::min(minimum_, *std::min_element(low, low + kLanes));
     maximum_ = std::max(maximum_, *std::max_element(high, high + kLanes));
@@ -152,6 +152,7 @@ double coordinate_scale(double scalar) {
 }
 
 void SurveyStatistics::Extent::add(double value) {
+    if (std::isnan(value)) return;
     low = any ? std::min(low, value) : value;
     high = any ? std::max(high, value) : value;
     any = true;
@@ -173,9 +174,14 @@ SurveyStatistics::SurveyStatistics(const TraceHeaderDefinition& definition)
 
 namespace {
 
+// A header word as a whole number; one that is held as a float may be anything.
+std::int64_t whole(double value) {
+    constexpr double kLeast = -0x1p31, kMost = 0x1p31 - 1;
+    return std::isnan(value) ? 0 : static_cast<std::int64_t>(std::clamp(value, kLeast, kMost));
+}
+
 std::int64_t pair_key(double a, double b) {
-    const auto low = static_cast<std::int64_t>(b) & 0xFFFFFFFF;
-    return static_cast<std::int64_t>(a) * (std::int64_t{1} << 32) + low;
+    return whole(a) * (std::int64_t{1} << 32) + (whole(b) & 0xFFFFFFFF);
 }
 
 }  // namespace
@@ -194,10 +200,10 @@ void SurveyStatistics::add() {
     const double ffid = definition_.get_double(ffid_), cdp = definition_.get_double(cdp_);
     const double line = definition_.get_double(inline_), cross = definition_.get_double(crossline_);
     ffids_.add(ffid);
-    shots_.add(static_cast<std::int64_t>(ffid));
+    shots_.add(whole(ffid));
     channels_.add(definition_.get_double(chan_));
     cdp_numbers_.add(cdp);
-    cdps_.add(static_cast<std::int64_t>(cdp));
+    cdps_.add(whole(cdp));
     offsets_.add(definition_.get_double(offset_));
     inlines_.add(line);
     crosslines_.add(cross);

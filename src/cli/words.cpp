@@ -1,12 +1,13 @@
 #include "cli/words.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
 namespace halvern {
 
-std::string in_words(std::int64_t number) {
+std::string grouped(std::int64_t number) {
     std::string text = std::to_string(number);
     const std::size_t first = number < 0 ? 1 : 0;
     for (std::size_t at = text.size(); at > first + 3;) text.insert(at -= 3, ",");
@@ -28,7 +29,7 @@ std::string in_words(double number, int digits) {
 }
 
 std::string counted(std::int64_t number, std::string_view singular) {
-    return in_words(number) + ' ' + std::string(singular) + (number == 1 ? "" : "s");
+    return grouped(number) + ' ' + std::string(singular) + (number == 1 ? "" : "s");
 }
 
 std::vector<std::string> split_list(std::string_view text) {
@@ -42,6 +43,11 @@ std::vector<std::string> split_list(std::string_view text) {
         text = comma == std::string_view::npos ? std::string_view{} : text.substr(comma + 1);
     }
     return parts;
+}
+
+bool is_one_line(std::string_view text) {
+    return std::ranges::none_of(
+        text, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; });
 }
 
 }  // namespace halvern

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -7,8 +8,11 @@
 
 namespace halvern {
 
-/// 1234567 as "1,234,567".
-std::string in_words(std::int64_t number);
+/// "1,234,567".
+std::string grouped(std::int64_t number);
+std::string in_words(std::integral auto number) {
+    return grouped(static_cast<std::int64_t>(number));
+}
 /// A number as short as it is exact enough to read: "0.25", "1500", "3.4e+38".
 std::string in_words(double number, int digits = 6);
 /// "1 trace", "2,000 traces".
@@ -16,5 +20,8 @@ std::string counted(std::int64_t number, std::string_view singular);
 
 /// "FFID,CHAN" as its two parts; blanks around them do not count.
 std::vector<std::string> split_list(std::string_view text);
+
+/// Whether a name or path can stand in a line of the files that the commands keep.
+bool is_one_line(std::string_view text);
 
 }  // namespace halvern

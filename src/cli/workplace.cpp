@@ -1,11 +1,12 @@
 #include "cli/workplace.h"
 
-#include <sstream>
+#include <cstdio>
 
+#include "cli/captured_log.h"
 #include "cli/command_error.h"
+#include "cli/words.h"
 #include "foundation/global_config.h"
 #include "foundation/installation_tree.h"
-#include "foundation/messages.h"
 #include "foundation/prospect.h"
 #include "foundation/system_paths.h"
 #include "platform/input_file.h"
@@ -44,18 +45,17 @@ void link_program(const fs::path& program, const fs::path& link) {
 }
 
 void make_directory(const fs::path& directory) {
-    std::error_code error;
+    std::error_code error, ignored;
     fs::create_directories(directory, error);
-    if (!fs::is_directory(directory, error)) {
+    if (!fs::is_directory(directory, ignored)) {
         throw CommandError("cannot make the directory '" + directory.string() + "'" +
                            (error ? ": " + error.message() : ""));
     }
 }
 
 // Passes on what the reading of the configuration found wrong.
-void report_fallback(const std::string& log) {
-    std::istringstream lines(log);
-    for (std::string line; std::getline(lines, line);) {
+void report_fallback(const CapturedLog& log) {
+    for (const std::string& line : log.lines()) {
         if (line.starts_with("Scratch directory '")) std::fprintf(stderr, "%s\n", line.c_str());
     }
 }
@@ -112,7 +112,7 @@ void open_system_directory() {
                              "' is not yours to write to; 'halvern init DIR' makes a directory of "
                              "your own, and the commands work in it and below it");
     }
-    report_fallback(log.text());
+    report_fallback(log);
 }
 
 void open_workplace() {
@@ -166,9 +166,16 @@ std::string installed_program(std::string_view name) {
                        "' links it there");
 }
 
+bool is_usable_name(const std::string& name) {
+    constexpr std::size_t kLongest = 180;
+    return Prospect::is_name(name) && name.front() != '.' && name.front() != '-' &&
+           name.size() <= kLongest && is_one_line(name);
+}
+
 std::string flow_path(const std::string& name) {
-    if (name.find_first_of("/\\") != std::string::npos) return name;
-    if (!Prospect::is_name(name) || name.front() == '.' || name.front() == '-') {
+    const bool is_path = name.find_first_of("/\\") != std::string::npos;
+    if (is_path && is_one_line(name)) return name;
+    if (!is_usable_name(name)) {
         throw CommandError("'" + name +
                            "' cannot name a flow; a file elsewhere is named with a '/', as in "
                            "./" +
@@ -179,30 +186,9 @@ std::string flow_path(const std::string& name) {
 
 std::optional<std::string> file_text(const std::string& path) {
     const std::optional<InputFile> file = InputFile::open(path);
-    if (!file) return {};
+    if (!file || file->size() > kMostTextBytes) return {};
     std::string text(static_cast<std::size_t>(file->size()), '\0');
     text.resize(file->read_at(0, std::as_writable_bytes(std::span(text))));
-    return text;
-}
-
-CapturedLog::CapturedLog() : stream_(std::tmpfile()) {
-    if (stream_) {
-        LogDestination::UseStream(stream_.get());
-    } else {
-        LogDestination::UseStandardOutput();
-    }
-}
-
-CapturedLog::~CapturedLog() { LogDestination::UseStream(stderr); }
-
-std::string CapturedLog::text() const {
-    if (!stream_) return {};
-    std::fflush(stream_.get());
-    const long length = std::ftell(stream_.get());
-    std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
-    std::rewind(stream_.get());
-    text.resize(std::fread(text.data(), 1, text.size(), stream_.get()));
-    std::fseek(stream_.get(), 0, SEEK_END);
     return text;
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <cstdio>
+#include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,28 +42,15 @@ void make_system_directory(const std::filesystem::path& directory);
 /// missing.
 std::string installed_program(std::string_view name);
 
+/// Whether a prospect or a flow can be called so: a name that can stand in a path, on a command
+/// line and in a line of a flow.
+bool is_usable_name(const std::string& name);
+
 /// Path of a flow: a text with "/" is a file; else a name in the prospect's flow directory.
 std::string flow_path(const std::string& name);
 
-/// The bytes of a file, or nothing.
+/// The bytes of a file that people write or could; nothing when it cannot be read or is larger.
+inline constexpr std::int64_t kMostTextBytes = 16'000'000;
 std::optional<std::string> file_text(const std::string& path);
-
-/// Catches what is logged during its life, so that a command says in its own words what matters.
-class CapturedLog {
-public:
-    CapturedLog();
-    ~CapturedLog();
-    CapturedLog(const CapturedLog&) = delete;
-    CapturedLog& operator=(const CapturedLog&) = delete;
-
-    /// Everything logged so far.
-    std::string text() const;
-
-private:
-    struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    std::unique_ptr<std::FILE, Closer> stream_;  // null: there is none, and the log goes nowhere
-};
 
 }  // namespace halvern

@@ -91,6 +91,7 @@ TEST_F(FlowTexts, RefuseWhatFitsNothing) {
         {"AGC#1", "WINDOWSIZE=ten", "'ten' is not a whole number"},
         {"AGC#1", "WINDOWSIZE=10.5", "'.5' would be left out"},
         {"AGC#1", "WINDOWSIZE=99999999999", "too large"},
+        {"AGC#1", "WINDOWSIZE=+-1", "not a whole number"},
         {"AGC#1", "WINDOWSIZE", "no KEY=VALUE"},
         {"NMO", "TIME_VEL=x", "no row"},
         {"NMO", "MUTE_THRESH=nan", "finite"},
@@ -104,10 +105,10 @@ TEST_F(FlowTexts, RefuseWhatFitsNothing) {
 }
 
 TEST_F(FlowTexts, GiveTheRunFileItsProspectAndItsOwnValues) {
-    EXPECT_EQ(run_text("$AGC\nWINDOWSIZE=1\n", "north", {"AGC.WINDOWSIZE=2"}),
+    EXPECT_EQ(run_text(FlowText("$AGC\nWINDOWSIZE=1\n"), "north", {"AGC.WINDOWSIZE=2"}),
               "$PROSPECT=north\n$AGC\nWINDOWSIZE=2\n");
     for (const char* wrong : {"WINDOWSIZE=2", "AGC.WINDOWSIZE", "X=AGC.WINDOWSIZE"}) {
-        EXPECT_THAT(refusal([&] { (void)run_text("$AGC\n", "north", {wrong}); }),
+        EXPECT_THAT(refusal([&] { (void)run_text(FlowText("$AGC\n"), "north", {wrong}); }),
                     HasSubstr("ITEM.KEY=VALUE"));
     }
 }

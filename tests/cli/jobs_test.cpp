@@ -30,6 +30,8 @@ TEST_F(Jobs, TakeTheNumberAboveTheHighestOfAnyOfTheirFiles) {
     EXPECT_THAT(job_numbers(), ElementsAre(2, 5, 7));
     EXPECT_EQ(reserve_job("$AGC\n").number, 8);
     EXPECT_EQ(file_bytes(place.folder.file("scratch/flow8")), "$AGC\n");
+    place.folder.write(scratch("log2147483647"), "");  // there is no number above
+    EXPECT_THROW(reserve_job("x"), CommandError);
 }
 
 TEST_F(Jobs, NeverShareANumber) {
@@ -52,6 +54,7 @@ TEST_F(Jobs, AreJudgedByTheirLogAndProcess) {
         long long read;
     } kCases[] = {
         {"PROCESS=0\n", "", JobState::kStarting, 0},
+        {"PROCESS=0\nSTART=1000\n", "", JobState::kKilled, 0},  // whoever started it is gone
         {"PROCESS=999999999\n", reading, JobState::kKilled, 1000},
         {"PROCESS=1\nLOG=not its log\n", reading, JobState::kKilled, 1000},  // number used again
         {"PROCESS=1\n", reading + "Job completed normally at 'x'\n", JobState::kDone, 2500},
@@ -94,6 +97,7 @@ TEST(ProgressBar, TellsShareRateAndTimeLeft) {
     EXPECT_EQ(progress_text(3000, 12000, 2000, 4),
               "[######..................] 25 %  3,000 of 12,000  500/s  0:18 left");
     EXPECT_EQ(progress_text(5, 0, 0, 0), "[........................] 0 %  5 of 0");
+    EXPECT_TRUE(progress_text(1LL << 62, 3, 0, 0).starts_with("[########################] 100 %"));
     EXPECT_EQ(clock_text(3723), "1:02:03");
 }
 

@@ -38,7 +38,8 @@ TEST_F(Prospects, AreRemovedWithTheirOwnDirectoriesOnly) {
     place.folder.write("big/north/segy/a.sgy", "12345");
     place.folder.write("elsewhere", "precious");
     fs::create_symlink(place.folder.path(), own / "segy" / "link");
-    const ProspectRemoval removal = plan_removal("north");
+    const ProspectRemoval removal = plan_removal("NORTH");  // the tree knows no capitals
+    EXPECT_EQ(removal.name, "north");
     EXPECT_THAT(removal.directories, ElementsAre(own.string()));
     EXPECT_EQ(removal.files, 2);
     EXPECT_EQ(removal.bytes, 5);
@@ -89,8 +90,12 @@ TEST_F(Prospects, ConfigurationChangesOnlyWhatItIsToldTo) {
     EXPECT_EQ(edited({"DATADIR=" + here, "DATADIR=/"}),
               "# ours\nMAXFILESIZE=1\nMAXFILESIZE=2\nDATADIR=" + here + "\nDATADIR=/\n");
     EXPECT_EQ(edited({"TAPEDEVICE=/dev/nst0 8mm"}), text + "TAPEDEVICE=/dev/nst0 8mm\n");
-    for (const char* wrong : {"MAXFILESIZE=-1", "MAXFILESIZE=1 GB", "MAXFILESIZE+=1", "SIZE=1",
-                              "DATADIR=/no/such", "TAPEDEVICE=/dev/nst0,8mm", "MAXFILESIZE"}) {
+    EXPECT_EQ(edited(std::vector<std::string>(62, "TAPEDEVICE+=a b")).size(),
+              text.size() + 62 * 15);
+    EXPECT_THROW(edited(std::vector<std::string>(65, "TAPEDEVICE+=a b")), CommandError);
+    for (const char* wrong :
+         {"MAXFILESIZE=0", "MAXFILESIZE=-1", "MAXFILESIZE=1 GB", "MAXFILESIZE+=1", "SIZE=1",
+          "DATADIR=/no/such", "TAPEDEVICE=/dev/nst0,8mm", "MAXFILESIZE"}) {
         EXPECT_THROW(edited({wrong}), CommandError) << wrong;
     }
 }

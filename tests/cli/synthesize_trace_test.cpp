@@ -95,17 +95,6 @@ TEST(TraceMaker, NoiseHasTheLevelAndTheBandAskedFor) {
     EXPECT_NEAR(differences / energy, 0.277, 0.06);
 }
 
-TEST(TraceMaker, GroundRollRulesNearTheSource) {
-    SyntheticLine line{.noise = 0, .dead_part = 0};
-    const std::vector<float> with = trace_of(line, 0, 60);  // 10 m away
-    line.ground_roll = 0;
-    const std::vector<float> without = trace_of(line, 0, 60);
-    const auto largest = [](const std::vector<float>& trace) {
-        return std::fabs(*std::max_element(trace.begin() + 25, trace.end()));
-    };
-    EXPECT_GT(largest(with), 3 * largest(without));
-}
-
 TEST(TraceMaker, TracesDependOnTheirPlaceAndTheSeedAlone) {
     const SyntheticLine line;
     const TraceMaker maker(line);

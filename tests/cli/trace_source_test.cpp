@@ -69,11 +69,55 @@ TEST(TraceSource, TellsKindsByTheirBytes) {
     const std::string files[] = {segy};
     ASSERT_EQ(make_image(files, folder.file("tape"), true, split_segy), "");
     EXPECT_EQ(contents(folder.file("tape")), "tape image that holds SEG-Y: 1=1 2=4 3=7");
-    const std::string twice[] = {segy, segy};
-    ASSERT_EQ(make_image(twice, folder.file("tape2"), true, split_segy), "");
-    EXPECT_EQ(
-        contents(folder.file("tape2")),
-        "tape image that holds SEG-Y: 1=1 2=4 3=7; further tape files follow, which are not read");
+}
+
+// On the image the blocks of 3200 and 400 bytes begin at 0 and 3208, the traces of 252 at 3616,
+// 3876 and 4136; the first tape file ends at 4400. A damaged block has the top bit of both of its
+// lengths set.
+TEST(TraceSource, ReadsATapeImageAsFarAsItCanAndSaysHowFar) {
+    const TemporaryFolder folder;
+    const std::string segy = folder.write("a", three_traces());
+    const std::string other = folder.write("b", small_segy(4000, 2, {{.samples = {1, 2}}}));
+    const auto image_of = [&](const std::vector<std::string>& files) {
+        EXPECT_EQ(make_image(files, folder.file("tape"), true, split_segy), "");
+        return file_bytes(folder.file("tape"));
+    };
+    const std::string one = image_of({segy});
+    const auto damaged = [](std::string image, std::size_t at, std::size_t length) {
+        for (const std::size_t word : {at, at + 4 + length}) image[word + 3] |= '\x80';
+        return image;
+    };
+    std::string disagree = one;
+    disagree[3876] = 7;
+    const std::pair<std::string, const char*> kCases[] = {
+        {image_of({segy, segy}), "1=1 2=4 3=7 1=1 2=4 3=7"},
+        {image_of({segy, other}), "3=7; the line header at byte 4,400 does not fit"},
+        {damaged(one, 3876, 252), ": 1=1; the block at byte 3,876 is marked as bad; nothing"},
+        {damaged(one, 0, 3200), "as SEG-Y: the block at byte 0 is marked as bad"},
+        {one.substr(0, 4000), ": 1=1; the record at byte 3876 is cut short; nothing"},
+        {disagree, ": 1=1; the record at byte 3876 has two lengths that disagree"}};
+    for (const auto& [bytes, words] : kCases) {
+        const std::string text = contents(folder.write("tape", bytes));
+        EXPECT_NE(text.find(words), std::string::npos) << text;
+    }
+}
+
+TEST(TraceSource, SaysWhenAFileShrinksWhileItIsRead) {
+    // Larger than what is read ahead.
+    const std::string large =
+        small_segy(4000, 30'000, std::vector<testing_support::SmallTrace>(99));
+    for (const bool dataset : {false, true}) {
+        const TemporaryFolder folder;
+        const std::string path = dataset ? write_dataset(folder) : folder.write("x", large);
+        const auto source = open_trace_source(path, kHeader).source;
+        ASSERT_TRUE(source);
+        for (const auto& file : std::filesystem::recursive_directory_iterator(folder.path())) {
+            if (file.is_regular_file()) std::filesystem::resize_file(file, 0);
+        }
+        while (source->next()) {
+        }
+        EXPECT_NE(source->ended_early().find("has become shorter"), std::string::npos) << path;
+    }
 }
 
 TEST(TraceSource, SaysWhatAFileIsNot) {

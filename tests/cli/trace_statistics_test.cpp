@@ -99,6 +99,25 @@ std::string two_shots(const testing_support::TemporaryFolder& folder) {
     return folder.write("two.sgy", testing_support::small_segy(2000, 4, traces));
 }
 
+// A description may hold words as floats, whose values are then any: here SRCX is a NaN, RECX 1e30.
+TEST(SurveyStatistics, TakesFloatsThatAreNoPlaces) {
+    std::array<std::byte, kTraceHeaderBytes> header{};
+    header[72] = header[80] = std::byte{0x7F};
+    header[73] = std::byte{0xC0};
+    header[81] = std::byte{0x49};
+    TraceHeaderDefinition definition;
+    definition.attach(header.data());
+    const testing_support::TemporaryFolder folder;
+    const std::string place(51, ' ');  // of the description
+    ASSERT_EQ(definition.load(
+                  folder.write("floats", place + "SRCX      72 2\n" + place + "RECX      80 2\n")),
+              0);
+    ASSERT_TRUE(std::isnan(definition.get_double(definition.find("SRCX"))));
+    SurveyStatistics survey(definition);
+    survey.add();
+    EXPECT_FALSE(survey.findings().empty());
+}
+
 TEST(SurveyStatistics, TellsWhatTheHeadersHold) {
     const testing_support::TemporaryFolder folder;
     const auto [source, failure] =
