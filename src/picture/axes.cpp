@@ -18,9 +18,10 @@ constexpr double kMostTicks = 1e4;
 double tick_step(double low, double high, int most, bool whole) {
     const double range = std::fabs(high - low);
     if (!(range > 0) || !std::isfinite(range)) return 0;
-    double power = std::pow(10, std::floor(std::log10(range / std::max(most, 2))));
-    if (!(power > 0)) return 0;  // below the smallest number there is
-    for (;; power *= 10) {
+    for (auto exponent = static_cast<int>(std::floor(std::log10(range / std::max(most, 2))));;
+         ++exponent) {
+        const double power = std::pow(10, exponent);
+        if (!(power > 0)) return 0;  // below the smallest number there is
         for (const double factor : {1.0, 2.0, 5.0}) {
             const double step = factor * power;
             if (whole && step < 1) continue;
@@ -39,8 +40,8 @@ std::vector<double> multiples(double low, double high, double step) {
     const double first = std::ceil(std::min(low, high) / step - 1e-9);
     const double last = std::floor(std::max(low, high) / step + 1e-9);
     // Counted, so that a step too small to add to a large number ends, too.
-    for (double i = 0; i <= std::min(last - first, kMostTicks); ++i)
-        ticks.push_back((first + i) * step);
+    const int count = last >= first ? static_cast<int>(std::min(last - first, kMostTicks)) + 1 : 0;
+    for (int i = 0; i < count; ++i) ticks.push_back((first + i) * step);
     return ticks;
 }
 

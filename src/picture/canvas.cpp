@@ -75,8 +75,8 @@ void Canvas::stroke(std::span<const Polyline> lines, double width, Colour colour
     const Pixels columns = pixels_of(left, right, clip_.x, clip_.right());
     const Pixels rows = pixels_of(top, bottom, clip_.y, clip_.bottom());
     if (columns.first > columns.last || rows.first > rows.last) return;
-    const auto across = static_cast<std::size_t>(columns.last - columns.first + 1);
-    coverage_.assign(across * static_cast<std::size_t>(rows.last - rows.first + 1), 0.0f);
+    const auto across = static_cast<std::size_t>(columns.last - columns.first) + 1;
+    coverage_.assign(across * (static_cast<std::size_t>(rows.last - rows.first) + 1), 0.0f);
     const auto covered = [&](int x, int y) -> float& {
         return coverage_[static_cast<std::size_t>(y - rows.first) * across +
                          static_cast<std::size_t>(x - columns.first)];
