@@ -65,11 +65,10 @@ std::string checked(const ConfigurationKey& key, const std::string& value) {
         case Sort::kMegabytes: {
             int number = 0;
             const auto end = std::from_chars(value.data(), value.data() + value.size(), number);
-            if (end.ec != std::errc{} || end.ptr != value.data() + value.size() ||
-                number < key.least) {
-                refuse("is no whole number of megabytes from " + std::to_string(key.least) +
-                       " on");
+            if (end.ec != std::errc{} || end.ptr != value.data() + value.size()) {
+                refuse("is no whole number of megabytes");
             }
+            if (number < key.least) refuse("must be at least " + std::to_string(key.least));
             break;
         }
         case Sort::kDirectory: {

@@ -60,7 +60,7 @@ private:
     // An enabled section and its item, which the chain owns.
     struct Link {
         std::size_t section;
-        FlowItem* item;
+        FlowItem& item;
     };
 
     void error(std::size_t index, std::string text) {
@@ -253,7 +253,7 @@ void FlowCheck::build_chain() {
             owner_.head = std::move(item);
             last = owner_.head.get();
         }
-        chain_.push_back({i, last});
+        chain_.push_back({i, *last});
     }
     if (chain_.empty() || !is_available(*owner_.head)) return;
     if (!dynamic_cast<RunsFlow*>(owner_.head.get())) {
@@ -263,14 +263,14 @@ void FlowCheck::build_chain() {
 }
 
 void FlowCheck::check_uses(const Link& link) {
-    if (!is_available(*link.item)) return;
-    for (const Parameter& parameter : link.item->Parameters()) {
+    if (!is_available(link.item)) return;
+    for (const Parameter& parameter : link.item.Parameters()) {
         if (parameter.field.applies && !parameter.field.applies()) continue;
         if (const auto* text = std::get_if<Bound<std::string>>(&parameter.value)) {
             check_use(link, parameter, *text->variable);
         }
     }
-    if (const std::string refusal = link.item->RefuseParameters(); !refusal.empty()) {
+    if (const std::string refusal = link.item.RefuseParameters(); !refusal.empty()) {
         error(flow_.sections()[link.section].begin, name_of(link.section) + ": " + refusal);
     }
 }
@@ -301,7 +301,7 @@ void FlowCheck::check_use(const Link& link, const Parameter& parameter, const st
             check_output(link, line, value);
             break;
         case FieldKind::kHeaderWord: {
-            const TraceHeaderDefinition* words = is_none(value) ? nullptr : definition(*link.item);
+            const TraceHeaderDefinition* words = is_none(value) ? nullptr : definition(link.item);
             if (!words || words->find(value) >= 0) break;
             std::vector<std::string> names;
             for (const HeaderWord& word : words->words()) names.push_back(word.name);
@@ -323,7 +323,7 @@ void FlowCheck::check_use(const Link& link, const Parameter& parameter, const st
 }
 
 void FlowCheck::check_output(const Link& link, std::size_t line, const std::string& path) {
-    const auto* disk = dynamic_cast<const DiskOutputFlowItem*>(link.item);
+    const auto* disk = dynamic_cast<const DiskOutputFlowItem*>(&link.item);
     if (disk && disk->OverwritesInput()) return;  // the entry is not used
     if (is_none(path)) return error(line, "no output file has been chosen");
     std::error_code failed;
@@ -332,7 +332,7 @@ void FlowCheck::check_output(const Link& link, std::size_t line, const std::stri
         return error(line, "the directory " + in_quotes(folder.string()) + " does not exist");
     }
     if (fs::is_directory(path, failed)) return error(line, in_quotes(path) + " is a directory");
-    const char* input = link.item->GetInputName();
+    const char* input = link.item.GetInputName();
     if (input && fs::equivalent(path, input, failed)) {
         error(line, "the output file " + in_quotes(path) + " is the input file");
     }

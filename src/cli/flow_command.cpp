@@ -50,7 +50,6 @@ void write_flow(const std::string& path, const FlowText& flow) {
 
 // The kinds as the flow editor's list offers them.
 void items(const Options& options) {
-    open_workplace();
     std::vector<const FlowItemKindEntry*> kinds;
     for (const FlowItemKindEntry& entry : flow_item_kinds()) {
         if (entry.menu != FlowItemMenu::kNone) kinds.push_back(&entry);
@@ -84,11 +83,11 @@ Table parameter_table(const ParameterList& list, bool csv) {
                            return !unit_in(parameter.field.prompt).empty();
                        });
     std::vector<Table::Column> titles = {"key", "default"};
-    if (units) titles.push_back("unit");
+    if (units) titles.emplace_back("unit");
     if (csv) {
         titles.insert(titles.end(), {"prompt", "help", "choices"});
     } else {
-        titles.push_back("question and help");
+        titles.emplace_back("question and help");
     }
     Table table(std::move(titles));
     for (const Parameter& parameter : list) {
@@ -113,7 +112,12 @@ Table parameter_table(const ParameterList& list, bool csv) {
 }
 
 void item(const Options& options) {
-    open_workplace();
+    try {
+        open_workplace();
+    } catch (const CommandError&) {
+        // Without a place to work in, items are the same; only a configuration's defaults are not.
+        if (!CurrentWorkplace().root.empty() || !CurrentWorkplace().prospect.empty()) throw;
+    }
     const FlowItemKind kind = kind_named(options.item);
     const QuietItem item({.kind = kind, .lines = {}});
     if (!is_available(*item)) {
@@ -185,8 +189,10 @@ void list(const Options& options) {
     open_workplace();
     Table table({"flow", "items"});
     for (const std::string& name : flow_names()) {
-        const FlowText flow = FlowText::read(flow_path(name));
         std::string line;
+        const auto text = file_text(flow_path(name));
+        if (!text) line = "(it cannot be read)";
+        const FlowText flow(text.value_or(""));
         for (std::size_t i = 0; i < flow.sections().size(); ++i) {
             line += line.empty() ? "" : " ";
             const std::string item = flow.item_name(i);

@@ -204,7 +204,10 @@ void assign(FlowText& flow, std::size_t section, const std::vector<std::string>&
             value = stored_value(*parameter, value);
             const bool no_rows = value.empty() && std::holds_alternative<Rows>(parameter->value);
             const std::string fault = no_rows ? "" : value_fault(*parameter, value);
-            if (!fault.empty()) throw CommandError(key + ": '" + value + "' " + fault);
+            if (!fault.empty()) {
+                std::string reason = key;
+                throw CommandError(reason.append(": '").append(value).append("' ").append(fault));
+            }
         }
         if (!values.contains(key)) order.push_back(key);
         values[key].push_back(value);

@@ -103,7 +103,8 @@ FlowText FlowText::read(const std::string& path) {
         if (!unknown && size > std::uintmax_t{kMostTextBytes}) {
             throw CommandError("'" + path + "' is too large to be a flow");
         }
-        throw CommandError("cannot read the flow '" + path +
+        if (!unknown) throw CommandError("cannot read '" + path + "'; check its permissions");
+        throw CommandError("there is no flow '" + path +
                            "'; 'halvern flow list' names those there are, 'halvern flow new' "
                            "makes one");
     }

@@ -110,9 +110,9 @@ void print_headers(const Options& options, TraceSelection& selection, TraceSourc
     for (const std::string& name : split_list(options.headers)) {
         words.push_back(source.definition().find(name));
         if (words.back() < 0) {
-            command_failed("info", "the header description has no word '" + name +
-                                       "'; 'halvern info " + file +
-                                       " --ranges' lists those in use");
+            std::string reason = "the header description has no word '";
+            reason.append(name).append("'; 'halvern info ").append(file);
+            command_failed("info", reason + " --ranges' lists those in use");
         }
         columns.emplace_back(name.c_str(), true);
     }
@@ -134,7 +134,11 @@ void print_headers(const Options& options, TraceSelection& selection, TraceSourc
 }
 
 void print_ranges(const HeaderRanges& ranges, const TraceHeaderDefinition& definition, bool csv) {
-    Table table({"word", {"minimum", true}, {"maximum", true}, {"distinct", true}, {"step", true},
+    Table table({"word",
+                 {"minimum", true},
+                 {"maximum", true},
+                 {"distinct", true},
+                 {"step", true},
                  "description"});
     for (int word = 0; word < definition.count(); ++word) {
         const WordRange& range = ranges.of(word);

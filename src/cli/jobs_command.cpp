@@ -14,6 +14,7 @@
 #include "cli/words.h"
 #include "cli/workplace.h"
 #include "foundation/time_stamp.h"
+#include "platform/input_file.h"
 #include "platform/job_signals.h"
 
 namespace halvern {
@@ -57,8 +58,7 @@ void jobs(const Options& options) {
 // Nobody writes to its log any more.
 bool has_ended(int number) {
     const JobRecord record = read_record(JobFiles(number));
-    return record.process > 0 ? !job_runs(record)
-                              : job_status(number).state != JobState::kStarting;
+    return record.process > 0 ? !job_runs(record) : job_status(number).state != JobState::kStarting;
 }
 
 void log(const Options& options) {
@@ -73,6 +73,9 @@ void log(const Options& options) {
     if (!std::filesystem::exists(files.log, ignored) && !(options.follow && goes_on)) {
         throw CommandError("job " + std::to_string(number) + " has no log (" +
                            state_name(status.state) + "); 'halvern jobs' tells more");
+    }
+    if (std::filesystem::exists(files.log, ignored) && !InputFile::open(files.log)) {
+        throw CommandError("cannot read '" + files.log + "'; check its permissions");
     }
     LogView view(stdout, style_of_standard_output());
     if (options.follow) on_stop_request([] { interrupted = 1; });

@@ -11,6 +11,7 @@
 #include "foundation/global_config.h"
 #include "foundation/scratch.h"
 #include "foundation/system_paths.h"
+#include "platform/create_file.h"
 
 namespace halvern {
 
@@ -73,8 +74,8 @@ void count_files(const std::string& directory, ProspectRemoval& removal) {
         ++removal.files;
         return;
     }
-    fs::recursive_directory_iterator entry(
-        directory, fs::directory_options::skip_permission_denied, error);
+    fs::recursive_directory_iterator entry(directory, fs::directory_options::skip_permission_denied,
+                                           error);
     for (; !error && entry != fs::recursive_directory_iterator{}; entry.increment(error)) {
         std::error_code unknown;
         if (entry->is_directory(unknown) && !entry->is_symlink(unknown)) continue;
@@ -116,10 +117,6 @@ Prospect create_prospect(const std::string& name, const std::vector<std::string>
         throw CommandError("'" + name + "' cannot name a prospect; use letters and digits");
     }
     std::error_code error;
-    if (fs::exists(Prospect::file_path(name), error)) {
-        throw CommandError("there is a prospect '" + name + "' already; 'halvern prospect use " +
-                           name + "' works in it");
-    }
     std::vector<std::string> whole;
     for (const std::string& directory : directories) {
         if (!fs::is_directory(directory, error)) {
@@ -135,16 +132,24 @@ Prospect create_prospect(const std::string& name, const std::vector<std::string>
     if (whole.empty()) whole.push_back(CurrentConfig().data_directories().front());
     Prospect prospect;
     prospect.assign(name, whole);
+    const std::string file = Prospect::file_path(name);
+    // Of two commands that make a prospect of one name, one gets it.
+    const std::error_code taken = create_exclusively(file);
+    if (taken == std::errc::file_exists) {
+        throw CommandError("there is a prospect '" + name + "' already; 'halvern prospect use " +
+                           name + "' works in it");
+    }
     const CapturedLog log;
     if (prospect.save() != 0) {
-        throw CommandError("cannot write '" + Prospect::file_path(name) +
+        if (!taken) fs::remove(file, error);
+        throw CommandError("cannot write '" + file +
                            "'; check disk space and permissions on this directory");
     }
     prospect.create_directories();
     for (const std::string& data : whole) {
         const std::string flows = own_directory(data, name) + "/flow";
         if (fs::is_directory(flows, error)) continue;
-        fs::remove(Prospect::file_path(name), error);
+        fs::remove(file, error);
         throw CommandError("cannot make the directory '" + flows +
                            "'; check disk space and permissions there");
     }
@@ -172,7 +177,8 @@ ProspectRemoval plan_removal(const std::string& asked) {
                                                           : "its data directory is not absolute";
         if (fs::is_symlink(own, error)) reason = "it is a link";
         if (!reason.empty()) {
-            removal.kept.push_back(own + " (" + reason + ")");
+            std::string& kept = removal.kept.emplace_back(own);
+            kept.append(" (").append(reason).append(")");
             continue;
         }
         removal.directories.push_back(own);

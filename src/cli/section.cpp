@@ -56,11 +56,10 @@ void even_out(Section& section, const SectionRequest& request) {
             std::span(section.amplitudes).subspan(static_cast<std::size_t>(i) * length, length);
         if (request.agc_ms > 0) {
             const double half = request.agc_ms / section.interval_ms / 2;
-            const auto longest = static_cast<double>(length / 2);
+            const auto longest = static_cast<double>(std::max<std::size_t>(length / 2, 1));
             // A window as long as the trace is the longest there is.
             (void)numerics::running_gain(
-                trace, static_cast<std::size_t>(std::clamp(half, 1.0, std::max(longest, 1.0))),
-                energies);
+                trace, static_cast<std::size_t>(std::clamp(half, 1.0, longest)), energies);
         }
         if (!request.balance) continue;
         double squares = 0;

@@ -15,7 +15,6 @@ namespace halvern {
 namespace {
 
 using picture::Canvas;
-using picture::Point;
 using picture::Polyline;
 using picture::Rect;
 
@@ -193,30 +192,30 @@ private:
     bool label_round_values() const {
         const auto [low, high] = std::ranges::minmax(values_);
         if (!std::isfinite(high - low)) return false;
-        for (double power = 1; power <= high - low; power *= 10) {
-            for (const double factor : {1.0, 2.0, 5.0}) {
-                const double step = factor * power;
-                std::vector<std::size_t> at;
-                bool room = true;
-                double free_from = -std::numeric_limits<double>::max();
-                for (std::size_t i = 0; i < values_.size() && room; ++i) {
-                    if (std::fmod(values_[i], step) != 0) continue;
-                    const double half =
-                        picture::text_width(word_text(values_[i]), picture::kTextSize) / 2;
-                    room = middle_of(i) - half >= free_from;
-                    free_from = middle_of(i) + half + kBetween;
-                    at.push_back(i);
-                }
-                if (!room) continue;
-                if (at.size() < 3) return false;
-                for (const std::size_t i : at) {
-                    label(middle_of(i), word_text(values_[i]));
-                    tick(middle_of(i));
-                }
-                return true;
+        constexpr int kFactors[] = {1, 2, 5};
+        for (int i = 0;; ++i) {
+            const double power = std::pow(10, i / 3);
+            if (power > high - low) return false;
+            const double step = kFactors[i % 3] * power;
+            std::vector<std::size_t> at;
+            bool room = true;
+            double free_from = -std::numeric_limits<double>::max();
+            for (std::size_t trace = 0; trace < values_.size() && room; ++trace) {
+                if (std::fmod(values_[trace], step) != 0) continue;
+                const double half =
+                    picture::text_width(word_text(values_[trace]), picture::kTextSize) / 2;
+                room = middle_of(trace) - half >= free_from;
+                free_from = middle_of(trace) + half + kBetween;
+                at.push_back(trace);
             }
+            if (!room) continue;
+            if (at.size() < 3) return false;
+            for (const std::size_t trace : at) {
+                label(middle_of(trace), word_text(values_[trace]));
+                tick(middle_of(trace));
+            }
+            return true;
         }
-        return false;
     }
 
     void label_regularly() const {

@@ -229,7 +229,7 @@ private:
         const segd::RecordHeader& record = reader_->header();
         const segd::GeneralHeader1& general = record.general();
         header_.fill(std::byte{});
-        const int interval = record.sample_interval(*trace.set);
+        const int interval_us = record.sample_interval(*trace.set) / kInternalPerUs;
         const bool positioned = !record.sources().empty();
         const segd::GeneralHeaderN source =
             positioned ? record.sources().front() : segd::GeneralHeaderN{};
@@ -252,7 +252,7 @@ private:
                                  receiver.receiver_point,
                                  static_cast<double>(receiver.receiver_index),
                                  static_cast<double>(trace.samples),
-                                 static_cast<double>(interval / kInternalPerUs)};
+                                 static_cast<double>(interval_us)};
         static_assert(std::size(values) == std::size(kWords));
         for (std::size_t i = 0; i < std::size(kWords); ++i) {
             definition_.set_double(words_[i], values[i]);

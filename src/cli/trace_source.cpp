@@ -431,6 +431,9 @@ TraceOpening open_trace_source(const std::string& path, const std::string& heade
     const fs::file_status status = fs::status(path, error);
     if (!fs::exists(status)) return {nullptr, "there is no file '" + path + "'"};
     if (fs::is_directory(status)) return {nullptr, "'" + path + "' is a directory"};
+    if (!fs::is_regular_file(status)) {
+        return {nullptr, "'" + path + "' is a pipe or a device; put its data into a file"};
+    }
     std::optional<BlockReader> reader = BlockReader::open(path);
     if (!reader) return {nullptr, "'" + path + "' cannot be read"};
     Beginning file{.size = reader->size()};

@@ -68,7 +68,7 @@ Workplace& CurrentWorkplace() {
 }
 
 fs::path installation_of(const std::string& argument0) {
-    const fs::path called = fs::path(program_path(argument0)).parent_path().parent_path();
+    fs::path called = fs::path(program_path(argument0)).parent_path().parent_path();
     if (holds(called, "header/default")) return called;
     const fs::path real = fs::path(reported_program_path()).parent_path().parent_path();
     return holds(real, "header/default") ? real : called;
@@ -121,6 +121,10 @@ void open_workplace() {
     const std::string name = asked.empty() ? LastProspect() : asked;
     CapturedLog log;
     if (CurrentProspect().open(name) == 0) return;
+    const std::string file = Prospect::file_path(name);
+    if (std::error_code ignored; Prospect::is_name(name) && fs::exists(file, ignored)) {
+        throw CommandError("cannot read the prospect file '" + file + "'; check its permissions");
+    }
     throw CommandError("there is no prospect '" + name +
                        "'; 'halvern prospect list' names those there are, 'halvern prospect "
                        "create " +
@@ -158,8 +162,7 @@ void make_system_directory(const fs::path& directory) {
 }
 
 std::string installed_program(std::string_view name) {
-    const std::string path =
-        TreePath(SystemDirectory(), "bin/" + program_file(SystemDirectory(), name));
+    std::string path = TreePath(SystemDirectory(), "bin/" + program_file(SystemDirectory(), name));
     std::error_code ignored;
     if (fs::is_regular_file(path, ignored)) return path;
     throw CommandError("there is no program '" + path + "'; 'halvern init " + SystemDirectory() +

@@ -90,7 +90,7 @@ TEST_F(CommandAtWork, SaysWhatIsWrongAndWhatToDoNext) {
         {"flow new gain AGC", 1, "--force would replace it"},
         {"flow new 'a\nb' AGC", 1, "cannot name a flow"},
         {"flow item NOTHING", 1, "'halvern flow items' lists them"},
-        {"flow check nothing", 1, "cannot read the flow"},
+        {"flow check nothing", 1, "there is no flow"},
         {"stop 1", 1, "not running (failed)"},
         {"stop 9", 1, "'halvern jobs' lists those there are"},
         {"log 0", 2, "Value 0 not in range"},
