@@ -30,7 +30,7 @@ std::string read_fold(TraceSource& source, TraceSelection& selection, Fold& fold
             return "there are more than 4,000,000 bins; select some of the traces";
         }
     }
-    if (fold.traces == 0) return "no trace is selected";
+    if (fold.traces == 0) return selection.nothing();
     const auto varies = [&](auto&& part_of) {
         return std::ranges::any_of(by_bin, [&](const auto& bin) {
             return part_of(bin.first) != part_of(by_bin.begin()->first);

@@ -2,6 +2,7 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -120,7 +121,7 @@ void add_log_command(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     command->add_option("job", options->number, "Number of the job [the last one]")
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(1, std::numeric_limits<int>::max()));
     command->add_flag("-f,--follow", options->follow, "Go on until the job ends");
     command->callback([options] { log(*options); });
 }
@@ -132,7 +133,7 @@ void add_stop_command(CLI::App& app) {
     command->add_option("job", options->number, "Number of the job")
         ->type_name("N")
         ->required()
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(1, std::numeric_limits<int>::max()));
     command->callback([options] { stop(*options); });
 }
 

@@ -34,6 +34,20 @@ constexpr const char* kExample = R"(Example: from nothing to a gained line
   halvern run gain
 Every command has its own --help.)";
 
+// "flow set", the command that was being carried out.
+std::string command_name(const CLI::App& app) {
+    const auto commands = app.get_subcommands();
+    if (commands.empty()) return {};
+    const std::string rest = command_name(*commands.front());
+    return commands.front()->get_name() + (rest.empty() ? "" : " " + rest);
+}
+
+std::string wrong_usage(const CLI::App* app, const CLI::Error& error) {
+    const std::string name = command_name(*app);
+    const std::string command = name.empty() ? "halvern" : "halvern " + name;
+    return command + ": " + error.what() + ".\n'" + command + " --help' tells how it is used.\n";
+}
+
 void add_commands(CLI::App& app) {
     Workplace& place = CurrentWorkplace();
     app.name("halvern");
@@ -44,6 +58,7 @@ void add_commands(CLI::App& app) {
     app.require_subcommand(1);
     app.fallthrough();  // the options above may stand behind the command, too
     app.parse_complete_callback(choose_system_directory);
+    app.failure_message(wrong_usage);
 
     add_init_command(app);
     add_config_command(app);
@@ -59,19 +74,19 @@ void add_commands(CLI::App& app) {
     add_synthesize_command(app);
 }
 
-// "flow set", the command that was being carried out.
-std::string command_name(const CLI::App& app) {
-    const auto commands = app.get_subcommands();
-    if (commands.empty()) return {};
-    const std::string rest = command_name(*commands.front());
-    return commands.front()->get_name() + (rest.empty() ? "" : " " + rest);
-}
-
 int run(CLI::App& app, int argc, char** argv) {
-    const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
-    if (argc > 1 && argv[1][0] != '-' && app.get_subcommands(named).empty()) {
-        std::fprintf(stderr, "halvern: there is no command '%s'; --help lists them.\n", argv[1]);
-        return kWrongUsage;
+    CLI::App* command = &app;
+    std::string path = "halvern";
+    for (int i = 1; i < argc && argv[i][0] != '-' && !command->get_subcommands({}).empty(); ++i) {
+        const auto found = command->get_subcommands(
+            [&](const CLI::App* sub) { return sub->get_name() == argv[i]; });
+        if (found.empty()) {
+            std::fprintf(stderr, "%s: there is no command '%s'; '%s --help' lists them.\n",
+                         path.c_str(), argv[i], path.c_str());
+            return kWrongUsage;
+        }
+        command = found.front();
+        path.append(" ").append(argv[i]);
     }
     try {
         app.parse(argc, argv);

@@ -119,7 +119,7 @@ std::string read_map(TraceSource& source, TraceSelection& selection, const std::
             return "there are more than 2,000,000 positions; select some of the traces";
         }
     }
-    if (map.traces == 0) return "no trace is selected";
+    if (map.traces == 0) return selection.nothing();
     bool any = false;
     for (int kind = 0; kind < SurveyMap::kKinds; ++kind) {
         // One place at (0, 0) is no place: the words were not filled.

@@ -115,7 +115,10 @@ std::string read_section(TraceSource& source, TraceSelection& selection,
                 window = samples_in(*request.window, section.start_ms, section.interval_ms,
                                     trace.size());
             }
-            if (window.count == 0) return "the traces have no samples in that time window";
+            if (window.count == 0) {
+                return std::string("the traces have no samples") +
+                       (request.window ? " in that time window" : "");
+            }
             section.start_ms += static_cast<double>(window.first) * section.interval_ms;
             section.samples = static_cast<int>(window.count);
         }
@@ -134,7 +137,7 @@ std::string read_section(TraceSource& source, TraceSelection& selection,
                                                   : definition.get_double(indexes[i]));
         }
     }
-    if (section.numbers.empty()) return "no trace is selected";
+    if (section.numbers.empty()) return selection.nothing();
     if (request.words.empty()) choose_words(section);
     even_out(section, request);
     return {};

@@ -61,9 +61,9 @@ std::string read_spectrum(TraceSource& source, TraceSelection& selection,
         }
         ++spectrum.traces;
     }
-    if (spectrum.traces == 0) return "no trace is selected";
+    if (spectrum.traces == 0) return selection.nothing();
     const double strongest = std::ranges::max(power);
-    if (!(strongest > 0)) return "all samples are zero";
+    if (!(strongest > 0)) return "all samples are zero, or no numbers";
     constexpr double kSilence = 1e-30;  // of the strongest: 300 dB below, for frequencies that miss
     for (const double p : power) {
         spectrum.decibels.push_back(10 * std::log10(std::max(p / strongest, kSilence)));

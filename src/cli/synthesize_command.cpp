@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <set>
 #include <string>
@@ -149,7 +150,7 @@ void add_synthesize_command(CLI::App& app) {
     command
         ->add_option("--shot-spacing", options->shot_spacing_m,
                      "Distance of shots, m [twice the spacing]")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(1, std::numeric_limits<int>::max()))
         ->group("The survey");
     survey("--gap", line.gap, "Stations left free beside the source");
     survey("--spread", options->spread, "Receivers on both sides or only ahead")

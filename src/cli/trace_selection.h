@@ -21,6 +21,10 @@ public:
     /// Reads the next trace that is selected.
     bool next();
     std::int64_t number() const { return number_; }  ///< of the current trace, from 1
+    /// Why there was no trace at all.
+    std::string nothing() const {
+        return everything() ? "it holds no trace" : "no trace is selected";
+    }
     bool everything() const { return numbers_.empty() && word_.empty(); }
 
 private:
