@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/commands.h"
@@ -218,8 +219,10 @@ void inspect(const Options& options, TraceSelection selection, const std::string
             facts.emplace_back("traces looked at", in_words(findings.traces));
         print_facts(facts, options.csv);
     }
+    bool begun = !options.csv || !options.headers.empty();  // tables are told apart by a blank line
     const auto heading = [&](const char* text) {
-        if (!options.csv) std::printf("\n%s\n", text);
+        if (std::exchange(begun, true)) std::printf("\n");
+        if (!options.csv) std::printf("%s\n", text);
     };
     if (findings.ranges) {
         heading("Header words that are not always zero");

@@ -150,8 +150,9 @@ public:
     std::span<const std::byte> next_record(std::int64_t record_bytes,
                                            std::int64_t wanted) override {
         std::span<const std::byte> block = next_block();
-        if (at_filemark_) {
-            block = next_block();  // a second filemark ends the tape
+        while (at_filemark_) {
+            block = next_block();
+            if (at_filemark_) return {};  // a second one ends the tape
             if (!block.empty()) ++files_;
             if (block.size() == kTextHeaderBytes) {
                 if (header_follows() && !takes_over()) return {};
@@ -200,7 +201,9 @@ private:
     bool takes_over() {
         const SegyLayout first = SegyLayout::parse(line_);
         const std::int64_t begin = offset_;
-        std::ranges::copy(next_block(), line_.bytes().subspan(kTextHeaderBytes).begin());
+        const std::span<const std::byte> binary = next_block();
+        if (binary.empty()) return false;  // it is marked as bad
+        std::ranges::copy(binary, line_.bytes().subspan(kTextHeaderBytes).begin());
         const SegyLayout other = SegyLayout::parse(line_);
         if (other.samples == first.samples && other.interval == first.interval &&
             other.format_code == first.format_code && skip_text_headers(other.text_headers)) {

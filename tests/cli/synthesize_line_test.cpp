@@ -144,17 +144,5 @@ TEST(SyntheticLineFault, RefusesWhatCannotBeMade) {
     }
 }
 
-TEST(SyntheticFaults, AreAsManyAsAskedFor) {
-    const SyntheticLine line{
-        .shots = 500, .channels = 100, .dead_part = 0.02, .reversed_part = 0.1};
-    int dead = 0, reversed = 0;
-    for (int shot = 0; shot < line.shots; ++shot) {
-        for (int i = 0; i < line.channels; ++i) dead += line.dead(shot, i);
-    }
-    for (int i = 0; i < line.stations(); ++i) reversed += line.reversed(i);
-    EXPECT_NEAR(dead, 1000, 4 * std::sqrt(1000.0));  // four standard deviations of the count
-    EXPECT_NEAR(reversed, line.stations() * 0.1, 4 * std::sqrt(line.stations() * 0.1));
-}
-
 }  // namespace
 }  // namespace halvern::synthetic

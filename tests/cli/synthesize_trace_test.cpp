@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -48,34 +47,6 @@ TEST(TraceMaker, DrawsRickersWaveletsWhereReflectionsArrive) {
         for (std::size_t i = 500; i < trace.size(); ++i) {
             EXPECT_NEAR(trace[i] / coupling, expected(i), 0.002) << "sample " << i;
         }
-    }
-}
-
-TEST(TraceMaker, StacksAtTheZeroOffsetTimes) {
-    // Every trace of a CDP, moved up by the moveout of its own header's offset.
-    SyntheticLine line = reflections_only();
-    line.shots = 60;
-    line.noise = 0.02;
-    const TraceMaker maker(line);
-    const int cdp = line.cdps() / 2;
-    std::vector<float> trace(static_cast<std::size_t>(line.samples));
-    for (const Reflection& reflection : line.reflections) {
-        std::vector<double> stack(41);  // 2 ms apart around t0
-        for (int shot = 0; shot < line.shots; ++shot) {
-            for (int channel = 0; channel < line.channels; ++channel) {
-                if (line.cdp(shot, channel) != cdp) continue;
-                maker.make(shot, channel, trace);
-                const double x_s = line.offset(shot, channel) / reflection.velocity;
-                for (int i = 0; i <= 40; ++i) {
-                    const double t0_s = reflection.t0_ms / 1000 + (i - 20) * 0.002;
-                    const double position = std::sqrt(t0_s * t0_s + x_s * x_s) / 0.002;
-                    const auto at = static_cast<std::size_t>(std::lround(position));
-                    stack[static_cast<std::size_t>(i)] += trace[at] * reflection.amplitude;
-                }
-            }
-        }
-        const auto peak = std::max_element(stack.begin(), stack.end()) - stack.begin();
-        EXPECT_NEAR(static_cast<double>(peak), 20, 1) << "t0 " << reflection.t0_ms;
     }
 }
 
