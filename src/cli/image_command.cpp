@@ -63,8 +63,12 @@ void make(const Options& options) {
 }
 
 void list(const Options& options) {
-    Table table({{"tape file", true}, {"block", true}, "what", {"count", true},
-                 {"bytes each", true}, {"at byte", true}});
+    Table table({{"tape file", true},
+                 {"block", true},
+                 "what",
+                 {"count", true},
+                 {"bytes each", true},
+                 {"at byte", true}});
     const auto text = [](std::int64_t number) { return std::to_string(number); };
     const std::string fault = list_image(options.image, [&](const ImageRun& run) {
         table.print_full(options.csv);

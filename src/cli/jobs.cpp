@@ -198,8 +198,7 @@ namespace {
 // Between its number and its process, a job is nobody's: whoever starts it takes a moment.
 bool may_still_start(const JobFiles& files, const JobRecord& record) {
     constexpr double kMoment = 60;  // seconds
-    const std::time_t since =
-        record.start > 0 ? record.start : write_time(files.flow).value_or(0);
+    const std::time_t since = record.start > 0 ? record.start : write_time(files.flow).value_or(0);
     return std::difftime(std::time(nullptr), since) < kMoment;
 }
 
@@ -213,7 +212,7 @@ JobStatus job_status(int number) {
                            "; 'halvern jobs' lists those there are");
     }
     JobStatus status{.record = read_record(files), .log = {}};
-    const bool runs = job_runs(status.record);  // asked before the log is read to its end
+    const bool runs = job_runs(status.record);       // asked before the log is read to its end
     std::ifstream log(files.log, std::ios::binary);  // of any length
     const bool logged = log.is_open();
     for (std::string line; std::getline(log, line);) status.log.take(line);

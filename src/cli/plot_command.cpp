@@ -83,8 +83,8 @@ picture::Canvas section_picture(const Options& options, TraceSource& source,
     const double percentile = amplitude_percentile(section, options.percentile);
     const double automatic = percentile > 0 ? percentile : 1;
     // Within what the drawing can divide by and by which.
-    const double full_scale = std::clamp(
-        (options.scale > 0 ? options.scale : automatic) / options.gain, 1e-60, 1e60);
+    const double full_scale =
+        std::clamp((options.scale > 0 ? options.scale : automatic) / options.gain, 1e-60, 1e60);
     SectionLook look{.size = options.size, .full_scale = full_scale, .title = options.title};
     if (options.style == "red-blue") look.style = SectionStyle::kRedBlue;
     if (options.style == "wiggle") look.style = SectionStyle::kWiggle;

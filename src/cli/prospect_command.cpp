@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "cli/captured_log.h"
 #include "cli/command_error.h"
 #include "cli/commands.h"
 #include "cli/prospects.h"
-#include "cli/captured_log.h"
 #include "cli/table.h"
 #include "cli/words.h"
 #include "cli/workplace.h"

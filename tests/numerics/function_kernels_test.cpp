@@ -59,8 +59,9 @@ TEST(FunctionKernels, TakesTheEndsOfTheRange) {
     struct Case {
         double x, expected;
     };
-    const Case exponentials[] = {{0, 1},           {-0., 1},   {kInfinity, kInfinity},
-                                 {-kInfinity, 0},  {800, kInfinity}, {-800, 0}, {kNaN, kNaN}};
+    const Case exponentials[] = {{0, 1},          {-0., 1},         {kInfinity, kInfinity},
+                                 {-kInfinity, 0}, {800, kInfinity}, {-800, 0},
+                                 {kNaN, kNaN}};
     const Case logarithms[] = {{1, 0},     {0, -kInfinity},        {-0., -kInfinity},
                                {-1, kNaN}, {kInfinity, kInfinity}, {kNaN, kNaN}};
     const auto check = [](auto function, std::span<const Case> cases) {
