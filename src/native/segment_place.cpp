@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <ranges>
 
 #include "foundation/global_config.h"
 #include "foundation/prospect.h"
@@ -39,7 +38,8 @@ NativePlaces NativePlaces::configured() {
 }
 
 std::optional<std::string> NativePlaces::choose() const {
-    for (const std::string& directory : directories | std::views::reverse) {
+    for (std::size_t i = directories.size(); i-- > 0;) {
+        const std::string& directory = directories[i];
         std::error_code ignored;
         std::filesystem::create_directories(directory, ignored);
         const std::int64_t free = free_space(directory);
