@@ -222,7 +222,43 @@ private:
     std::string ending_;
 };
 
-class SegyTraceSource final : public TraceSource {
+// What a file is whose reader does the reading.
+template <class Reader>
+class ReaderTraceSource : public TraceSource {
+public:
+    bool next() override {
+        if (reader_.read_next() == 1) {
+            ++next_;
+            return true;
+        }
+        if (next_ < trace_count()) ended_ = lost_text(next_, trace_count());
+        return false;
+    }
+    bool move_to(std::int64_t index) override {
+        if (!reader_.move_to(index)) return false;
+        next_ = index;
+        return true;
+    }
+    std::int64_t trace_count() const override { return reader_.trace_count(); }
+    LineHeader& line() override { return reader_.line(); }
+    TraceHeaderDefinition& definition() override { return reader_.definition(); }
+    TraceSamples& samples() override { return reader_.samples(); }
+    std::string ended_early() const override { return ended_; }
+
+protected:
+    bool lacks_weight() {
+        return reader_.layout().format == SampleFormat::kInt16 &&
+               reader_.definition().find("WEIGHT") < 0;
+    }
+
+    Reader reader_;
+
+private:
+    std::int64_t next_ = 0;  // index of the trace to read next
+    std::string ended_;
+};
+
+class SegyTraceSource final : public ReaderTraceSource<SegyReader> {
 public:
     /// Why it cannot be opened, or an empty text. `image`: the file is a tape image.
     std::string open(const std::string& path, const std::string& header_path, bool image) {
@@ -248,8 +284,7 @@ public:
             return "'" + path + "' cannot be read as SEG-Y" + (reason.empty() ? "" : ": ") + reason;
         }
         oddities_ = log.warnings();
-        if (reader_.layout().format == SampleFormat::kInt16 &&
-            reader_.definition().find("WEIGHT") < 0) {
+        if (lacks_weight()) {
             return "the header description '" + header_path +
                    "' has no word WEIGHT, which 16-bit samples need";
         }
@@ -259,26 +294,10 @@ public:
     std::string kind() const override {
         return image_ ? "tape image that holds SEG-Y" : "SEG-Y file";
     }
-    bool next() override {
-        if (reader_.read_next() == 1) {
-            ++next_;
-            return true;
-        }
-        if (next_ < trace_count()) ended_ = lost_text(next_, trace_count());
-        return false;
-    }
-    bool move_to(std::int64_t index) override {
-        if (reader_.file_size() < 0 || !reader_.move_to(index)) return false;
-        next_ = index;
-        return true;
-    }
     void set_samples_wanted(bool wanted) override { reader_.set_samples_wanted(wanted); }
     std::int64_t trace_count() const override {
         return reader_.file_size() < 0 ? -1 : reader_.trace_count();
     }
-    LineHeader& line() override { return reader_.line(); }
-    TraceHeaderDefinition& definition() override { return reader_.definition(); }
-    TraceSamples& samples() override { return reader_.samples(); }
     bool has_text() const override { return true; }
     std::string sample_format() const override {
         const SegyLayout& layout = reader_.layout();
@@ -314,17 +333,16 @@ public:
         }
         return all;
     }
-    std::string ended_early() const override { return image_ ? image_->ending() : ended_; }
+    std::string ended_early() const override {
+        return image_ ? image_->ending() : ReaderTraceSource::ended_early();
+    }
 
 private:
-    SegyReader reader_;
     ImageSegySource* image_ = nullptr;  // the reader's source; null: a disk file
-    std::int64_t next_ = 0;             // index of the trace to read next
-    std::string ended_;
     std::vector<std::string> oddities_;
 };
 
-class NativeTraceSource final : public TraceSource {
+class NativeTraceSource final : public ReaderTraceSource<NativeReader> {
 public:
     std::string open(const std::string& path) {
         const CapturedLog log;
@@ -339,32 +357,14 @@ public:
             default:
                 break;
         }
-        if (reader_.layout().format == SampleFormat::kInt16 &&
-            reader_.definition().find("WEIGHT") < 0) {
+        if (lacks_weight()) {
             return "the dataset's header description has no word WEIGHT, which 16-bit samples need";
         }
         return {};
     }
 
     std::string kind() const override { return "native dataset"; }
-    bool next() override {
-        if (reader_.read_next() == 1) {
-            ++next_;
-            return true;
-        }
-        if (next_ < trace_count()) ended_ = lost_text(next_, trace_count());
-        return false;
-    }
-    bool move_to(std::int64_t index) override {
-        if (!reader_.move_to(index)) return false;
-        next_ = index;
-        return true;
-    }
     void set_samples_wanted(bool) override {}
-    std::int64_t trace_count() const override { return reader_.trace_count(); }
-    LineHeader& line() override { return reader_.line(); }
-    TraceHeaderDefinition& definition() override { return reader_.definition(); }
-    TraceSamples& samples() override { return reader_.samples(); }
     std::string sample_format() const override {
         return sample_format_text(reader_.layout().format);
     }
@@ -378,12 +378,6 @@ public:
         }
         return facts;
     }
-    std::string ended_early() const override { return ended_; }
-
-private:
-    NativeReader reader_;
-    std::int64_t next_ = 0;  // index of the trace to read next
-    std::string ended_;
 };
 
 template <class Source, class... Arguments>
