@@ -34,7 +34,7 @@ int BlockWriter::open(const std::string& path, Mode mode, std::int64_t offset) {
     if (stream_) {
         if (!buffer_) buffer_ = std::make_unique_for_overwrite<char[]>(kBufferBytes);
         std::setvbuf(stream_.get(), buffer_.get(), _IOFBF, kBufferBytes);
-        if (offset == 0 || seek_stream(stream_.get(), offset, SEEK_SET) == 0) return 0;
+        if (offset == 0 || seek_stream(stream_.get(), offset) == 0) return 0;
     }
     fail();
     stream_.reset();

@@ -5,8 +5,8 @@
 
 namespace halvern {
 
-/// std::fseek for files beyond 2 GiB on every system. `origin` is SEEK_SET, SEEK_CUR or SEEK_END.
-/// 0, or -1 when the stream cannot go there.
-[[nodiscard]] int seek_stream(std::FILE* stream, std::int64_t offset, int origin);
+/// Makes byte `offset` of the file, which may be beyond 2 GiB on every system, the stream's next
+/// one. 0, or -1 when it cannot go there.
+[[nodiscard]] int seek_stream(std::FILE* stream, std::int64_t offset);
 
 }  // namespace halvern

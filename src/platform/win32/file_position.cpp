@@ -2,8 +2,8 @@
 
 namespace halvern {
 
-int seek_stream(std::FILE* stream, std::int64_t offset, int origin) {
-    return ::_fseeki64(stream, offset, origin);
+int seek_stream(std::FILE* stream, std::int64_t offset) {
+    return ::_fseeki64(stream, offset, SEEK_SET);
 }
 
 }  // namespace halvern
