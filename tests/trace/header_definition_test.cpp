@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <limits>
+#include <map>
+#include <set>
 #include <string>
 
 #include "support/log_capture.h"
@@ -14,6 +17,8 @@ namespace {
 
 using testing_support::LogCapture;
 using testing_support::TemporaryFolder;
+
+constexpr const char* kDefault = HALVERN_SOURCE_DIR "/header/default";
 
 /// A word's line: the description padded to 50 columns, then the rest as given.
 std::string line(std::string description, const std::string& rest) {
@@ -38,26 +43,21 @@ TEST(HeaderDefinition, ReadsTheFixedColumns) {
     ASSERT_EQ(d.count(), 4);
     EXPECT_EQ(d.find("FIRST"), 0);  // the first of two wins
     EXPECT_EQ(d.find("first"), -1);
-    EXPECT_EQ(d.find("EIGHTLET"), 1);
     EXPECT_STREQ(d.description(1), (std::string("Eight letters") + std::string(37, ' ')).c_str());
-    EXPECT_EQ(d.location(1), 28);
-    EXPECT_EQ(d.type(1), 0);
+    EXPECT_EQ(d.location(d.find("EIGHTLET")), 28);
     EXPECT_EQ(d.location(2), 100);
     EXPECT_EQ(d.type(2), 2);
     EXPECT_STREQ(d.category(0), "No Category");
     EXPECT_STREQ(d.category(1), "Line two");  // "Line one" has no words
     EXPECT_EQ(d.words()[1].category, 2);
-    EXPECT_EQ(d.name(4), nullptr);
-    EXPECT_EQ(d.category(4), nullptr);
-    EXPECT_EQ(d.type(-1), 1);
-    EXPECT_EQ(d.location(-1), 0);
+    EXPECT_TRUE(d.name(4) == nullptr && d.category(4) == nullptr);
+    EXPECT_TRUE(d.type(-1) == 1 && d.location(-1) == 0);
 }
 
 TEST(HeaderDefinition, SurvivesWhatIsNoDescription) {
     const std::string kInputs[] = {
         "",
         "\n\n\n",
-        "short",
         line("No numbers", "NAME"),
         line("Overflow", "NAME     99999999999999999999 -99999999999999999999"),
         line("Outside", "NAME     -4 1") + line("Outside", "NAME2    238 1"),
@@ -106,38 +106,35 @@ TEST(HeaderDefinition, AnOverlongLineIsReadInPieces) {
     EXPECT_EQ(file.definition.location(file.definition.find("TAIL")), 4);
 }
 
-struct Stored {
-    int word;  // of the four below
-    double value;
-    double read;
-    int as_int;
-    std::array<int, 4> bytes;
-};
-
 TEST(HeaderDefinition, StoresByType) {
     Loaded file(line("", "SHORT      1 0") + line("", "LONG       1 1") +
                 line("", "REAL       1 2") + line("", "OTHER      1 9"));
-    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-    const Stored cases[] = {
+    struct Case {
+        int word;
+        double value, read;
+        int as_int;
+        std::array<int, 4> bytes;
+    };
+    const Case cases[] = {
         {0, 40000.0, -25536, -25536, {0x9C, 0x40, 0, 0}},
         {0, -2.9, -2, -2, {0xFF, 0xFE, 0, 0}},
         {0, 65536.0 * 3 + 5, 5, 5, {0x00, 0x05, 0, 0}},
         {1, -123456.9, -123456, -123456, {0xFF, 0xFE, 0x1D, 0xC0}},
         {1, 1e12, 2147483647, 2147483647, {0x7F, 0xFF, 0xFF, 0xFF}},
         {1, -1e12, -2147483648.0, std::numeric_limits<int>::min(), {0x80, 0, 0, 0}},
-        {1, kNan, 0, 0, {0, 0, 0, 0}},
+        {1, NAN, 0, 0, {0, 0, 0, 0}},
         {2, -118.625, -118.625, -118, {0xC2, 0xED, 0x40, 0x00}},
         {2, 0x1p40, 0x1p40, 2147483647, {0x53, 0x80, 0, 0}},
         {3, 513, 513, 513, {0x02, 0x01, 0, 0}},  // an unknown type is two bytes
     };
-    for (const Stored& c : cases) {
+    for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << "word " << c.word << " value " << c.value);
         file.image.fill(std::byte{});
         file.definition.set_double(c.word, c.value);
         EXPECT_EQ(file.definition.get_double(c.word), c.read);
         EXPECT_EQ(file.definition.get_int(c.word), c.as_int);
         for (std::size_t i = 0; i < 4; ++i) {
-            EXPECT_EQ(std::to_integer<int>(file.image[1 + i]), c.bytes[i]) << "byte " << i;
+            EXPECT_EQ(static_cast<int>(file.image[1 + i]), c.bytes[i]) << "byte " << i;
         }
     }
 }
@@ -148,23 +145,67 @@ TEST(HeaderDefinition, SavingNamesTheFirstCategoryAgain) {
     ASSERT_EQ(file.definition.save(saved), 0);
     EXPECT_EQ(testing_support::file_bytes(saved), "!No Category\n" + line("A", "A          0 1") +
                                                       "!Second\n" + line("B", "B        104 0"));
-    TraceHeaderDefinition again;
-    ASSERT_EQ(again.load(saved), 0);
-    EXPECT_EQ(again.categories(),
-              (std::vector<std::string>{"No Category", "No Category", "Second"}));
-    EXPECT_EQ(again.save(file.folder.file("none/saved")), -1);
+    EXPECT_EQ(file.definition.save(file.folder.file("none/saved")), -1);
     EXPECT_EQ(TraceHeaderDefinition().save(saved), -1);
 }
 
 TEST(HeaderDefinition, AMissingFileIsLoggedAndForgetsTheOldWords) {
     Loaded file(line("A", "A          0 1"));
-    for (const std::string& path : {file.folder.file("missing"), file.folder.path().string()}) {
-        LogCapture log;
-        EXPECT_EQ(file.definition.load(path), -1);
-        EXPECT_EQ(log.text(), "Cannot Open Trace Header Description File '" + path + "'\n");
-        EXPECT_EQ(file.definition.find("A"), -1);
-        EXPECT_EQ(file.definition.count(), 0);
+    LogCapture log;
+    const std::string folder = file.folder.path().string();  // opens, but does not read
+    EXPECT_EQ(file.definition.load(folder), -1);
+    EXPECT_EQ(log.text(), "Cannot Open Trace Header Description File '" + folder + "'\n");
+    EXPECT_EQ(file.definition.find("A"), -1);
+    EXPECT_EQ(file.definition.count(), 0);
+}
+
+// Bytes counted from 1 and widths of the SEG-Y standard's trace header (revision 1 from 181 on).
+TEST(DefaultHeader, HasTheStandardsFieldsWhereTheStandardHasThem) {
+    TraceHeaderDefinition definition;
+    ASSERT_EQ(definition.load(kDefault), 0);
+    const std::map<std::string, int> i4 = {
+        {"TRNUML", 1},    {"TRNUMR", 5},   {"FFID", 9},     {"CHAN", 13},    {"SOUPOINT", 17},
+        {"CDPN", 21},     {"TRACE", 25},   {"OFFSET", 37},  {"RECELEV", 41}, {"SRCELEV", 45},
+        {"SOUDEPTH", 49}, {"SWATDEP", 61}, {"RWATDEP", 65}, {"SRCX", 73},    {"SRCY", 77},
+        {"RECX", 81},     {"RECY", 85},    {"CDPX", 181},   {"CDPY", 185},   {"INLINE", 189},
+        {"XLINE", 193}};
+    const std::map<std::string, int> i2 = {
+        {"TRACEID", 29},  {"FOLD", 33},      {"SUPHOLE", 95},   {"RUPHOLE", 97}, {"SSTATIC", 99},
+        {"RSTATIC", 101}, {"NUMSAMPS", 115}, {"SAMPRATE", 117}, {"DTIME", 159},  {"HTIME", 161},
+        {"MTIME", 163},   {"STIME", 165},    {"WEIGHT", 169}};
+    for (const auto& [places, type] : {std::pair{&i4, HeaderType::kI4}, {&i2, HeaderType::kI2}}) {
+        for (const auto& [name, byte] : *places) {
+            const int index = definition.find(name);
+            ASSERT_GE(index, 0) << name;
+            EXPECT_EQ(definition.location(index), byte - 1) << name;
+            EXPECT_EQ(definition.type(index), static_cast<int>(type)) << name;
+        }
     }
+    // The source time counts to 366235959, more than a float or two bytes hold exactly.
+    EXPECT_EQ(definition.type(definition.find("TIME")), static_cast<int>(HeaderType::kI4));
+    // At index 0 it would never mark a shortened trace.
+    EXPECT_GT(definition.find("TRACEID"), 0);
+    EXPECT_LE(definition.count(), 200);  // what a text header lists
+}
+
+TEST(DefaultHeader, NoTwoWordsShareAByteOrANameAndItSavesAsItIs) {
+    Loaded file(testing_support::file_bytes(kDefault));
+    std::map<int, std::string> owner;
+    std::set<std::string> names;
+    for (const HeaderWord& word : file.definition.words()) {
+        EXPECT_TRUE(names.insert(word.name).second) << word.name;
+        EXPECT_TRUE(word.type >= 0 && word.type <= 2) << word.name;
+        EXPECT_GT(word.category, 0) << word.name << " is under no category";
+        const int end = word.location + (word.type == 0 ? 2 : 4);
+        EXPECT_LE(end, kTraceHeaderBytes) << word.name;
+        for (int byte = word.location; byte < end; ++byte) {
+            const auto [other, free] = owner.try_emplace(byte, word.name);
+            EXPECT_TRUE(free) << word.name << " and " << other->second << " share byte " << byte;
+        }
+    }
+    ASSERT_EQ(file.definition.save(file.folder.file("saved")), 0);
+    EXPECT_EQ(testing_support::file_bytes(file.folder.file("saved")),
+              testing_support::file_bytes(kDefault));
 }
 
 }  // namespace
