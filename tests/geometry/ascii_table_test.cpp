@@ -3,11 +3,68 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <random>
 #include <string>
+#include <tuple>
 
 namespace halvern {
 namespace {
+
+TEST(AsciiField, ReadsItsColumnsOfALine) {
+    std::string wide(51, ' ');  // then 1 and 2
+    wide.replace(50, 1, "12");
+    const struct {
+        int first, last;
+        std::string line;
+        bool ended, floating;
+        double value;
+    } kCases[] = {
+        {3, 8, "ab  12.7cd", true, true, 12.7},
+        {1, 6, "-12.5 ", true, false, -13},
+        {1, 6, "  12.4", true, false, 12},
+        // Four characters from the first column on, the line end among them.
+        {5, 9, "1234567", true, true, 567},
+        {5, 9, "1234567", false, true, 0},
+        {5, 9, "123456", true, true, 0},
+        {1, 60, wide, true, true, 1},  // the 52nd character is not looked at
+        {6, 5, "1234567890", true, true, 0},
+        {0, 5, "1234567890", true, true, 0},
+        {2147483647, 2147483647, "1234567890", true, true, 0},
+    };
+    for (const auto& c : kCases) {
+        const AsciiField field{
+            .first_column = c.first, .last_column = c.last, .floating = c.floating};
+        EXPECT_EQ(field.value(c.line, c.ended), c.value) << c.line << ", " << field.range_text();
+    }
+}
+
+TEST(AsciiField, StandsInTheFlowFile) {
+    using Fields = std::tuple<std::string, int, int, bool, std::string>;
+    const struct {
+        const char* text;
+        Fields fields;
+        const char* written;
+    } kCases[] = {
+        {"FFID 1 8", {"FFID", 1, 8, true, ""}, "FFID 1 8"},
+        {"SRCX  10  20 0 S 1 ", {"SRCX", 10, 20, false, "S 1 "}, "SRCX 10 20 0 S 1 "},
+        {"SRCX 10 20 7 K", {"SRCX", 10, 20, true, "K"}, "SRCX 10 20 1 K"},
+        {"SRCX 10 20 0", {"SRCX", 10, 20, false, ""}, "SRCX 10 20"},
+        {"SRCX", {"SRCX", 0, 0, true, ""}, "SRCX 0 0"},
+        {"", {"", 0, 0, true, ""}, " 0 0"},
+    };
+    for (const auto& c : kCases) {
+        const AsciiField data = AsciiField::parse_data(c.text);
+        EXPECT_EQ(Fields(data.name, data.first_column, data.last_column, data.trace, data.key),
+                  c.fields);
+        EXPECT_EQ(data.data_text(), c.written);
+        const AsciiField match = AsciiField::parse_match("4 " + std::string(c.text));
+        EXPECT_EQ(match.compare, kGreater);
+        EXPECT_EQ(match.match_text(), "4 " + std::string(c.written));
+    }
+    EXPECT_EQ(AsciiField::parse_match("").name, "");
+    EXPECT_EQ(AsciiField::parse_match("x FFID 1 8").compare, 9) << "matches nothing";
+}
 
 // Columns 1-5, 6-10, 11-15, …
 AsciiField column(int number, int compare = kEqual, bool floating = false) {
@@ -91,14 +148,14 @@ TEST(AsciiTable, EveryOperatorAsksTheTraceAgainstTheRecord) {
 TEST(AsciiTable, LooksDownwardFirst) {
     std::string text;
     for (const int value : {10, 20, 30, 40, 50}) text += line({value, value});
-    AsciiTable at_most = table_of(text, {column(1, kGreaterOrEqual)}, {column(2)});
-    EXPECT_EQ(found(at_most, {35}), 30);
-    EXPECT_EQ(found(at_most, {15}), 10);
-    EXPECT_EQ(found(at_most, {5}), -1);
-    AsciiTable at_least = table_of(text, {column(1, kLessOrEqual)}, {column(2)});
-    EXPECT_EQ(found(at_least, {25}), 30);
-    EXPECT_EQ(found(at_least, {5}), 30);
-    EXPECT_EQ(found(at_least, {35}), 40);
+    const int cases[][3] = {// operator, trace, record
+                            {kGreaterOrEqual, 35, 30}, {kGreaterOrEqual, 15, 10},
+                            {kGreaterOrEqual, 5, -1},  {kLessOrEqual, 25, 30},
+                            {kLessOrEqual, 5, 30},     {kLessOrEqual, 35, 40}};
+    for (const auto& [compare, trace, record] : cases) {
+        AsciiTable table = table_of(text, {column(1, compare)}, {column(2)});
+        EXPECT_EQ(found(table, {trace}), record) << compare << ' ' << trace;
+    }
 }
 
 // The search halves places 0 … 6 until a record has the key, and tries from there downward, then
@@ -132,30 +189,25 @@ TEST(AsciiTable, FindsARecordWheneverThereIsOne) {
     std::mt19937 random(11);
     for (const int records : {1, 2, 3, 10, 500}) {
         for (const bool unique : {false, true}) {
-            struct Record {
-                int a, b, limit;
-            };
+            using Record = std::array<int, 3>;  // two keys and a limit
+            const auto number = [&](unsigned end) { return static_cast<int>(random() % end); };
             std::vector<Record> all;
             for (int i = 0; i + 2 < records; ++i) {
-                all.push_back({static_cast<int>(random() % 30), static_cast<int>(random() % 8),
-                               static_cast<int>(random() % 4)});
-                if (unique) all.back() = {i % 30, i / 30, 2};
+                all.push_back(unique ? Record{i % 30, i / 30, 2}
+                                     : Record{number(30), number(8), number(4)});
             }
             // Two of the highest first key: the last run of the second pass is then their own.
             for (int b = 0; static_cast<int>(all.size()) < records; ++b) all.push_back({99, b, 1});
             std::ranges::shuffle(all, random);
             std::string text;
-            for (int i = 0; i < records; ++i) {
-                const Record& record = all[static_cast<std::size_t>(i)];
-                text += line({record.a, record.b, record.limit, i});
-            }
+            for (int i = 0; const auto& [a, b, limit] : all) text += line({a, b, limit, i++});
             AsciiTable table =
                 table_of(text, {column(1), column(2), column(3, kLessOrEqual)}, {column(4)});
             for (int a = 0; a < 31; ++a) {
                 for (int b = 0; b < 20; ++b) {
                     for (const int value : {0, 2}) {
                         const auto fits = [&](const Record& record) {
-                            return record.a == a && record.b == b && value <= record.limit;
+                            return record[0] == a && record[1] == b && value <= record[2];
                         };
                         const int got = found(table, {a, b, value});
                         ASSERT_EQ(got >= 0, std::ranges::any_of(all, fits)) << a << ' ' << b;

@@ -12,10 +12,8 @@ namespace halvern {
 namespace {
 
 TEST(DecimalField, WholeNumbersStopWhereTheNumberStops) {
-    constexpr std::pair<const char*, int> kFields[] = {{"", 0},
-                                                       {"    ", 0},
-                                                       {"  12", 12},
-                                                       {"12  ", 12},
+    constexpr std::pair<const char*, int> kFields[] = {{"    ", 0},
+                                                       {"  12  ", 12},
                                                        {"-7", -7},
                                                        {"+7", 7},
                                                        {"1001.00", 1001},

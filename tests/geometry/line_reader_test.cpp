@@ -21,14 +21,12 @@ Lines all_lines(LineReader& reader) {
 }
 
 TEST(LineReader, TakesEveryLineEnd) {
-    const std::pair<const char*, Lines> kTexts[] = {{"", {}},
-                                                    {"a", {{1, "a"}}},
-                                                    {"a\nb\n", {{1, "a"}, {2, "b"}}},
-                                                    {"a\r\nb\r\n", {{1, "a"}, {2, "b"}}},
-                                                    {"a\rb\r", {{1, "a"}, {2, "b"}}},
-                                                    {"a\n\nb", {{1, "a"}, {2, ""}, {3, "b"}}},
-                                                    {"a\r\rb", {{1, "a"}, {2, ""}, {3, "b"}}},
-                                                    {"\r\n\n", {{1, ""}, {2, ""}}}};
+    const std::pair<const char*, Lines> kTexts[] = {
+        {"", {}},
+        {"a\nb\r\nc\rd", {{1, "a"}, {2, "b"}, {3, "c"}, {4, "d"}}},
+        {"a\n\nb\r\r", {{1, "a"}, {2, ""}, {3, "b"}, {4, ""}}},
+        {"\r\n\n", {{1, ""}, {2, ""}}},
+        {"a\n", {{1, "a"}}}};
     for (const auto& [text, lines] : kTexts) {
         LineReader reader = LineReader::Over(text, 198);
         EXPECT_EQ(all_lines(reader), lines) << text;

