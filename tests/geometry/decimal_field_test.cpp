@@ -11,36 +11,40 @@
 namespace halvern {
 namespace {
 
-TEST(DecimalField, WholeNumbersStopWhereTheNumberStops) {
-    constexpr std::pair<const char*, int> kFields[] = {{"    ", 0},
-                                                       {"  12  ", 12},
-                                                       {"-7", -7},
-                                                       {"+7", 7},
-                                                       {"1001.00", 1001},
-                                                       {"12x", 12},
-                                                       {"x12", 0},
-                                                       {"- 5", 0},
-                                                       {"0x10", 0},
-                                                       {"2147483648", INT_MAX},
-                                                       {"-2147483649", INT_MIN},
-                                                       {"99999999999999999999999999", INT_MAX}};
-    for (const auto& [text, value] : kFields) {
-        EXPECT_EQ(decimal_int(text), value) << "'" << text << "'";
-    }
-}
-
-TEST(DecimalField, RealNumbersKnowNoNamesAndNoHexadecimal) {
-    constexpr std::pair<const char*, double> kFields[] = {
-        {"", 0},       {" .", 0},
-        {"-", 0},      {" 531234.5", 531234.5},
-        {".5", .5},    {"-.25", -.25},
-        {"+3.", 3},    {"1.2.3", 1.2},
-        {"1e3", 1000}, {"1e", 1},
-        {"2E-1x", .2}, {"inf", 0},
-        {"nan", 0},    {"0x1p3", 0},
-        {"1e-999", 0}, {"1e999", std::numeric_limits<double>::max()}};
-    for (const auto& [text, value] : kFields) {
-        EXPECT_EQ(decimal_real(text), value) << "'" << text << "'";
+// They know no names and no hexadecimal.
+TEST(DecimalField, NumbersStopWhereTheNumberStops) {
+    constexpr double kMost = std::numeric_limits<double>::max();
+    constexpr struct {
+        const char* text;
+        int whole;
+        double real;
+    } kFields[] = {{"    ", 0, 0},
+                   {"  12  ", 12, 12},
+                   {"+7", 7, 7},
+                   {"1001.00", 1001, 1001},
+                   {"12x", 12, 12},
+                   {"x12", 0, 0},
+                   {"- 5", 0, 0},
+                   {"0x10", 0, 0},
+                   {"2147483648", INT_MAX, 2147483648},
+                   {"-2147483649", INT_MIN, -2147483649},
+                   {"99999999999999999999999999", INT_MAX, 99999999999999999999999999.0},
+                   {"", 0, 0},
+                   {" .", 0, 0},
+                   {".5", 0, .5},
+                   {"-.25", 0, -.25},
+                   {"+3.", 3, 3},
+                   {"1.2.3", 1, 1.2},
+                   {"1e3", 1, 1000},
+                   {"1e", 1, 1},
+                   {"2E-1x", 2, .2},
+                   {"inf", 0, 0},
+                   {"nan", 0, 0},
+                   {"1e-999", 1, 0},
+                   {"1e999", 1, kMost}};
+    for (const auto& [text, whole, real] : kFields) {
+        EXPECT_EQ(decimal_int(text), whole) << "'" << text << "'";
+        EXPECT_EQ(decimal_real(text), real) << "'" << text << "'";
     }
 }
 
