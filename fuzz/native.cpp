@@ -40,8 +40,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     write("desc", part(second, size));
     write("head", std::string(480, '\1'));
     write("data", std::string(4000, '\2'));
+    static const halvern::SilentReporter silent;
     halvern::NativeReader reader;
-    if (reader.open((folder / "main").string(), 1, "fuzz") != halvern::NativeOpening::kOpened)
+    if (reader.open((folder / "main").string(), 1, silent) != halvern::NativeOpening::kOpened)
         return 0;
     while (reader.read_next() == 1) {
         for (int word = 0; word < reader.definition().count(); ++word) {

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "cli/command_error.h"
 #include "cli/commands.h"
-#include "cli/configuration.h"
 #include "cli/table.h"
-#include "cli/workplace.h"
+#include "desk/command_error.h"
+#include "desk/configuration.h"
+#include "desk/workplace.h"
 #include "foundation/global_config.h"
 #include "platform/replace_file.h"
 

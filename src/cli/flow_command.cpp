@@ -7,17 +7,17 @@
 #include <string>
 #include <vector>
 
-#include "cli/command_error.h"
 #include "cli/commands.h"
-#include "cli/flow_check.h"
-#include "cli/flow_parameters.h"
-#include "cli/flow_text.h"
-#include "cli/prospects.h"
 #include "cli/table.h"
 #include "cli/terminal_host.h"
-#include "cli/words.h"
-#include "cli/workplace.h"
+#include "desk/command_error.h"
+#include "desk/flow_check.h"
+#include "desk/flow_parameters.h"
+#include "desk/flow_text.h"
+#include "desk/prospects.h"
+#include "desk/workplace.h"
 #include "foundation/messages.h"
+#include "foundation/words.h"
 #include "platform/create_file.h"
 #include "platform/replace_file.h"
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "cli/command_error.h"
 #include "cli/commands.h"
 #include "cli/table.h"
-#include "cli/words.h"
+#include "desk/command_error.h"
+#include "foundation/words.h"
 #include "segd/image_files.h"
 #include "tape/image_tools.h"
 

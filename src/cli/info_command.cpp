@@ -10,11 +10,11 @@
 
 #include "cli/commands.h"
 #include "cli/table.h"
-#include "cli/trace_selection.h"
-#include "cli/trace_source.h"
-#include "cli/trace_statistics.h"
-#include "cli/words.h"
 #include "foundation/system_paths.h"
+#include "foundation/words.h"
+#include "inspect/trace_selection.h"
+#include "inspect/trace_source.h"
+#include "inspect/trace_statistics.h"
 #include "trace/ebcdic.h"
 
 namespace halvern {

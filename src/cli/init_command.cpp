@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "cli/command_error.h"
 #include "cli/commands.h"
-#include "cli/workplace.h"
+#include "desk/command_error.h"
+#include "desk/workplace.h"
 #include "foundation/system_paths.h"
 
 namespace halvern {

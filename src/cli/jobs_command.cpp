@@ -6,15 +6,15 @@
 #include <memory>
 #include <string>
 
-#include "cli/command_error.h"
 #include "cli/commands.h"
-#include "cli/jobs.h"
 #include "cli/log_follower.h"
-#include "cli/run_job.h"
 #include "cli/table.h"
-#include "cli/words.h"
-#include "cli/workplace.h"
+#include "desk/command_error.h"
+#include "desk/jobs.h"
+#include "desk/run_job.h"
+#include "desk/workplace.h"
 #include "foundation/time_stamp.h"
+#include "foundation/words.h"
 #include "platform/input_file.h"
 #include "platform/job_signals.h"
 

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "cli/table.h"
-#include "cli/words.h"
+#include "foundation/words.h"
 #include "platform/input_file.h"
 #include "platform/terminal.h"
 
@@ -26,8 +26,9 @@ constexpr const char* kClearLine = "\r\033[K";
 // that it has once seen.
 void show_rest(const InputFile& file, std::int64_t& shown, LogView& view) {
     char buffer[1 << 16];
+    Fault ignored;  // what cannot be read now may be the next time
     while (const std::size_t count =
-               file.read_at(shown, std::as_writable_bytes(std::span(buffer)))) {
+               file.read_at(shown, std::as_writable_bytes(std::span(buffer)), ignored)) {
         view.take({buffer, count});
         shown += static_cast<std::int64_t>(count);
     }
@@ -125,7 +126,9 @@ void follow_log(const std::string& path, LogView& view, const std::function<bool
     std::int64_t shown = 0;
     for (bool last = false; !last;) {
         last = ended();  // asked first, so that nothing is written after the last look
-        if (!file) file = InputFile::open(path);
+        if (!file) {
+            if (Result<InputFile> opened = InputFile::open(path)) file = std::move(*opened);
+        }
         if (file) show_rest(*file, shown, view);
         if (last || stop()) break;
         std::this_thread::sleep_for(kPause);

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "cli/jobs.h"
+#include "desk/jobs.h"
 
 namespace halvern {
 

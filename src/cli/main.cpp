@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
-#include "cli/command_error.h"
 #include "cli/commands.h"
-#include "cli/workplace.h"
+#include "desk/command_error.h"
+#include "desk/workplace.h"
 #include "foundation/messages.h"
 
 namespace halvern {

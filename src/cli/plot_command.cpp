@@ -7,12 +7,12 @@
 #include <string>
 
 #include "cli/commands.h"
-#include "cli/section.h"
-#include "cli/section_picture.h"
-#include "cli/survey_pictures.h"
-#include "cli/words.h"
 #include "foundation/system_paths.h"
+#include "foundation/words.h"
 #include "picture/png.h"
+#include "plots/section.h"
+#include "plots/section_picture.h"
+#include "plots/survey_pictures.h"
 
 namespace halvern {
 

@@ -5,14 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "cli/captured_log.h"
-#include "cli/command_error.h"
 #include "cli/commands.h"
-#include "cli/prospects.h"
 #include "cli/table.h"
-#include "cli/words.h"
-#include "cli/workplace.h"
+#include "desk/command_error.h"
+#include "desk/prospects.h"
+#include "desk/workplace.h"
 #include "foundation/messages.h"
+#include "foundation/words.h"
+#include "inspect/captured_log.h"
 
 namespace halvern {
 

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "cli/commands.h"
-#include "cli/flow_text.h"
 #include "cli/log_follower.h"
-#include "cli/run_job.h"
-#include "cli/workplace.h"
+#include "desk/flow_text.h"
+#include "desk/run_job.h"
+#include "desk/workplace.h"
 #include "foundation/prospect.h"
 #include "platform/job_signals.h"
 

@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "cli/command_error.h"
 #include "cli/commands.h"
-#include "cli/configuration.h"
-#include "cli/flow_parameters.h"
-#include "cli/flow_text.h"
-#include "cli/jobs.h"
-#include "cli/prospects.h"
-#include "cli/workplace.h"
+#include "desk/command_error.h"
+#include "desk/configuration.h"
+#include "desk/flow_parameters.h"
+#include "desk/flow_text.h"
+#include "desk/jobs.h"
+#include "desk/prospects.h"
+#include "desk/workplace.h"
 
 namespace halvern {
 

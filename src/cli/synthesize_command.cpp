@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "cli/commands.h"
-#include "cli/synthesize_files.h"
-#include "cli/synthesize_line.h"
 #include "foundation/system_paths.h"
+#include "synthetic/synthesize_files.h"
+#include "synthetic/synthesize_line.h"
 
 namespace halvern {
 

@@ -3,8 +3,8 @@
 #include <utility>
 #include <vector>
 
-#include "cli/flow_parameters.h"
 #include "cli/table.h"
+#include "desk/flow_parameters.h"
 
 namespace halvern {
 

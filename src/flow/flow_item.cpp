@@ -16,7 +16,7 @@ void RequestJobStop() { stop_requested = 1; }
 bool JobStopRequested() { return stop_requested != 0; }
 
 FlowItem::FlowItem(FlowItemKind kind, LogFlag log) : entry_(flow_item_kind(kind)), log_(log) {
-    if (log_ == LogFlag::kLog) Message("Initializing Flow Item\n");
+    if (log_.logs()) Message("Initializing Flow Item\n");
 }
 
 FlowItem::~FlowItem() {
@@ -27,7 +27,7 @@ FlowItem::~FlowItem() {
 void FlowItem::Configure(const FlowSection& section) {
     SetDefaults();
     ReadParameters(section);
-    if (log_ == LogFlag::kLog) LogParameters();
+    if (log_.logs()) LogParameters();
 }
 
 void FlowItem::WriteParameters(std::FILE* stream) {
@@ -160,25 +160,9 @@ void FlowItem::DeleteChain() {
     }
 }
 
-void FlowItem::Message(const char* format, ...) const {
-    std::va_list arguments;
-    va_start(arguments, format);
-    ItemMessageV(GetName(), format, arguments);
-    va_end(arguments);
-}
-
-void FlowItem::Warning(const char* format, ...) const {
-    std::va_list arguments;
-    va_start(arguments, format);
-    ItemWarningV(GetName(), format, arguments);
-    va_end(arguments);
-}
-
-void FlowItem::Error(const char* format, ...) const {
-    std::va_list arguments;
-    va_start(arguments, format);
-    ItemErrorV(GetName(), format, arguments);
-    va_end(arguments);
+void FlowItem::Take(Weight weight, std::string_view text) const {
+    if (log_.reporter()) return log_.reporter()->Take(weight, text);
+    LogReporter(GetName()).Take(weight, text);
 }
 
 }  // namespace halvern

@@ -11,16 +11,33 @@
 #include "flow/flow_item_kind.h"
 #include "flow/parameter.h"
 #include "flow/parameter_dialog.h"
-#include "foundation/messages.h"
+#include "foundation/report.h"
 #include "trace/header_definition.h"
 #include "trace/line_header.h"
 #include "trace/samples.h"
 
 namespace halvern {
 
-/// Whether a constructor logs: the job's items say that they start and list their parameters, the
-/// front door's are silent.
-enum class LogFlag : int { kQuiet = 0, kLog = 1 };
+/// Whether a constructor logs, and where the item speaks: the job's items say that they start, list
+/// their parameters and speak into the log; the front door's are quiet, and tell what they have to
+/// say a reporter that they are given.
+class LogFlag {
+public:
+    static const LogFlag kQuiet;
+    static const LogFlag kLog;
+    /// Quiet, and everything that the item says goes to `reporter`, which outlives it.
+    static LogFlag quiet(const Reporter& reporter) { return LogFlag(0, &reporter); }
+
+    bool logs() const { return flag_ == 1; }
+    const Reporter* reporter() const { return reporter_; }  ///< null: the job's log
+
+private:
+    constexpr LogFlag(int flag, const Reporter* reporter) : flag_(flag), reporter_(reporter) {}
+    int flag_;
+    const Reporter* reporter_;
+};
+inline constexpr LogFlag LogFlag::kQuiet{0, nullptr};
+inline constexpr LogFlag LogFlag::kLog{1, nullptr};
 
 /// What ProcessTrace answers.
 inline constexpr int kPassOn = 1;
@@ -39,9 +56,9 @@ bool JobStopRequested();
 /// and sends it on, keeps it back or drops it; no item pulls. Items are created from the sections
 /// of a flow file, linked into a chain that owns them, prepared when the first trace comes, flushed
 /// and ended after the last one. They are neither copied nor moved.
-class FlowItem {
+class FlowItem : public Reporter {
 public:
-    virtual ~FlowItem();  // 1: says "Completed Flow Item"
+    ~FlowItem() override;  // 1: says "Completed Flow Item"
     FlowItem(const FlowItem&) = delete;
     FlowItem& operator=(const FlowItem&) = delete;
 
@@ -119,10 +136,9 @@ public:
     FlowItem* next() const { return next_.get(); }
     FlowItem* previous() const { return previous_; }
 
-    /// Log lines with the item's name; see foundation/messages.h. Error does not end the job.
-    HALVERN_PRINTF(2, 3) void Message(const char* format, ...) const;
-    HALVERN_PRINTF(2, 3) void Warning(const char* format, ...) const;
-    HALVERN_PRINTF(2, 3) void Error(const char* format, ...) const;
+    /// What the item says: into the job's log with its name before it, or to the reporter it was
+    /// made with. Error does not end the job.
+    void Take(Weight weight, std::string_view text) const override;
 
     /// The item's parameters, declared once. The list points at the item's variables.
     virtual ParameterList Parameters() { return {}; }

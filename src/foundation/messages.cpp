@@ -12,7 +12,6 @@ namespace halvern {
 namespace {
 
 constexpr std::size_t kLogBuffer = 10000;
-constexpr std::size_t kItemBuffer = 1000;
 
 // At most one of them is set; none is standard output, which is nowhere.
 struct Destination {
@@ -35,14 +34,6 @@ std::string_view format_text(char* buffer, std::size_t size, const char* format,
     if (whole < size) return {buffer, whole};
     if (std::string_view(format).ends_with('\n')) buffer[size - 2] = '\n';
     return {buffer, size - 1};
-}
-
-HALVERN_PRINTF(3, 0)
-void item_text(const char* prefix, const char* item, const char* format, std::va_list arguments) {
-    LogPrint("%s%s: ", prefix, item);
-    char buffer[kItemBuffer];
-    const std::string_view text = format_text(buffer, sizeof buffer, format, arguments);
-    LogPrint("%.*s", static_cast<int>(text.size()), text.data());
 }
 
 }  // namespace
@@ -77,43 +68,10 @@ void LogPrintV(const char* format, std::va_list arguments) {
     }
 }
 
-void ItemMessageV(const char* item, const char* format, std::va_list arguments) {
-    item_text("", item, format, arguments);
-}
-
-void ItemWarningV(const char* item, const char* format, std::va_list arguments) {
-    item_text("*** WARNING in ", item, format, arguments);
-}
-
-void ItemErrorV(const char* item, const char* format, std::va_list arguments) {
-    item_text("*** ERROR in ", item, format, arguments);
-}
-
 void LogPrint(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     LogPrintV(format, arguments);
-    va_end(arguments);
-}
-
-void ItemMessage(const char* item, const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    ItemMessageV(item, format, arguments);
-    va_end(arguments);
-}
-
-void ItemWarning(const char* item, const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    ItemWarningV(item, format, arguments);
-    va_end(arguments);
-}
-
-void ItemError(const char* item, const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    ItemErrorV(item, format, arguments);
     va_end(arguments);
 }
 

@@ -47,17 +47,4 @@ public:
 HALVERN_PRINTF(1, 2) void LogPrint(const char* format, ...);
 HALVERN_PRINTF(1, 0) void LogPrintV(const char* format, std::va_list arguments);
 
-/// Messages of a flow item. Each writes its prefix ("NAME: ", "*** WARNING in NAME: ",
-/// "*** ERROR in NAME: ") and then the text, as two writes. The text is data: a "%" that came in
-/// with an argument stays as it is. At most 999 bytes; longer text is cut.
-/// ItemError does not end the job; its caller calls TerminateJob(kJobError) next.
-HALVERN_PRINTF(2, 3) void ItemMessage(const char* item, const char* format, ...);
-HALVERN_PRINTF(2, 3) void ItemWarning(const char* item, const char* format, ...);
-HALVERN_PRINTF(2, 3) void ItemError(const char* item, const char* format, ...);
-HALVERN_PRINTF(2, 0)
-void ItemMessageV(const char* item, const char* format, std::va_list arguments);
-HALVERN_PRINTF(2, 0)
-void ItemWarningV(const char* item, const char* format, std::va_list arguments);
-HALVERN_PRINTF(2, 0) void ItemErrorV(const char* item, const char* format, std::va_list arguments);
-
 }  // namespace halvern

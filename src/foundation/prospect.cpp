@@ -10,8 +10,8 @@
 #include "foundation/key_readers.h"
 #include "foundation/messages.h"
 #include "foundation/system_paths.h"
-#include "platform/input_file.h"
 #include "platform/replace_file.h"
+#include "platform/text_file.h"
 
 namespace halvern {
 
@@ -19,14 +19,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The lines of a file that should be small; of one that is not, the beginning.
+// The lines of a file that should be small.
 std::optional<std::istringstream> open_small_file(const std::string& path) {
     constexpr std::int64_t kMost = 1 << 20;
-    const std::optional<InputFile> file = InputFile::open(path);
-    if (!file) return {};
-    std::string text(static_cast<std::size_t>(std::min(file->size(), kMost)), '\0');
-    text.resize(file->read_at(0, std::as_writable_bytes(std::span(text))));
-    return std::istringstream(std::move(text));
+    Result<std::string> text = read_text_file(path, kMost);
+    if (!text) return {};
+    return std::istringstream(std::move(*text));
 }
 
 }  // namespace

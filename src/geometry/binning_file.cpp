@@ -99,11 +99,11 @@ private:
 };
 
 /// What stands in the way of reading on, in words; nothing when all is well.
-using Fault = std::optional<std::string_view>;
+using Damage = std::optional<std::string_view>;
 constexpr std::string_view kStopped = "it was not read to its end";
 constexpr std::string_view kTooShort = "it ends too early";
 
-Fault read_bins(LittleEndianReader& in, BinningFile& file, ProgressStep& step) {
+Damage read_bins(LittleEndianReader& in, BinningFile& file, ProgressStep& step) {
     const std::int64_t rows = file.rows();
     const std::int64_t columns = file.columns();
     if (rows < 1 || columns < 1) return "its rows and columns make no grid";
@@ -127,8 +127,8 @@ Fault read_bins(LittleEndianReader& in, BinningFile& file, ProgressStep& step) {
     return {};
 }
 
-Fault read_points(LittleEndianReader& in, std::vector<BinnedPoint>& points, ProgressStep& step,
-                  int first_percent) {
+Damage read_points(LittleEndianReader& in, std::vector<BinnedPoint>& points, ProgressStep& step,
+                   int first_percent) {
     const std::int32_t count = in.integer();
     if (count < 0) return "a number of points is negative";
     if (count > in.left() / kLeastPointBytes) return kTooShort;
@@ -146,7 +146,7 @@ Fault read_points(LittleEndianReader& in, std::vector<BinnedPoint>& points, Prog
     return {};
 }
 
-Fault read_contents(LittleEndianReader& in, BinningFile& file, Progress* progress) {
+Damage read_contents(LittleEndianReader& in, BinningFile& file, Progress* progress) {
     const std::span<const std::byte> bytes = in.take(kMagicBytes);
     if (bytes.empty()) return kTooShort;
     char magic[kMagicBytes];
@@ -168,9 +168,9 @@ Fault read_contents(LittleEndianReader& in, BinningFile& file, Progress* progres
     if (in.failed()) return kTooShort;
 
     ProgressStep step(progress, "Reading Binning File");
-    if (const Fault fault = read_bins(in, file, step)) return fault;
-    if (const Fault fault = read_points(in, file.first_points, step, 50)) return fault;
-    if (const Fault fault = read_points(in, file.second_points, step, 75)) return fault;
+    if (const Damage damage = read_bins(in, file, step)) return damage;
+    if (const Damage damage = read_points(in, file.first_points, step, 50)) return damage;
+    if (const Damage damage = read_points(in, file.second_points, step, 75)) return damage;
     if (in.failed()) return kTooShort;
     if (in.left() > 0) return "it goes on behind its end";
     return {};
@@ -228,7 +228,7 @@ bool write_contents(LittleEndianWriter& out, const BinningFile& file, Progress* 
 }
 
 /// Why a binning file cannot say what `file` holds; nothing when it can.
-Fault unwritable(const BinningFile& file) {
+Damage unwritable(const BinningFile& file) {
     const std::int64_t rows = file.rows();
     const std::int64_t columns = file.columns();
     if (rows < 1 || columns < 1) return "its rows and columns make no grid";
@@ -267,23 +267,23 @@ std::int64_t BinningFile::columns() const {
 
 int read_binning_file(const std::string& path, BinningFile& file, Progress* progress) {
     file = {};
-    std::optional<BlockReader> blocks = BlockReader::open(path);
-    Fault fault = "it cannot be opened";
+    Result<BlockReader> blocks = BlockReader::open(path);
+    Damage damage = "it cannot be opened";
     if (blocks) {
         LittleEndianReader in(*blocks);
-        fault = read_contents(in, file, progress);
+        damage = read_contents(in, file, progress);
     }
-    if (!fault) return 0;
+    if (!damage) return 0;
     file = {};
-    LogPrint("Binning file '%s': %s.\n", path.c_str(), std::string(*fault).c_str());
-    if (fault != kStopped) LogPrint("Invalid Binning File.  Delete this one and re-load.\n");
+    LogPrint("Binning file '%s': %s.\n", path.c_str(), std::string(*damage).c_str());
+    if (damage != kStopped) LogPrint("Invalid Binning File.  Delete this one and re-load.\n");
     return -1;
 }
 
 int write_binning_file(const std::string& path, const BinningFile& file, Progress* progress) {
-    if (const Fault fault = unwritable(file)) {
+    if (const Damage damage = unwritable(file)) {
         LogPrint("Binning file '%s' cannot be written: %s.\n", path.c_str(),
-                 std::string(*fault).c_str());
+                 std::string(*damage).c_str());
         return -1;
     }
     const std::string beside = path + ".new";

@@ -14,7 +14,7 @@ Agc::Agc(const FlowSection& section, LogFlag log) : ProcessFlowItem(FlowItemKind
 Agc::Agc(int window_ms, LogFlag log) : ProcessFlowItem(FlowItemKind::kAgc, log) {
     SetDefaults();
     window_ms_ = window_ms;
-    if (log == LogFlag::kLog) LogParameters();
+    if (log.logs()) LogParameters();
 }
 
 ParameterList Agc::Parameters() {

@@ -58,7 +58,7 @@ int TraceSpool::open(int traces_per_write) {
     // stream is closed, until all of it has a place on the disk.
     stream_buffer_.resize(kStreamBytes);
     out_.reset(std::fopen(name_.c_str(), "r+b"));
-    in_ = InputFile::open(name_);
+    if (Result<InputFile> opened = InputFile::open(name_)) in_ = std::move(*opened);
     if (!out_ || !in_) return fail("Cannot open");
     (void)std::setvbuf(out_.get(), stream_buffer_.data(), _IOFBF, stream_buffer_.size());
     std::error_code in_use;
@@ -151,7 +151,8 @@ int TraceSpool::load(std::span<const Place> places, std::size_t& loaded) {
         }
         errno = 0;
         const std::span<std::byte> run(block_.get() + start, used_ - start);
-        if (in_->read_at(begin, run) != run.size()) return fail("Cannot read back from");
+        Fault fault;
+        if (in_->read_at(begin, run, fault) != run.size()) return fail("Cannot read back from");
     }
     return 0;
 }

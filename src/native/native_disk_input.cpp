@@ -41,7 +41,7 @@ void NativeDiskInput::OpenSource() {
         Error("Input file '%s' does not exist.\n", file_.c_str());
         return TerminateJob(kJobError);
     }
-    switch (reader_.open(file_, kProgressInterval, GetName())) {
+    switch (reader_.open(file_, kProgressInterval, *this)) {
         case NativeOpening::kOpened:
             return;
         case NativeOpening::kNotValid:

@@ -40,7 +40,7 @@ void NativeDiskOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& heade
     std::int64_t traces_before = 0;
     if (existing && NativeMain::read(path_)) {
         NativeReader reader;
-        if (reader.open(path_, 0, GetName()) != NativeOpening::kOpened) {
+        if (reader.open(path_, 0, *this) != NativeOpening::kOpened) {
             Error("Cannot open output file '%s'.  Check disk space and permissions.\n",
                   path_.c_str());
             return TerminateJob(kJobError);
@@ -55,7 +55,7 @@ void NativeDiskOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& heade
     }
     const auto mode = static_cast<NativeWriter::Mode>(write_type());
     if (writer_.open(path_, mode, layout, header, places_ ? *places_ : NativePlaces::configured(),
-                     GetName()) != 1) {
+                     *this) != 1) {
         Error("Cannot open output file '%s'.  Check disk space and permissions.\n", path_.c_str());
         return TerminateJob(kJobError);
     }

@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "foundation/messages.h"
-
 namespace halvern {
 
 NativeOpening NativeReader::open(const std::string& path, int progress_interval,
-                                 const char* speaker) {
+                                 const Reporter& report) {
     const auto refuse = [&](const std::string& what) {
-        ItemError(speaker, "'%s': %s.\n", path.c_str(), what.c_str());
+        report.Error("'%s': %s.\n", path.c_str(), what.c_str());
         return NativeOpening::kNotValid;
     };
     const auto parts = NativeMain::read(path);
@@ -42,23 +40,29 @@ NativeOpening NativeReader::open(const std::string& path, int progress_interval,
 
     line_.build_from_definition(parts_.desc_path, layout_.interval, layout_.samples,
                                 layout_.format);
+    report_ = &report;
     progress_interval_ = progress_interval;
     next_ = 0;
     head_.reset();
     data_.reset();
-    LogPrint("Halvern File '%s' Statistics:\n", path.c_str());
-    LogPrint("  Actual Number of Samples:   %d\n", layout_.samples);
-    LogPrint("  Sample Rate:                %3.1f\n", layout_.interval / double{kInternalPerMs});
-    LogPrint("  Data Format:                %s\n", format_name(layout_.format));
-    LogPrint("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));
+    report.Log("Halvern File '%s' Statistics:\n", path.c_str());
+    report.Log("  Actual Number of Samples:   %d\n", layout_.samples);
+    report.Log("  Sample Rate:                %3.1f\n", layout_.interval / double{kInternalPerMs});
+    report.Log("  Data Format:                %s\n", format_name(layout_.format));
+    report.Log("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));
     return NativeOpening::kOpened;
 }
 
 bool NativeReader::open_segment(std::size_t index) {
     segment_ = index;
-    head_ = BlockReader::open(parts_.segments[index].head_path);
-    data_ = BlockReader::open(parts_.segments[index].data_path);
-    return head_ && data_;
+    head_.reset();
+    data_.reset();
+    Result<BlockReader> head = BlockReader::open(parts_.segments[index].head_path);
+    Result<BlockReader> data = BlockReader::open(parts_.segments[index].data_path);
+    if (!head || !data) return false;
+    head_ = std::move(*head);
+    data_ = std::move(*data);
+    return true;
 }
 
 bool NativeReader::move_to(std::int64_t index) {
@@ -89,7 +93,7 @@ int NativeReader::read_next() {
     samples_.set_raw(raw, layout_.samples, layout_.samples, layout_.samples, layout_.format);
 
     if (progress_interval_ > 0 && next_ % progress_interval_ == 0) {
-        LogPrint("Reading Trace %lld\n", static_cast<long long>(next_));
+        report_->Log("Reading Trace %lld\n", static_cast<long long>(next_));
     }
     ++next_;
     return 1;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/report.h"
 #include "native/native_layout.h"
 #include "platform/block_reader.h"
 #include "trace/header_definition.h"
@@ -30,10 +31,11 @@ public:
     NativeReader(const NativeReader&) = delete;
     NativeReader& operator=(const NativeReader&) = delete;
 
-    /// Opens the dataset of that main file and logs its statistics. `speaker` is named by the
-    /// messages; a "Reading Trace" line comes every `progress_interval` traces, 0: never.
+    /// Opens the dataset of that main file and logs its statistics. What
+    /// it has to say goes to `report`, which stays; a "Reading Trace" line comes every
+    /// `progress_interval` traces, 0: never.
     [[nodiscard]] NativeOpening open(const std::string& path, int progress_interval,
-                                     const char* speaker);
+                                     const Reporter& report);
 
     /// 1, or 0 at the end of the data.
     int read_next();
@@ -56,6 +58,7 @@ private:
     };
     bool open_segment(std::size_t index);
 
+    const Reporter* report_ = nullptr;  // from open() on
     NativeMain parts_;
     NativeLayout layout_;
     std::vector<Segment> segments_;

@@ -28,9 +28,9 @@ bool is_part_name(const std::string& path) {
 
 int NativeWriter::open(const std::string& path, Mode mode, const NativeLayout& layout,
                        const TraceHeaderDefinition& definition, NativePlaces places,
-                       const char* speaker) {
+                       const Reporter& report) {
     path_ = path;
-    speaker_ = speaker;
+    report_ = &report;
     places_ = std::move(places);
     layout_ = layout;
     definition_ = &definition;
@@ -54,20 +54,20 @@ bool NativeWriter::create(bool replaces) {
     mode_ = Mode::kCreate;
     const auto replaced = replaces ? NativeMain::read(path_) : std::nullopt;
     if (replaces && !replaced) {
-        ItemError(speaker_, "'%s' exists and is not the main file of a dataset; it is kept.\n",
-                  path_.c_str());
+        report_->Error("'%s' exists and is not the main file of a dataset; it is kept.\n",
+                       path_.c_str());
         return false;
     }
     const auto desc = places_.create_file("DESC");
     const auto line = places_.create_file("LINE");
     const auto segment = places_.create_segment();
     if (!desc || !line || !segment) {
-        ItemError(speaker_,
-                  "Error in Halvern Data Output.  No selected file systems have enough disk space "
-                  "to create data files.\n");
-        ItemError(speaker_,
-                  "Try removing unnecessary files, adding disk space, or reducing the minimum file "
-                  "system size.\n");
+        report_->Error(
+            "Error in Halvern Data Output.  No selected file systems have enough disk space "
+            "to create data files.\n");
+        report_->Error(
+            "Try removing unnecessary files, adding disk space, or reducing the minimum file "
+            "system size.\n");
         for (const auto& made : {desc, line}) {
             if (made) std::filesystem::remove(*made);
         }
@@ -75,7 +75,7 @@ bool NativeWriter::create(bool replaces) {
     }
     parts_ = {.desc_path = *desc, .line_path = *line, .segments = {*segment}};
     const auto give_up = [&](const char* what, const std::string& file) {
-        ItemError(speaker_, "Error writing %s '%s'\n", what, file.c_str());
+        report_->Error("Error writing %s '%s'\n", what, file.c_str());
         delete_parts(parts_);
         return false;
     };
@@ -92,8 +92,8 @@ bool NativeWriter::append() {
     for (const NativeSegment& segment : parts_.segments) {
         const std::int64_t traces = native_segment_traces(segment, layout_);
         if (traces < 0) {
-            ItemError(speaker_, "A file of the dataset is missing: '%s' or '%s'\n",
-                      segment.head_path.c_str(), segment.data_path.c_str());
+            report_->Error("A file of the dataset is missing: '%s' or '%s'\n",
+                           segment.head_path.c_str(), segment.data_path.c_str());
             return false;
         }
         traces_before_ += traces;
@@ -108,7 +108,7 @@ bool NativeWriter::overwrite() {
     const auto parts = NativeMain::read(path_);
     const auto layout = parts ? NativeLayout::read(parts->line_path) : std::nullopt;
     if (!layout || parts->segments.empty()) {
-        ItemError(speaker_, "Bad input file.  Not file to overwrite.\n");
+        report_->Error("Bad input file.  Not file to overwrite.\n");
         return false;
     }
     parts_ = *parts;
@@ -144,19 +144,19 @@ bool NativeWriter::next_pair() {
     }
     const auto segment = places_.create_segment();
     if (!segment) {
-        ItemError(speaker_,
-                  "Error in Halvern Data Output.  No selected file systems have enough disk space "
-                  "to create data files.\n");
-        ItemError(speaker_,
-                  "Try removing unnecessary files, adding disk space, or reducing the minimum file "
-                  "system size.\n");
+        report_->Error(
+            "Error in Halvern Data Output.  No selected file systems have enough disk space "
+            "to create data files.\n");
+        report_->Error(
+            "Try removing unnecessary files, adding disk space, or reducing the minimum file "
+            "system size.\n");
         return false;
     }
     parts_.segments.push_back(*segment);
     segment_ = parts_.segments.size() - 1;
     if (!open_pair(0)) return false;
     if (parts_.write(path_) == 0) return true;
-    ItemError(speaker_, "Error writing main file '%s'\n", path_.c_str());
+    report_->Error("Error writing main file '%s'\n", path_.c_str());
     return false;
 }
 
@@ -166,13 +166,13 @@ int NativeWriter::write_trace(std::span<const std::byte> header,
         if (!next_pair()) return -1;
     }
     if (head_.write(header) != header.size()) {
-        ItemError(speaker_, "Cannot write 'Halvern Trace Header' to file: %s\n",
-                  parts_.segments[segment_].head_path.c_str());
+        report_->Error("Cannot write 'Halvern Trace Header' to file: %s\n",
+                       parts_.segments[segment_].head_path.c_str());
         return -1;
     }
     if (data_.write(record) != record.size()) {
-        ItemError(speaker_, "Cannot write 'Halvern Trace Data' to file: %s\n",
-                  parts_.segments[segment_].data_path.c_str());
+        report_->Error("Cannot write 'Halvern Trace Data' to file: %s\n",
+                       parts_.segments[segment_].data_path.c_str());
         return -1;
     }
     ++in_segment_;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/report.h"
 #include "native/native_layout.h"
 #include "native/segment_place.h"
 #include "platform/block_writer.h"
@@ -33,7 +34,7 @@ public:
     /// with log lines. Nothing of an existing dataset is deleted before the new one stands.
     [[nodiscard]] int open(const std::string& path, Mode mode, const NativeLayout& layout,
                            const TraceHeaderDefinition& definition, NativePlaces places,
-                           const char* speaker);
+                           const Reporter& report);
 
     /// Writes a trace: its 240-byte header and its sample record. 0, or -1 with a log line.
     [[nodiscard]] int write_trace(std::span<const std::byte> header,
@@ -55,7 +56,7 @@ private:
     void delete_parts(const NativeMain& parts) const;
 
     std::string path_;
-    const char* speaker_ = "";
+    const Reporter* report_ = nullptr;  // from open() on
     NativePlaces places_;
     NativeLayout layout_;
     const TraceHeaderDefinition* definition_ = nullptr;  // while open() runs

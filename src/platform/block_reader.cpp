@@ -11,9 +11,9 @@ constexpr std::int64_t kUsual = 1024 * 1024;   // a block once reading runs on: 
 constexpr std::int64_t kLargest = 4 * kUsual;  // the same for long records
 }  // namespace
 
-std::optional<BlockReader> BlockReader::open(const std::string& path) {
-    std::optional<InputFile> file = InputFile::open(path);
-    if (!file) return {};
+Result<BlockReader> BlockReader::open(const std::string& path) {
+    Result<InputFile> file = InputFile::open(path);
+    if (!file) return file.fault();
     return BlockReader(std::move(*file));
 }
 
@@ -44,13 +44,15 @@ std::span<const std::byte> BlockReader::refill(std::size_t bytes) {
     block_offset_ = position_;
     block_bytes_ = kept;
     if (kept < target) {
-        block_bytes_ += static_cast<std::int64_t>(file_.read_at(
-            block_offset_ + kept, {block_.get() + kept, static_cast<std::size_t>(target - kept)}));
+        block_bytes_ += static_cast<std::int64_t>(
+            file_.read_at(block_offset_ + kept,
+                          {block_.get() + kept, static_cast<std::size_t>(target - kept)}, fault_));
     }
     // Blocks of a few records at least, so that the part record moved to the front stays small.
     read_ahead_ = std::min({2 * target, std::max(kUsual, 4 * wanted), kLargest});
 
     const std::int64_t got = std::min(wanted, block_bytes_);
+    if (got < wanted && !fault_) fault_ = Fault("the file has become shorter");
     if (got == static_cast<std::int64_t>(bytes)) position_ += got;
     return {block_.get(), static_cast<std::size_t>(got)};
 }

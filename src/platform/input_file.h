@@ -2,18 +2,19 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 #include <utility>
+
+#include "platform/fault.h"
 
 namespace halvern {
 
 /// A regular file open for reading at any place, shared with readers and writers. Owns its handle.
 class InputFile {
 public:
-    /// Nothing for a missing, unreadable or non-regular file (a directory, a pipe, a device).
-    [[nodiscard]] static std::optional<InputFile> open(const std::string& path);
+    /// A fault for a missing, unreadable or non-regular file (a directory, a pipe, a device).
+    static Result<InputFile> open(const std::string& path);
 
     ~InputFile() { close(); }
     InputFile(InputFile&& other) noexcept
@@ -26,8 +27,9 @@ public:
 
     std::int64_t size() const { return size_; }  ///< bytes, when it was opened
 
-    /// Fills `bytes` from `offset` on. The count read: fewer at the end of the file or at an error.
-    std::size_t read_at(std::int64_t offset, std::span<std::byte> bytes) const;
+    /// Fills `bytes` from `offset` on. The count read: fewer at the end of the file, or where the
+    /// system fails, which `fault` then says.
+    std::size_t read_at(std::int64_t offset, std::span<std::byte> bytes, Fault& fault) const;
 
 private:
     static constexpr std::intptr_t kNone = -1;

@@ -39,7 +39,7 @@ int TapeBlockSource::skip_file() {
 }
 
 std::optional<FileBlockSource> FileBlockSource::open(const std::string& path) {
-    std::optional<BlockReader> file = BlockReader::open(path);
+    Result<BlockReader> file = BlockReader::open(path);
     if (!file) return {};
     return FileBlockSource(std::move(*file));
 }

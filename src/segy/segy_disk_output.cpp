@@ -111,8 +111,7 @@ bool SegyDiskOutput::ReadLayout(const std::string& path, SegyLayout& layout, std
     const char* header_path = GetInputHeaderName();
     SegyReader reader;
     const SegyOpening opening = reader.open(
-        path,
-        {.header_path = header_path ? header_path : DefaultHeaderPath(), .speaker = GetName()});
+        path, {.header_path = header_path ? header_path : DefaultHeaderPath(), .report = this});
     if (opening == SegyOpening::kNoDefinition) {
         Error("Cannot read trace header format '%s'.\n", path.c_str());
     }

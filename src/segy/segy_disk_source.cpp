@@ -39,7 +39,7 @@ public:
         next_ = offset;
         if (!stale_) return true;
         // Back before bytes that were written over: the block in memory may be from before.
-        std::optional<BlockReader> again = BlockReader::open(path_);
+        Result<BlockReader> again = BlockReader::open(path_);
         if (!again) return false;
         file_ = std::move(*again);
         stale_ = false;
@@ -69,7 +69,7 @@ private:
 }  // namespace
 
 std::unique_ptr<SegySource> open_segy_file(const std::string& path) {
-    std::optional<BlockReader> file = BlockReader::open(path);
+    Result<BlockReader> file = BlockReader::open(path);
     if (!file) return nullptr;
     return std::make_unique<SegyDiskSource>(path, std::move(*file));
 }

@@ -8,7 +8,7 @@ constexpr int kProgressInterval = 1000;
 
 bool SegyInput::OpenReader(const std::string& name, std::unique_ptr<SegySource> source) {
     const SegyReaderOptions options{
-        .header_path = header_file_, .progress_interval = kProgressInterval, .speaker = GetName()};
+        .header_path = header_file_, .progress_interval = kProgressInterval, .report = this};
     switch (reader_.open(name, std::move(source), options)) {
         case SegyOpening::kOpened:
             return true;

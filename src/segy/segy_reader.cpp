@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "foundation/messages.h"
-
 namespace halvern {
 
 namespace {
@@ -19,13 +17,14 @@ SegyOpening SegyReader::open(const std::string& path, const SegyReaderOptions& o
 
 SegyOpening SegyReader::open(const std::string& path, std::unique_ptr<SegySource> source,
                              const SegyReaderOptions& options) {
+    report_ = options.report ? options.report : &silent_;
     source_ = std::move(source);
     valid_ = false;
     if (!source_) {
-        ItemError(options.speaker, "'%s' is not a file that can be read.\n", path.c_str());
+        report_->Error("'%s' is not a file that can be read.\n", path.c_str());
         return SegyOpening::kNotValid;
     }
-    if (!read_headers(path, options.speaker)) return SegyOpening::kNotValid;
+    if (!read_headers(path)) return SegyOpening::kNotValid;
     definition_.attach(image_.data());
     if (definition_.load(options.header_path) != 0) return SegyOpening::kNoDefinition;
 
@@ -42,29 +41,29 @@ SegyOpening SegyReader::open(const std::string& path, std::unique_ptr<SegySource
     current_ = false;
     valid_ = true;
     log_statistics(path);
-    log_oddities(path, options.speaker);
+    log_oddities(path);
     return SegyOpening::kOpened;
 }
 
-bool SegyReader::read_headers(const std::string& path, const char* speaker) {
+bool SegyReader::read_headers(const std::string& path) {
     file_size_ = source_->size();
     if (!source_->read_line_header(line_.bytes())) {
         line_ = LineHeader();
         if (file_size_ >= 0) {
-            ItemError(speaker, "'%s' holds %lld bytes; the headers of a SEG-Y file take %d.\n",
-                      path.c_str(), static_cast<long long>(file_size_), kLineHeaderBytes);
+            report_->Error("'%s' holds %lld bytes; the headers of a SEG-Y file take %d.\n",
+                           path.c_str(), static_cast<long long>(file_size_), kLineHeaderBytes);
         }
         return false;
     }
     layout_ = SegyLayout::parse(line_);
     if (const std::string problem = layout_.problem(); !problem.empty()) {
-        ItemError(speaker, "'%s' %s.\n", path.c_str(), problem.c_str());
+        report_->Error("'%s' %s.\n", path.c_str(), problem.c_str());
         return false;
     }
     record_bytes_ = layout_.record_bytes();
     if (layout_.text_headers > 0 && !source_->skip_text_headers(layout_.text_headers)) {
-        ItemError(speaker, "'%s' ends before the %d extended text headers that it announces.\n",
-                  path.c_str(), layout_.text_headers);
+        report_->Error("'%s' ends before the %d extended text headers that it announces.\n",
+                       path.c_str(), layout_.text_headers);
         return false;
     }
     if (file_size_ >= 0) {
@@ -75,32 +74,32 @@ bool SegyReader::read_headers(const std::string& path, const char* speaker) {
 }
 
 void SegyReader::log_statistics(const std::string& path) const {
-    LogPrint("SEG-Y File '%s' Statistics:\n", path.c_str());
-    LogPrint("  Actual Number of Samples:   %d\n", layout_.samples);
-    LogPrint("  Real   Number of Samples:   %d\n", layout_.field_samples);
-    LogPrint("  Sample Rate:                %3.1f\n", layout_.interval_ms());
-    LogPrint("  Data Format:                %s\n", format_name(layout_.format));
+    report_->Log("SEG-Y File '%s' Statistics:\n", path.c_str());
+    report_->Log("  Actual Number of Samples:   %d\n", layout_.samples);
+    report_->Log("  Real   Number of Samples:   %d\n", layout_.field_samples);
+    report_->Log("  Sample Rate:                %3.1f\n", layout_.interval_ms());
+    report_->Log("  Data Format:                %s\n", format_name(layout_.format));
     if (file_size_ < 0) return;
-    LogPrint("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));
-    LogPrint("  File Size:                  %lld\n", static_cast<long long>(file_size_));
+    report_->Log("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));
+    report_->Log("  File Size:                  %lld\n", static_cast<long long>(file_size_));
 }
 
-void SegyReader::log_oddities(const std::string& path, const char* speaker) const {
+void SegyReader::log_oddities(const std::string& path) const {
     if (layout_.text_headers > 0) {
-        ItemMessage(speaker, "The traces are read from behind %d extended text headers.\n",
-                    layout_.text_headers);
+        report_->Message("The traces are read from behind %d extended text headers.\n",
+                         layout_.text_headers);
     }
     if (const int code = layout_.format_code; code != 1 && code != 3 && code != 5) {
-        ItemWarning(speaker,
-                    "The data format code of '%s' is %d; 1, 3 and 5 are known.  "
-                    "The samples are read as IEEE floats.\n",
-                    path.c_str(), code);
+        report_->Warning(
+            "The data format code of '%s' is %d; 1, 3 and 5 are known.  "
+            "The samples are read as IEEE floats.\n",
+            path.c_str(), code);
     }
     if (left_over_ > 0) {
-        ItemWarning(speaker,
-                    "%lld bytes are left over behind the last whole trace of '%s'; "
-                    "they are not read.\n",
-                    static_cast<long long>(left_over_), path.c_str());
+        report_->Warning(
+            "%lld bytes are left over behind the last whole trace of '%s'; "
+            "they are not read.\n",
+            static_cast<long long>(left_over_), path.c_str());
     }
 }
 
@@ -122,7 +121,7 @@ int SegyReader::read_next() {
     if (contradicts()) ++contradictions_;
 
     if (next_ == next_progress_ && progress_interval_ > 0) {
-        LogPrint("Reading Trace %lld\n", static_cast<long long>(next_));
+        report_->Log("Reading Trace %lld\n", static_cast<long long>(next_));
         next_progress_ += progress_interval_;
     }
     ++next_;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "foundation/report.h"
 #include "segy/segy_layout.h"
 #include "segy/segy_source.h"
 #include "trace/header_definition.h"
@@ -23,7 +24,7 @@ enum class SegyOpening {
 struct SegyReaderOptions {
     std::string header_path;    ///< the header description to read the traces with
     int progress_interval = 0;  ///< traces from one "Reading Trace" line to the next; 0: none
-    const char* speaker = "SEG-Y reader";  ///< named by the reader's warnings and errors
+    const Reporter* report = nullptr;  ///< what the reader has to say; null: said nowhere
 };
 
 /// Reads the traces of a SEG-Y stream one by one. Each trace is a fresh copy of its 240-byte header
@@ -69,11 +70,13 @@ public:
     std::int64_t contradictions() const { return contradictions_; }
 
 private:
-    bool read_headers(const std::string& path, const char* speaker);
+    bool read_headers(const std::string& path);
     void log_statistics(const std::string& path) const;
-    void log_oddities(const std::string& path, const char* speaker) const;
+    void log_oddities(const std::string& path) const;
     bool contradicts() const;
 
+    SilentReporter silent_;
+    const Reporter* report_ = &silent_;
     std::unique_ptr<SegySource> source_;
     LineHeader line_;
     SegyLayout layout_;

@@ -173,7 +173,7 @@ std::string make_image(std::span<const std::string> files, const std::string& im
 
 std::string split_segy(const std::string& file,
                        const std::function<int(std::span<const std::byte>)>& block) {
-    std::optional<BlockReader> reader = BlockReader::open(file);
+    Result<BlockReader> reader = BlockReader::open(file);
     if (!reader) return quoted("", file, "cannot be read");
     LineHeader line;
     const std::span<const std::byte> head = reader->next(kLineHeaderBytes);

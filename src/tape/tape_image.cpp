@@ -30,7 +30,7 @@ std::uint32_t get_word(std::span<const std::byte> b) {
 }  // namespace
 
 std::optional<TapeImageReader> TapeImageReader::open(const std::string& path) {
-    std::optional<BlockReader> file = BlockReader::open(path);
+    Result<BlockReader> file = BlockReader::open(path);
     if (!file) return {};
     return TapeImageReader(std::move(*file));
 }

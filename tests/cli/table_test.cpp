@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "cli/words.h"
+#include "foundation/words.h"
 
 namespace halvern {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <sstream>
 
-#include "cli/flow_parameters.h"
-#include "cli_place.h"
+#include "desk/flow_parameters.h"
+#include "support/system_place.h"
 
 namespace halvern {
 namespace {
@@ -30,7 +30,7 @@ protected:
         said = out.str();
         return flow.text();
     }
-    CliPlace place;
+    SystemPlace place;
     std::string said;
     int accepted = 0;
 };

@@ -1,4 +1,4 @@
-#include "foundation/messages.h"
+#include "foundation/report.h"
 
 #include <gtest/gtest.h>
 
@@ -24,9 +24,9 @@ TEST_F(LogToFile, StartsEmptyAndShowsEachTextAtOnce) {
     EXPECT_FALSE(LogDestination::UseFile(folder_.file("missing/log").c_str()));
     LogPrint("File = %s, %d\n", "a", 3);
     EXPECT_EQ(file_bytes(path_), "File = a, 3\n");
-    ItemMessage("AGC", "Window Size = %d\n", 500);
-    ItemWarning("AGC", "Cut.\n");
-    ItemError("SEG-Y Disk Input", "Cannot open '%s'.\n", "100%s%n.sgy");
+    LogReporter("AGC").Message("Window Size = %d\n", 500);
+    LogReporter("AGC").Warning("Cut.\n");
+    LogReporter("SEG-Y Disk Input").Error("Cannot open '%s'.\n", "100%s%n.sgy");
     EXPECT_EQ(file_bytes(path_),
               "File = a, 3\n"
               "AGC: Window Size = 500\n"
@@ -40,7 +40,7 @@ TEST_F(LogToFile, CutsLongTextAndKeepsItsLineEnd) {
     EXPECT_EQ(file_bytes(path_), std::string(9998, 'x') + "\n");
     LogPrint("%s", std::string(9999, 'y').c_str());
     EXPECT_EQ(file_bytes(path_).size(), 2u * 9999);
-    ItemError("AGC", "%s\n", text.c_str());
+    LogReporter("AGC").Error("%s\n", text.c_str());
     EXPECT_EQ(file_bytes(path_).substr(2 * 9999),
               "*** ERROR in AGC: " + std::string(998, 'x') + "\n");
 }

@@ -7,9 +7,9 @@
 #include <cmath>
 #include <fstream>
 
-#include "cli/synthesize_files.h"
 #include "job/whole_job.h"
 #include "segy/segy_reader.h"
+#include "synthetic/synthesize_files.h"
 
 namespace halvern {
 namespace {
@@ -94,7 +94,9 @@ TEST_F(RawLine, ABruteStackShowsTheReflectionsAtTheirTimes) {
     for (const auto& [t0_ms, sign] : kReflections) {
         const int expected = t0_ms / 2, around = 15;  // samples; half a wavelet to either side
         int peak = expected - around;
-        const auto value = [&](int i) { return sign * mean[static_cast<std::size_t>(i)]; };
+        const auto value = [&, factor = sign](int i) {
+            return factor * mean[static_cast<std::size_t>(i)];
+        };
         for (int i = peak; i <= expected + around; ++i) {
             if (value(i) > value(peak)) peak = i;
         }

@@ -30,7 +30,7 @@ struct DatasetBench {
     /// Writes `count` traces from number `first`; whether all of it went well.
     bool write(NativeWriter::Mode mode, int first, int count) {
         NativeWriter writer;
-        if (writer.open(main, mode, layout, definition, places, "test") != 1) return false;
+        if (writer.open(main, mode, layout, definition, places, kTestReport) != 1) return false;
         for (int n = first; n < first + count; ++n) {
             std::vector<std::byte> header(kTraceHeaderBytes), record;
             header[0] = static_cast<std::byte>(n);
@@ -45,7 +45,7 @@ struct DatasetBench {
     /// dataset does not open.
     std::vector<int> read() {
         NativeReader reader;
-        if (reader.open(main, 0, "test") != NativeOpening::kOpened) return {-2};
+        if (reader.open(main, 0, kTestReport) != NativeOpening::kOpened) return {-2};
         std::vector<int> numbers;
         while (reader.read_next() == 1) numbers.push_back(number(reader));
         return numbers;

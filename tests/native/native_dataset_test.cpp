@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "native/dataset_bench.h"
+#include "support/log_capture.h"
 
 namespace halvern {
 namespace {
@@ -37,7 +38,7 @@ TEST(NativeDataset, GoesOnInANewPairWhenTheFileOrTheDiskIsFull) {
     EXPECT_EQ(NativeMain::read(bench.main)->segments.size(), 3u);
     EXPECT_EQ(bench.read(), numbers(0, 250));
     NativeReader reader;
-    ASSERT_EQ(reader.open(bench.main, 0, "test"), NativeOpening::kOpened);
+    ASSERT_EQ(reader.open(bench.main, 0, kTestReport), NativeOpening::kOpened);
     for (const int index : {249, 0, 100, 99, 200}) {
         ASSERT_EQ(reader.read_trace(index), 1);
         EXPECT_EQ(DatasetBench::number(reader), index % 256);

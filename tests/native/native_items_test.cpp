@@ -4,6 +4,7 @@
 #include "native/native_disk_input.h"
 #include "native/native_disk_output.h"
 #include "support/item_bench.h"
+#include "support/log_capture.h"
 
 namespace halvern {
 namespace {
@@ -36,7 +37,7 @@ TEST(NativeItems, WriteAndReadBackATrace) {
     EXPECT_THAT(log, HasSubstr("Output type = 16-BIT Integer\n"));
     EXPECT_THAT(log, HasSubstr("The traces will be shortened to 8 msec.\n"));
     NativeReader reader;
-    ASSERT_EQ(reader.open(bench.main, 1000, "test"), NativeOpening::kOpened);
+    ASSERT_EQ(reader.open(bench.main, 1000, kTestReport), NativeOpening::kOpened);
     EXPECT_EQ(reader.layout().samples, 3);  // 0, 4 and 8 ms
     ASSERT_EQ(reader.read_trace(1), 1);
     const auto word = [&](const char* name) {
@@ -56,7 +57,7 @@ TEST(NativeItems, AppendKeepsTheFormatAndComparesTheShape) {
     bench.run({"OUTPUTFORMAT=0"}, {{1, 2}});
     bench.run({"OUTPUTFORMAT=2", "WRITETYPE=0"}, {{3, 4}});
     NativeReader reader;
-    ASSERT_EQ(reader.open(bench.main, 0, "test"), NativeOpening::kOpened);
+    ASSERT_EQ(reader.open(bench.main, 0, kTestReport), NativeOpening::kOpened);
     EXPECT_EQ(reader.layout().format, SampleFormat::kIeee);
     ASSERT_EQ(reader.read_trace(1), 1);
     EXPECT_EQ(reader.definition().get_int(reader.definition().find("TRNUMR")), 2);

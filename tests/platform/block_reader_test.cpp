@@ -39,7 +39,7 @@ protected:
     static constexpr std::int64_t kSize = 5'000'003;  // prime: no record size divides it
     TemporaryFolder folder_;
     std::string path_ = folder_.write("pattern", pattern(kSize));
-    BlockReader reader_ = BlockReader::open(path_).value();
+    BlockReader reader_ = std::move(*BlockReader::open(path_));
 };
 
 TEST_F(BlockReaderOnPattern, HandsOutTheWholeFileInRecordsOfAnySize) {
@@ -91,6 +91,7 @@ TEST_F(BlockReaderOnPattern, AFileThatShrinksMeanwhileReadsShort) {
     reader_.seek(2'999'000);
     expect_bytes(reader_.next(6240), 2'999'000, 1000);
     EXPECT_EQ(reader_.position(), 2'999'000);
+    EXPECT_EQ(reader_.fault().reason(), "the file has become shorter");
 }
 
 TEST(BlockReader, OpensRegularFilesOnly) {
@@ -100,9 +101,10 @@ TEST(BlockReader, OpensRegularFilesOnly) {
                                     folder.file("pipe"), std::string("/dev/zero"), std::string()}) {
         EXPECT_FALSE(BlockReader::open(path)) << path;
     }
-    BlockReader empty = BlockReader::open(folder.write("empty", "")).value();
+    BlockReader empty = std::move(*BlockReader::open(folder.write("empty", "")));
     EXPECT_EQ(empty.size(), 0);
     EXPECT_TRUE(empty.next(1).empty());
+    EXPECT_FALSE(empty.fault());  // the end of a file is none
 }
 
 }  // namespace

@@ -26,7 +26,9 @@ protected:
         return open_path(folder_.write("line.sgy", bytes), progress);
     }
     SegyOpening open_path(const std::string& path, int progress = 0) {
-        return reader_.open(path, {.header_path = definition_, .progress_interval = progress});
+        return reader_.open(
+            path,
+            {.header_path = definition_, .progress_interval = progress, .report = &kTestReport});
     }
     std::vector<float> floats() {
         const std::span<float> samples = reader_.samples().floats(reader_.definition());
@@ -117,7 +119,8 @@ TEST_F(SegyReaderTest, EveryPrefixOfAFileReadsItsWholeRecords) {
         std::filesystem::resize_file(path, size);
         LogCapture quiet;
         SegyReader reader;
-        const SegyOpening opening = reader.open(path, {.header_path = definition_});
+        const SegyOpening opening =
+            reader.open(path, {.header_path = definition_, .report = &kTestReport});
         if (size < 3600) {
             ASSERT_EQ(opening, SegyOpening::kNotValid) << size;
             continue;

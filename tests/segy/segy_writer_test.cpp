@@ -17,8 +17,6 @@ namespace {
 
 using namespace testing_support;
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-
 class SegyEncoding : public testing::Test {
 protected:
     SegyEncoding() {

@@ -3,7 +3,12 @@
 #include <cstdio>
 #include <string>
 
+#include "foundation/report.h"
+
 namespace halvern::testing_support {
+
+/// Speaks into the log, as the item of a job does.
+inline const LogReporter kTestReport{"test"};
 
 /// Everything written to a temporary stream so far.
 std::string text_of(std::FILE* stream);

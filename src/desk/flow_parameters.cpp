@@ -1,0 +1,261 @@
+#include "desk/flow_parameters.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <map>
+
+#include "desk/command_error.h"
+#include "flow/unbuilt_flow_item.h"
+#include "foundation/key_readers.h"
+#include "inspect/captured_log.h"
+#include "job/catalogue.h"
+
+namespace halvern {
+
+namespace {
+
+// What a job reads of a number, as it reads it, and what it leaves out.
+template <class Number>
+std::string number_fault(const std::string& value, const char* wanted) {
+    std::size_t begin = value.find_first_not_of(" \t");
+    if (begin == std::string::npos) return std::string("is empty, not ") + wanted;
+    if (value[begin] == '+' && !value.substr(begin + 1).starts_with('-')) ++begin;
+    Number number{};
+    const char* const last = value.data() + value.size();
+    const auto end = std::from_chars(value.data() + begin, last, number);
+    if (end.ec == std::errc::result_out_of_range) return "is too large or too small a number";
+    if (end.ec != std::errc{}) return "is not " + std::string(wanted);
+    if constexpr (std::is_floating_point_v<Number>) {
+        if (!std::isfinite(number)) return "is not a finite number";
+    }
+    const std::string rest(end.ptr, last);
+    if (rest.find_first_not_of(" \t") == std::string::npos) return {};
+    return "is not " + std::string(wanted) + ": '" + rest + "' would be left out";
+}
+
+std::string choice_fault(const Parameter& parameter, const std::string& value) {
+    int number = 0;
+    (void)ReadKey(value.c_str(), "", number);
+    for (const Choice& choice : parameter.field.choices) {
+        if (choice.value == number) return {};
+    }
+    std::string list;
+    for (const Choice& choice : parameter.field.choices) {
+        list.append(list.empty() ? "" : ", ").append(std::to_string(choice.value));
+        list.append(" (").append(choice.text).append(")");
+    }
+    return "is none of the choices: " + list;
+}
+
+// The item's parameter lines by key, keys in the order of the lines.
+struct LinesByKey {
+    std::vector<std::string> keys;
+    std::map<std::string, std::vector<std::string>> values;
+};
+
+LinesByKey written_lines(FlowItem& item) {
+    struct Closer {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    const std::unique_ptr<std::FILE, Closer> stream(std::tmpfile());
+    if (stream) item.WriteParameters(stream.get());
+    if (!stream || std::fflush(stream.get()) != 0 || std::ferror(stream.get())) {
+        throw CommandError("cannot write a temporary file; check the disk space in /tmp");
+    }
+    LinesByKey result;
+    std::rewind(stream.get());
+    std::string line;
+    for (int c; (c = std::fgetc(stream.get())) != EOF;) {
+        if (c != '\n') {
+            line += static_cast<char>(c);
+            continue;
+        }
+        if (const auto pair = split_assignment(line); pair && line.front() != '$') {
+            if (!result.values.contains(pair->first)) result.keys.push_back(pair->first);
+            result.values[pair->first].push_back(pair->second);
+        }
+        line.clear();
+    }
+    return result;
+}
+
+// The item's spelling of a key; CommandError when it has none such.
+std::string declared_key(const FlowItem& item, const ParameterList& list, const std::string& key) {
+    std::vector<std::string> keys;
+    std::string joined;
+    for (const Parameter& parameter : list) {
+        if (!parameter.stored) continue;
+        if (upper(key) == upper(parameter.key)) return parameter.key;
+        keys.emplace_back(parameter.key);
+        joined.append(joined.empty() ? "" : ", ").append(parameter.key);
+    }
+    const std::string keyword = flow_item_kind(item.GetKindId()).keyword;
+    if (keys.empty()) throw CommandError(keyword + " has no parameters");
+    const std::string near = nearest(key, keys);
+    throw CommandError(keyword + " has no parameter '" + key + "'; " +
+                       (near.empty() ? "it has " + joined
+                                     : "did you mean " + near + "? 'halvern flow item " + keyword +
+                                           "' lists them"));
+}
+
+}  // namespace
+
+QuietItem::QuietItem(const FlowSection& section) {
+    const CapturedLog log;
+    item_ = CreateFlowItem(section, LogFlag::kQuiet);
+}
+
+QuietItem::~QuietItem() {
+    const CapturedLog log;
+    item_.reset();
+}
+
+bool is_available(const FlowItem& item) {
+    return dynamic_cast<const UnbuiltFlowItem*>(&item) == nullptr;
+}
+
+const Parameter* parameter_of_line(const ParameterList& list, const std::string& line) {
+    for (const Parameter& parameter : list) {
+        if (parameter.stored && line.starts_with(std::string(parameter.key) + "=")) {
+            return &parameter;
+        }
+    }
+    return nullptr;
+}
+
+std::string value_fault(const Parameter& parameter, const std::string& value) {
+    if (const std::string key = std::string(parameter.key) + "=";
+        pieces_as_read(key + value).size() > 1) {
+        return "is too long: a line of a flow holds 198 characters, and " + key + " takes " +
+               std::to_string(key.size());
+    }
+    if (std::holds_alternative<Bound<int>>(parameter.value)) {
+        std::string fault = number_fault<int>(value, "a whole number");
+        if (fault.empty() && !parameter.field.choices.empty()) {
+            fault = choice_fault(parameter, value);
+        }
+        return fault;
+    }
+    if (std::holds_alternative<Bound<float>>(parameter.value)) {
+        return number_fault<float>(value, "a number");
+    }
+    if (std::holds_alternative<Bound<double>>(parameter.value)) {
+        return number_fault<double>(value, "a number");
+    }
+    if (const Rows* rows = std::get_if<Rows>(&parameter.value)) {
+        const CapturedLog log;
+        return rows->read(value.c_str())
+                   ? ""
+                   : "is no row of this table; 'halvern flow edit' asks for its columns";
+    }
+    if (value.size() > static_cast<std::size_t>(parameter.longest)) {
+        return "is longer than the " + std::to_string(parameter.longest) +
+               " characters that are kept";
+    }
+    return {};
+}
+
+std::string stored_value(const Parameter& parameter, const std::string& value) {
+    for (const Choice& choice : parameter.field.choices) {
+        if (upper(value) == upper(choice.text)) return std::to_string(choice.value);
+    }
+    return value;
+}
+
+std::string choices_text(const Parameter& parameter) {
+    std::string text;
+    for (const Choice& choice : parameter.field.choices) {
+        text += (text.empty() ? "" : "\n") + std::to_string(choice.value) + " = " + choice.text;
+    }
+    return text;
+}
+
+std::string unit_in(const std::string& prompt) {
+    const std::size_t begin = prompt.find("(in ");
+    const std::size_t end = prompt.find(')', begin == std::string::npos ? 0 : begin);
+    if (begin == std::string::npos || end == std::string::npos) return {};
+    return prompt.substr(begin + 4, end - begin - 4);
+}
+
+std::optional<std::pair<std::string, std::string>> split_assignment(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos) return {};
+    return std::pair(text.substr(0, equals), text.substr(equals + 1));
+}
+
+void assign(FlowText& flow, std::size_t section, const std::vector<std::string>& assignments) {
+    const QuietItem item(flow.flow_section(section));
+    const ParameterList list = item->Parameters();
+    const bool checked = is_available(*item);
+    std::vector<std::string> order;
+    std::map<std::string, std::vector<std::string>> values;
+    for (const std::string& assignment : assignments) {
+        const auto pair = split_assignment(assignment);
+        if (!pair) throw CommandError("'" + assignment + "' is no KEY=VALUE");
+        const std::string key =
+            checked ? declared_key(*item, list, pair->first) : upper(pair->first);
+        std::string value = pair->second;
+        if (value.find_first_of("\r\n") != std::string::npos) {
+            throw CommandError("the value of " + key + " must be one line");
+        }
+        if (const Parameter* parameter = parameter_of_line(list, key + "=")) {
+            value = stored_value(*parameter, value);
+            const bool no_rows = value.empty() && std::holds_alternative<Rows>(parameter->value);
+            const std::string fault = no_rows ? "" : value_fault(*parameter, value);
+            if (!fault.empty()) {
+                std::string reason = key;
+                throw CommandError(reason.append(": '").append(value).append("' ").append(fault));
+            }
+        }
+        if (!values.contains(key)) order.push_back(key);
+        values[key].push_back(value);
+    }
+    for (const std::string& key : order) {
+        const Parameter* parameter = parameter_of_line(list, key + "=");
+        if (parameter && std::holds_alternative<Rows>(parameter->value)) {
+            std::erase(values[key], "");  // "KEY=" alone takes all rows away
+            flow.set_rows(section, key, values[key]);
+        } else {
+            flow.set(section, key, values[key].back());
+        }
+    }
+}
+
+std::string section_text(FlowItemKind kind) {
+    const QuietItem item({.kind = kind, .keyword = flow_item_kind(kind).keyword, .lines = {}});
+    std::string text = std::string("$") + flow_item_kind(kind).keyword + "\n";
+    LinesByKey lines = written_lines(*item);
+    for (const std::string& key : lines.keys) {
+        for (const std::string& value : lines.values[key]) {
+            text.append(key).append("=").append(value).append("\n");
+        }
+    }
+    return text;
+}
+
+bool edit_item(FlowText& flow, std::size_t section, const std::function<void(FlowItem&)>& edit) {
+    const QuietItem item(flow.flow_section(section));
+    LinesByKey before = written_lines(*item);
+    edit(*item);
+    LinesByKey after = written_lines(*item);
+    for (const std::string& key : before.keys) {
+        if (!after.values.contains(key)) after.keys.push_back(key);  // a table that was emptied
+    }
+    bool changed = false;
+    const ParameterList list = item->Parameters();
+    for (const std::string& key : after.keys) {
+        if (before.values[key] == after.values[key]) continue;
+        changed = true;
+        const Parameter* parameter = parameter_of_line(list, key + "=");
+        if (parameter && std::holds_alternative<Rows>(parameter->value)) {
+            flow.set_rows(section, key, after.values[key]);
+        } else {
+            flow.set(section, key, after.values[key].back());
+        }
+    }
+    return changed;
+}
+
+}  // namespace halvern

@@ -1,0 +1,407 @@
+#include "synthetic/synthesize_files.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <span>
+
+#include "geometry/sps_record.h"
+#include "segy/segy_writer.h"
+#include "synthetic/synthesize_trace.h"
+#include "trace/big_endian.h"
+#include "trace/codecs.h"
+#include "trace/ebcdic.h"
+#include "trace/header_definition.h"
+#include "trace/line_header.h"
+
+namespace halvern::synthetic {
+
+namespace {
+
+/// A text file written front to back; every failure is kept until close().
+class TextFile {
+public:
+    explicit TextFile(const std::string& path) : path_(path) {
+        file_.reset(std::fopen(path.c_str(), "wb"));
+        if (!file_) error_ = errno;
+    }
+
+    /// Writes `text` and empties it.
+    void write(std::string& text) {
+        if (error_ == 0 && std::fwrite(text.data(), 1, text.size(), file_.get()) != text.size()) {
+            error_ = errno;
+        }
+        text.clear();
+    }
+
+    /// Why the file is not what it should be; nothing when all of it is with the system.
+    std::optional<std::string> close() {
+        if (std::FILE* file = file_.release(); file && std::fclose(file) != 0 && error_ == 0) {
+            error_ = errno;
+        }
+        if (error_ == 0) return {};
+        return "cannot write '" + path_ + "': " + std::strerror(error_);
+    }
+
+private:
+    struct Closer {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    std::string path_;
+    std::unique_ptr<std::FILE, Closer> file_;
+    int error_ = 0;
+};
+
+/// Day of the year and hhmmss of a shot.
+struct ShotTime {
+    int day, hour, minute, second;
+    ShotTime(const SyntheticLine& line, int shot) {
+        const std::int64_t seconds = line.shot_second(shot);
+        day = static_cast<int>((line.first_day() - 1 + seconds / 86400) % 365) + 1;
+        hour = static_cast<int>(seconds / 3600 % 24);
+        minute = static_cast<int>(seconds / 60 % 60);
+        second = static_cast<int>(seconds % 60);
+    }
+    int hhmmss() const { return hour * 10000 + minute * 100 + second; }
+};
+
+void append_sps_heading(std::string& text) {
+    append_sps_header(text, "H00", "SPS format version num.", "SPS001,22.06.26;");
+    append_sps_header(text, "H01", "Description of survey area", "Synthetic land line,,;");
+    append_sps_header(text, "H18", "Projection", "None: whole metres on a plane;");
+    append_sps_header(text, "H20", "Description of grid units", "1,Metres,1.0;");
+    std::string ruler = "H26";  // every fifth column's number ends in it
+    for (int column = 5; column <= 80; column += 5) {
+        const std::string number = std::to_string(column);
+        ruler.resize(static_cast<std::size_t>(column) - number.size(), ' ');
+        ruler += number;
+    }
+    text += ruler;
+    text += "\r\n";
+}
+
+std::optional<std::string> write_sources(const SyntheticLine& line, const std::string& path) {
+    TextFile file(path);
+    std::string text;
+    append_sps_heading(text);
+    for (int shot = 0; shot < line.shots; ++shot) {
+        const ShotTime time(line, shot);
+        const int x = line.source_x(shot);
+        append_sps_point(text, 'S',
+                         {.line = line.line_number,
+                          .point = line.first_station + line.source_station(shot),
+                          .index = 1,
+                          .static_ms = static_cast<std::int16_t>(-line.source_delay_ms(shot)),
+                          .depth = static_cast<float>(line.source_depth(shot)),
+                          .uphole_ms = static_cast<std::int16_t>(line.uphole_ms(shot)),
+                          .easting = static_cast<double>(x),
+                          .northing = static_cast<double>(line.line_y()),
+                          .elevation = static_cast<float>(line.elevation(x)),
+                          .day = static_cast<std::int16_t>(time.day),
+                          .time = time.hhmmss()});
+        file.write(text);
+    }
+    return file.close();
+}
+
+std::optional<std::string> write_receivers(const SyntheticLine& line, const std::string& path) {
+    TextFile file(path);
+    std::string text;
+    append_sps_heading(text);
+    for (int station = 0; station < line.stations(); ++station) {
+        const int x = line.station_x(station);
+        append_sps_point(text, 'R',
+                         {.line = line.line_number,
+                          .point = line.first_station + station,
+                          .index = 1,
+                          .static_ms = static_cast<std::int16_t>(-line.receiver_delay_ms(station)),
+                          .easting = static_cast<double>(x),
+                          .northing = static_cast<double>(line.line_y()),
+                          .elevation = static_cast<float>(line.elevation(x)),
+                          .day = static_cast<std::int16_t>(line.first_day())});
+        file.write(text);
+    }
+    return file.close();
+}
+
+std::optional<std::string> write_relations(const SyntheticLine& line, const std::string& path) {
+    TextFile file(path);
+    std::string text;
+    append_sps_heading(text);
+    const int left = line.channels_left();
+    for (int shot = 0; shot < line.shots; ++shot) {
+        // One record a run of receivers: the gap at the source parts the spread.
+        const auto append_run = [&](int first, int end) {
+            if (first >= end) return;
+            append_sps_relation(
+                text, "1",
+                {.ffid = line.first_ffid + shot,
+                 .ffid_increment = 1,
+                 .instrument = 1,
+                 .source_line = line.line_number,
+                 .source_point = line.first_station + line.source_station(shot),
+                 .source_index = 1,
+                 .first_channel = first + 1,
+                 .last_channel = end,
+                 .channel_increment = 1,
+                 .receiver_line = line.line_number,
+                 .first_receiver = line.first_station + line.receiver_station(shot, first),
+                 .last_receiver = line.first_station + line.receiver_station(shot, end - 1),
+                 .receiver_index = 1});
+        };
+        if (line.gap == 0) {
+            append_run(0, line.channels);
+        } else {
+            append_run(0, left);
+            append_run(left, line.channels);
+        }
+        file.write(text);
+    }
+    return file.close();
+}
+
+/// The text header: what the line is, and what a stack of it must show.
+void write_text_header(const SyntheticLine& line, LineHeader& header) {
+    std::string text;
+    const auto add = [&text](const std::string& words) {
+        char number[16];
+        std::snprintf(number, sizeof number, "C%2d ", static_cast<int>(text.size() / 80) + 1);
+        text += number + words;
+        text.resize((text.size() + 79) / 80 * 80, ' ');
+    };
+    add("SYNTHETIC 2-D LAND LINE, MADE BY HALVERN SYNTHESIZE");
+    const std::string description = line.description();
+    for (std::size_t start = 0; start < description.size() && text.size() < 36 * 80;) {
+        const std::size_t end = description.find('\n', start);
+        add(description.substr(start, std::min<std::size_t>(end - start, 76)));
+        start = end + 1;
+    }
+    while (text.size() < 39 * 80) add("");
+    add("END EBCDIC");
+    ascii_to_ebcdic(std::as_bytes(std::span(text)), header.bytes().first<kTextHeaderBytes>());
+}
+
+void write_binary_header(const SyntheticLine& line, SampleFormat format, LineHeader& header) {
+    const auto bytes = header.bytes();
+    put_i32(bytes.subspan<3204, 4>(), line.line_number);
+    put_i16(bytes.subspan<3212, 2>(), line.channels);     // traces a record
+    put_i16(bytes.subspan<3218, 2>(), line.interval_us);  // of the field recording
+    put_i16(bytes.subspan<3228, 2>(), 1);                 // sorting: as recorded
+    put_i16(bytes.subspan<3254, 2>(), 1);                 // lengths in metres
+    header.set_sample_interval(line.interval_us * kInternalPerUs);
+    header.set_samples(line.samples, line.samples);
+    header.set_format(format);
+}
+
+/// The header words of a synthetic trace, looked up once.
+class TraceHeader {
+public:
+    explicit TraceHeader(TraceHeaderDefinition& definition) : definition_(definition) {
+        for (std::size_t i = 0; i < kWords; ++i) index_[i] = definition.find(kNames[i]);
+    }
+
+    /// Starts on a header image of zeros with what is the same in all traces.
+    void fill_constants(const SyntheticLine& line) {
+        set(kNumsamps, line.samples);
+        set(kSamprate, line.interval_us);
+        set(kChanset, 1);
+        set(kCoorscal, 1);
+        set(kElevscal, 1);
+        set(kCoorunit, 1);
+        set(kXline, 1);
+        set(kFold, 1);
+        for (const Word word : {kSouline, kRecline}) set(word, line.line_number);
+        for (const Word word : {kSouindex, kRecindex}) set(word, 1);
+        for (const Word word : {kSrcy, kRecy, kCdpy, kBiny}) set(word, line.line_y());
+    }
+
+    /// What is the same in all traces of a shot.
+    void fill_shot(const SyntheticLine& line, int shot) {
+        const ShotTime time(line, shot);
+        const int x = line.source_x(shot);
+        set(kFfid, line.first_ffid + shot);
+        set(kSeqffid, shot + 1);
+        set(kDtime, time.day);
+        set(kHtime, time.hour);
+        set(kMtime, time.minute);
+        set(kStime, time.second);
+        set(kTime, time.day * 1000000.0 + time.hhmmss());
+        set(kSoupoint, line.first_station + line.source_station(shot));
+        set(kSrcx, x);
+        set(kSrcelev, line.elevation(x));
+        set(kSoudepth, line.source_depth(shot));
+        set(kSuphole, line.uphole_ms(shot));
+        set(kSstatic, -line.source_delay_ms(shot));
+    }
+
+    void fill_trace(const SyntheticLine& line, int shot, int channel) {
+        const int station = line.receiver_station(shot, channel);
+        const int x = line.station_x(station);
+        const int cdp = line.cdp(shot, channel);
+        const double number = static_cast<double>(shot) * line.channels + channel + 1;
+        set(kTrnuml, number);
+        set(kTrnumr, number);
+        set(kTraceid, line.dead(shot, channel) ? 2 : 1);
+        set(kChan, channel + 1);
+        set(kSeqchan, channel + 1);
+        set(kOffset, line.offset(shot, channel));
+        set(kAzimuth, x < line.source_x(shot) ? 270 : 90);
+        set(kRecpoint, line.first_station + station);
+        set(kRecx, x);
+        set(kRecelev, line.elevation(x));
+        set(kRstatic, -line.receiver_delay_ms(station));
+        set(kCdpn, cdp);
+        set(kInline, cdp);
+        set(kCdpx, line.cdp_x(cdp));
+        set(kBinx, line.cdp_x(cdp));
+    }
+
+    void set_weight(int weight) { set(kWeight, weight); }
+    bool has_weight() const { return index_[kWeight] >= 0; }
+
+private:
+    enum Word : std::size_t {
+        kTrnuml,
+        kTrnumr,
+        kTraceid,
+        kNumsamps,
+        kSamprate,
+        kWeight,
+        kFfid,
+        kChan,
+        kChanset,
+        kSeqffid,
+        kSeqchan,
+        kDtime,
+        kHtime,
+        kMtime,
+        kStime,
+        kTime,
+        kOffset,
+        kAzimuth,
+        kCoorscal,
+        kElevscal,
+        kCoorunit,
+        kSouline,
+        kSoupoint,
+        kSouindex,
+        kSrcx,
+        kSrcy,
+        kSrcelev,
+        kSoudepth,
+        kSuphole,
+        kSstatic,
+        kRecline,
+        kRecpoint,
+        kRecindex,
+        kRecx,
+        kRecy,
+        kRecelev,
+        kRstatic,
+        kCdpn,
+        kCdpx,
+        kCdpy,
+        kInline,
+        kXline,
+        kBinx,
+        kBiny,
+        kFold,
+        kWords
+    };
+    static constexpr std::array<const char*, kWords> kNames = {
+        "TRNUML",  "TRNUMR",   "TRACEID",  "NUMSAMPS", "SAMPRATE", "WEIGHT",   "FFID",
+        "CHAN",    "CHANSET",  "SEQFFID",  "SEQCHAN",  "DTIME",    "HTIME",    "MTIME",
+        "STIME",   "TIME",     "OFFSET",   "AZIMUTH",  "COORSCAL", "ELEVSCAL", "COORUNIT",
+        "SOULINE", "SOUPOINT", "SOUINDEX", "SRCX",     "SRCY",     "SRCELEV",  "SOUDEPTH",
+        "SUPHOLE", "SSTATIC",  "RECLINE",  "RECPOINT", "RECINDEX", "RECX",     "RECY",
+        "RECELEV", "RSTATIC",  "CDPN",     "CDPX",     "CDPY",     "INLINE",   "XLINE",
+        "BINX",    "BINY",     "FOLD"};
+
+    void set(Word word, double value) { definition_.set_double(index_[word], value); }
+
+    TraceHeaderDefinition& definition_;
+    std::array<int, kWords> index_{};
+};
+
+std::optional<std::string> write_segy(const SyntheticLine& line, const LineFiles& files) {
+    TraceHeaderDefinition definition;
+    if (definition.load(files.header_definition) != 0) {
+        return "cannot read the header description '" + files.header_definition + "'";
+    }
+    TraceHeader header(definition);
+    if (files.format == SampleFormat::kInt16 && !header.has_weight()) {
+        return "16-bit samples need the header word WEIGHT, which '" + files.header_definition +
+               "' lacks";
+    }
+    SegyWriter writer;
+    const auto failure = [&] { return "cannot write '" + files.segy + "': " + writer.reason(); };
+    LineHeader line_header;
+    write_text_header(line, line_header);
+    write_binary_header(line, files.format, line_header);
+    if (writer.open(files.segy, SegyWriter::Mode::kCreate) != 0 ||
+        writer.write_line_header(line_header) != 0) {
+        return failure();
+    }
+
+    const TraceMaker maker(line);
+    std::vector<float> trace(static_cast<std::size_t>(line.samples));
+    std::vector<std::byte> record(kTraceHeaderBytes +
+                                  trace.size() * bytes_per_sample(files.format));
+    const auto raw = std::span(record).subspan(kTraceHeaderBytes);
+    definition.attach(record.data());
+    header.fill_constants(line);
+    for (int shot = 0; shot < line.shots; ++shot) {
+        header.fill_shot(line, shot);
+        for (int channel = 0; channel < line.channels; ++channel) {
+            header.fill_trace(line, shot, channel);
+            maker.make(shot, channel, trace);
+            switch (files.format) {
+                case SampleFormat::kInt16:
+                    header.set_weight(encode_int16(trace, raw).weight);
+                    break;
+                case SampleFormat::kIeee:
+                    encode_ieee(trace, raw);
+                    break;
+                default:
+                    encode_ibm(trace, raw);
+            }
+            if (writer.write_record(record) != record.size()) return failure();
+        }
+    }
+    if (writer.finish() != 0) return failure();
+    return {};
+}
+
+}  // namespace
+
+std::vector<std::string> LineFiles::paths() const {
+    std::vector<std::string> paths = {segy};
+    if (!sps.empty()) {
+        for (const char* ending : {".s", ".r", ".x"}) paths.push_back(sps + ending);
+    }
+    return paths;
+}
+
+std::optional<std::string> sps_fault(const SyntheticLine& line) {
+    if (line.channels > 9999) return "SPS relation records hold channels up to 9999";
+    if (std::int64_t{line.first_ffid} + line.shots - 1 > 9999) {
+        return "SPS relation records hold file numbers up to 9999";
+    }
+    if (line.station_x(line.stations()) > 9999999) return "SPS points hold eastings below 10000000";
+    return {};
+}
+
+std::optional<std::string> write_line(const SyntheticLine& line, const LineFiles& files) {
+    if (!files.sps.empty()) {
+        if (auto failure = write_sources(line, files.sps + ".s")) return failure;
+        if (auto failure = write_receivers(line, files.sps + ".r")) return failure;
+        if (auto failure = write_relations(line, files.sps + ".x")) return failure;
+    }
+    return write_segy(line, files);
+}
+
+}  // namespace halvern::synthetic
