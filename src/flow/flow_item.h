@@ -26,18 +26,23 @@ public:
     static const LogFlag kQuiet;
     static const LogFlag kLog;
     /// Quiet, and everything that the item says goes to `reporter`, which outlives it.
-    static LogFlag quiet(const Reporter& reporter) { return LogFlag(0, &reporter); }
+    static LogFlag quiet(const Reporter& reporter) { return {false, &reporter, false}; }
+    /// The same, of a flow that is only checked: see FlowItem::IsRehearsal.
+    static LogFlag rehearsal(const Reporter& reporter) { return {false, &reporter, true}; }
 
-    bool logs() const { return flag_ == 1; }
+    bool logs() const { return logs_; }
     const Reporter* reporter() const { return reporter_; }  ///< null: the job's log
+    bool is_rehearsal() const { return rehearsal_; }
 
 private:
-    constexpr LogFlag(int flag, const Reporter* reporter) : flag_(flag), reporter_(reporter) {}
-    int flag_;
+    constexpr LogFlag(bool logs, const Reporter* reporter, bool rehearsal)
+        : logs_(logs), reporter_(reporter), rehearsal_(rehearsal) {}
+    bool logs_;
     const Reporter* reporter_;
+    bool rehearsal_;
 };
-inline constexpr LogFlag LogFlag::kQuiet{0, nullptr};
-inline constexpr LogFlag LogFlag::kLog{1, nullptr};
+inline constexpr LogFlag LogFlag::kQuiet{false, nullptr, false};
+inline constexpr LogFlag LogFlag::kLog{true, nullptr, false};
 
 /// What ProcessTrace answers.
 inline constexpr int kPassOn = 1;
@@ -58,30 +63,28 @@ bool JobStopRequested();
 /// and ended after the last one. They are neither copied nor moved.
 class FlowItem : public Reporter {
 public:
-    ~FlowItem() override;  // 1: says "Completed Flow Item"
+    ~FlowItem() override;  ///< says "Completed Flow Item"
     FlowItem(const FlowItem&) = delete;
     FlowItem& operator=(const FlowItem&) = delete;
 
-    /// 2: the section line ("$" + keyword) and one KEY=value line a parameter.
+    /// The section line ("$" + keyword) and one KEY=value line a parameter.
     virtual void WriteParameters(std::FILE* stream);
-    /// 3: opens the parameter window with the process-wide dialog host over `parent` (passed on
+    /// Opens the parameter window with the process-wide dialog host over `parent` (passed on
     /// with a and b); *flow_changed becomes 1 when it is accepted. A window that is up already is
     /// refused with a message; without a host nothing happens.
     virtual void ShowInterface(void* parent, int a, int b, int* flow_changed);
 
-    // 4 to 8: what an item may ask the input, through the chain. Each forwards to the item before;
-    // at a head that is no input the queries give 0 (or null) and the requests do nothing.
+    // What an item may ask the input, through the chain. Each forwards to the item before; at a
+    // head that is no input the queries give 0 (or null) and the requests do nothing.
     virtual int GetInputTraceCount();
-    /// 5: how many traces the input has read so far, passed on or not.
+    /// How many traces the input has read so far, passed on or not.
     virtual int GetInputPosition();
-    /// 6: sets the input's trace counter to `index` (from 0) and repositions its reader there.
+    /// Sets the input's trace counter to `index` (from 0) and repositions its reader there.
     virtual int SetInputPosition(int index);
-    /// 7: has the input store a range.
+    /// Has the input store a range.
     virtual int SetInputRange(int a, int b);
-    /// 8: the input's file name.
+    /// The input's file name.
     virtual const char* GetInputName();
-
-    // Beyond the sixteen places, of the same kind as 4 to 8:
     /// The path of the header description that the input reads with.
     virtual const char* GetInputHeaderName();
     /// Whether the input can be asked for traces again and every item between it and this one,
@@ -92,22 +95,22 @@ public:
     /// one know them by IsRepeating. 1, or 0 when it cannot.
     virtual int ReplayInput(std::span<const std::int32_t> positions);
 
-    /// 9: a trace arrives. Default: ProcessTrace, and when that says kPassOn, SendTrace with the
+    /// A trace arrives. Default: ProcessTrace, and when that says kPassOn, SendTrace with the
     /// replacement line header and samples where they are set.
     virtual void ReceiveTrace(LineHeader& line, TraceHeaderDefinition& header,
                               TraceSamples& samples);
-    /// 10: once, before the first trace, with its line header, definition and samples; sizes the
+    /// Once, before the first trace, with its line header, definition and samples; sizes the
     /// item's buffers. `input_traces` is the input's trace count where it knows it, else 0.
     virtual void PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples,
                             int input_traces);
-    /// 11: once, after the end of the data, even when no trace came; frees what PrepareRun made.
+    /// Once, after the end of the data, even when no trace came; frees what PrepareRun made.
     virtual void EndRun();
-    /// 12: once at the end of the data: a buffering item sends what it holds. 1 lets the chain end.
+    /// Once at the end of the data: a buffering item sends what it holds. 1 lets the chain end.
     virtual int FlushAtEnd();
-    virtual void SetDefaults();                               // 13
-    virtual void ReadParameters(const FlowSection& section);  // 14
-    virtual void LogParameters();                             // 15
-    /// 16: the work on one trace: kPassOn, or kKeepBack to drop or hold it.
+    virtual void SetDefaults();
+    virtual void ReadParameters(const FlowSection& section);
+    virtual void LogParameters();
+    /// The work on one trace: kPassOn, or kKeepBack to drop or hold it.
     virtual int ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
                              TraceSamples& samples);
 
@@ -126,6 +129,11 @@ public:
     FlowItem& SetNext(std::unique_ptr<FlowItem> item);
     /// Destroys every item after this one, the last one first.
     void DeleteChain();
+
+    /// True while a flow is only checked: PrepareRun then finds everything that can be known before
+    /// the first trace, ends the job by it as ever, and makes, empties, locks, writes and deletes
+    /// nothing. No trace follows.
+    bool IsRehearsal() const { return log_.is_rehearsal(); }
 
     const char* GetName() const { return entry_.name; }
     FlowItemKind GetKindId() const { return entry_.kind; }

@@ -20,6 +20,13 @@ void InputFlowItem::ResumeInput() {
     }
 }
 
+void InputFlowItem::Rehearse() {
+    if (!CanReposition()) return;  // a tape would be moved
+    OpenSource();
+    if (ReadNext() == ReadResult::kEnd) return;
+    PrepareChain(SourceLine(), SourceHeader(), SourceSamples(), SourceTraceCount());
+}
+
 int InputFlowItem::SetInputPosition(int index) {
     if (index < 0 || !Reposition(index)) return 0;
     position_ = index;

@@ -24,6 +24,8 @@ public:
     /// Says "Resuming Data Read" and goes on; record numbers from SetInputRange or ReplayInput that
     /// are still to be read come in their order.
     void ResumeInput() override;
+    /// Opens the source, unless it is a tape, and prepares the chain by its first trace.
+    void Rehearse() override;
 
     int GetInputTraceCount() override { return SourceTraceCount(); }
     int GetInputPosition() override { return position_; }

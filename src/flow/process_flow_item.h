@@ -46,6 +46,9 @@ public:
     virtual void RunInput() = 0;
     /// Continues a read loop that was paused.
     virtual void ResumeInput() = 0;
+    /// In a rehearsal instead of RunInput: prepares the chain as for the first trace, where the
+    /// source can be asked without touching it, and sends none.
+    virtual void Rehearse() {}
 };
 
 /// The only item of its flow; RunInput is its whole run.

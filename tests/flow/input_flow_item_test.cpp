@@ -85,6 +85,16 @@ TEST(Input, WithoutTracesPreparesNothingButEndsTheChain) {
     EXPECT_EQ(flow.noting.ended, 1);
 }
 
+TEST(Input, RehearsesUpToItsFirstTrace) {
+    LogCapture log;
+    Flow flow(5);
+    flow.input.Rehearse();
+    EXPECT_EQ(flow.noting.prepared, 1);
+    EXPECT_THAT(flow.noting.seen, ElementsAre());
+    EXPECT_EQ(flow.noting.ended, 0);
+    EXPECT_EQ(log.text(), "");
+}
+
 TEST(Input, PausesAndGoesOn) {
     LogCapture log;
     Flow flow(7);
