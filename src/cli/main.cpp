@@ -10,16 +10,18 @@
 #include <string_view>
 
 #include "cli/commands.h"
+#include "cli/say.h"
 #include "desk/command_error.h"
 #include "desk/workplace.h"
 #include "foundation/messages.h"
+#include "foundation/words.h"
 
 namespace halvern {
 
 void TerminateJob(int normal) { std::exit(normal == kJobNormal ? EXIT_SUCCESS : EXIT_FAILURE); }
 
 void command_failed(const std::string& command, const std::string& reason) {
-    std::fprintf(stderr, "halvern %s: %s.\n", command.c_str(), reason.c_str());
+    say_error("halvern %s: %s.\n", command.c_str(), reason.c_str());
     throw CLI::RuntimeError(EXIT_FAILURE);
 }
 
@@ -45,7 +47,8 @@ std::string command_name(const CLI::App& app) {
 std::string wrong_usage(const CLI::App* app, const CLI::Error& error) {
     const std::string name = command_name(*app);
     const std::string command = name.empty() ? "halvern" : "halvern " + name;
-    return command + ": " + error.what() + ".\n'" + command + " --help' tells how it is used.\n";
+    return printable(command + ": " + error.what() + ".\n'" + command +
+                     " --help' tells how it is used.\n");
 }
 
 void add_commands(CLI::App& app) {
@@ -81,8 +84,8 @@ int run(CLI::App& app, int argc, char** argv) {
         const auto found = command->get_subcommands(
             [&](const CLI::App* sub) { return sub->get_name() == argv[i]; });
         if (found.empty()) {
-            std::fprintf(stderr, "%s: there is no command '%s'; '%s --help' lists them.\n",
-                         path.c_str(), argv[i], path.c_str());
+            say_error("%s: there is no command '%s'; '%s --help' lists them.\n", path.c_str(),
+                      argv[i], path.c_str());
             return kWrongUsage;
         }
         command = found.front();
@@ -91,7 +94,7 @@ int run(CLI::App& app, int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CommandError& failure) {
-        std::fprintf(stderr, "halvern %s: %s.\n", command_name(app).c_str(), failure.what());
+        say_error("halvern %s: %s.\n", command_name(app).c_str(), failure.what());
         return EXIT_FAILURE;
     } catch (const CLI::RuntimeError& failure) {  // the command has said what it is
         return failure.get_exit_code();
@@ -105,7 +108,7 @@ int run(CLI::App& app, int argc, char** argv) {
 int status_of_output(int status) {
     std::cout.flush();
     if (std::fflush(stdout) == 0 && !std::ferror(stdout) && std::cout) return status;
-    std::fprintf(stderr, "halvern: standard output cannot be written.\n");
+    say_error("halvern: standard output cannot be written.\n");
     return EXIT_FAILURE;
 }
 
@@ -133,10 +136,10 @@ int main(int argc, char** argv) {
         }
         return status_of_output(run(app, argc, argv));
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "halvern: there is not enough memory for this.\n");
+        say_error("halvern: there is not enough memory for this.\n");
         return EXIT_FAILURE;
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "halvern: %s.\n", failure.what());
+        say_error("halvern: %s.\n", failure.what());
         return EXIT_FAILURE;
     }
 }

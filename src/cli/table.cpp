@@ -4,6 +4,9 @@
 #include <cstdio>
 #include <string_view>
 
+#include "foundation/words.h"
+#include "platform/terminal.h"
+
 namespace halvern {
 
 namespace {
@@ -12,20 +15,17 @@ constexpr std::size_t kGap = 2;  // blanks between columns
 constexpr std::size_t kNarrowest = 6;
 constexpr std::size_t kMany = 1000;  // rows that are kept to see how wide columns must be
 
-bool continues_character(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
 std::size_t characters(std::string_view text) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(text, [](char c) { return !continues_character(c); }));
+    std::size_t count = 0;
+    for (; !text.empty(); ++count) next_character(text);
+    return count;
 }
 
 // Bytes of the first `count` characters.
 std::size_t bytes_of(std::string_view text, std::size_t count) {
-    std::size_t at = 0;
-    for (; at < text.size(); ++at) {
-        if (!continues_character(text[at]) && count-- == 0) break;
-    }
-    return at;
+    std::string_view rest = text;
+    while (!rest.empty() && count-- > 0) next_character(rest);
+    return text.size() - rest.size();
 }
 
 std::vector<std::string_view> lines_of(std::string_view text) {
@@ -38,16 +38,8 @@ std::vector<std::string_view> lines_of(std::string_view text) {
     return lines;
 }
 
-// What a terminal can show of a file's or a person's text: no character that steers it.
-std::string printable(std::string text) {
-    for (char& c : text) {
-        const bool control = static_cast<unsigned char>(c) < ' ' || c == '\x7F';
-        if (control && c != '\n') c = '?';
-    }
-    return text;
-}
-
-std::string csv_cell(const std::string& cell) {
+std::string csv_cell(const std::string& text) {
+    const std::string cell = printable(text);
     if (cell.find_first_of(",\"\r\n") == std::string::npos) return cell;
     std::string quoted = "\"";
     for (const char c : cell) {
@@ -58,6 +50,12 @@ std::string csv_cell(const std::string& cell) {
 }
 
 }  // namespace
+
+std::size_t terminal_width() {
+    constexpr int kNarrow = 20;
+    const int columns = terminal_columns(stdout);
+    return columns >= kNarrow ? static_cast<std::size_t>(columns) : Table::kWidth;
+}
 
 std::vector<std::string> wrapped(const std::string& text, std::size_t width) {
     std::vector<std::string> result;
@@ -160,14 +158,14 @@ std::string Table::csv() const {
 }
 
 void Table::print(bool as_csv) const {
-    const std::string all = as_csv ? csv() : text();
+    const std::string all = as_csv ? csv() : text(terminal_width());
     std::fwrite(all.data(), 1, all.size(), stdout);
 }
 
 void Table::print_full(bool as_csv) {
     if (rows_.size() < kMany) return;
     print(as_csv);
-    if (settled_.empty()) settled_ = widths(kWidth);
+    if (settled_.empty()) settled_ = widths(terminal_width());
     rows_.clear();
 }
 

@@ -50,4 +50,47 @@ bool is_one_line(std::string_view text) {
         text, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; });
 }
 
+char32_t next_character(std::string_view& text) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned char first = byte(0);
+    const std::size_t length = first < 0x80    ? 1
+                               : first < 0xC2  ? 0  // goes on, or would be longer than it must be
+                               : first < 0xE0  ? 2
+                               : first < 0xF0  ? 3
+                               : first <= 0xF4 ? 4
+                                               : 0;
+    char32_t character = length > 1 ? first & (0x7Fu >> length) : first;
+    bool whole = length > 0 && length <= text.size();
+    for (std::size_t i = 1; whole && i < length; ++i) {
+        whole = (byte(i) & 0xC0) == 0x80;
+        character = character << 6 | (byte(i) & 0x3Fu);
+    }
+    constexpr char32_t kShortest[] = {0, 0, 0x80, 0x800, 0x10000};
+    const bool surrogate = character >= 0xD800 && character < 0xE000;
+    if (!whole || character < kShortest[length] || surrogate || character > 0x10FFFF) {
+        text.remove_prefix(1);
+        return kNoCharacter;
+    }
+    text.remove_prefix(length);
+    return character;
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    shown.reserve(text.size());
+    while (!text.empty()) {
+        const std::string_view before = text;
+        const char32_t c = next_character(text);
+        const bool control = (c < ' ' && c != '\n' && c != '\t') || (c >= 0x7F && c < 0xA0);
+        if (c == '\t') {
+            shown += ' ';
+        } else if (control || c == kNoCharacter) {
+            shown += '?';
+        } else {
+            shown += before.substr(0, before.size() - text.size());
+        }
+    }
+    return shown;
+}
+
 }  // namespace halvern

@@ -24,4 +24,13 @@ std::vector<std::string> split_list(std::string_view text);
 /// Whether a name or path can stand in a line of the files that the commands keep.
 bool is_one_line(std::string_view text);
 
+/// Takes the first character off UTF-8 text that is not empty. A byte that belongs to none comes as
+/// kNoCharacter, alone.
+inline constexpr char32_t kNoCharacter = 0xFFFD;
+char32_t next_character(std::string_view& text);
+
+/// Text of a file or a person as it may be shown: line ends stay, a tab becomes a blank, and what
+/// would steer a terminal, or is no UTF-8, becomes "?".
+std::string printable(std::string_view text);
+
 }  // namespace halvern

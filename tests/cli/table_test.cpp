@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "foundation/words.h"
-
 namespace halvern {
 namespace {
 
@@ -59,12 +57,6 @@ TEST(Wrapped, BreaksAtBlanksElseBehindSlashesElseAnywhere) {
     EXPECT_THAT(wrapped("/data/north/flow", 12), ElementsAre("/data/north/", "flow"));
     EXPECT_THAT(wrapped("abcdefgh", 3), ElementsAre("abc", "def", "gh"));
     EXPECT_THAT(wrapped("", 3), ElementsAre(""));
-}
-
-TEST(Numbers, AreGroupedByThousands) {
-    const std::pair<long long, const char*> kNumbers[] = {
-        {0, "0"}, {999, "999"}, {1000, "1,000"}, {-12345, "-12,345"}, {1234567, "1,234,567"}};
-    for (const auto& [number, text] : kNumbers) EXPECT_EQ(grouped(number), text);
 }
 
 }  // namespace
