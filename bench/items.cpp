@@ -50,7 +50,7 @@ void item(benchmark::State& state, const std::vector<std::string>& lines, bool m
     TraceHeaderDefinition header(image.data());
     if (header.load(HALVERN_HEADER) != 0) return state.SkipWithError("no header description");
     LineHeader line;
-    line.set_sample_interval(2000 * kInternalPerUs);
+    line.set_sample_interval(SampleInterval::of_us(2000));
     line.set_samples(kSamples, kSamples);
     std::vector<float> trace(kSamples);
     std::uint64_t random = 1;

@@ -30,7 +30,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
 
     halvern::LineHeader line;
-    line.build_from_definition(path, 64000, 100, halvern::SampleFormat::kIbm);
+    line.build_from_definition(path, halvern::SampleInterval::of_ms(1), 100,
+                               halvern::SampleFormat::kIbm);
     if (line.samples() != 100) __builtin_trap();
 
     if (size % 16 != 0) return 0;  // saving brings a file to the disk, which takes its time

@@ -183,7 +183,7 @@ void print_samples(const SampleStatistics& samples, bool csv) {
 }
 
 std::string samples_text(LineHeader& line) {
-    const double interval_ms = line.sample_interval() / double{kInternalPerMs};
+    const double interval_ms = line.sample_interval().ms();
     const int samples = line.samples();
     std::string text = in_words(std::int64_t{samples}) + " every " + in_words(interval_ms) + " ms";
     if (samples > 1) text += ", " + in_words((samples - 1) * interval_ms, 9) + " ms long";

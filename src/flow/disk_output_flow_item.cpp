@@ -11,8 +11,6 @@ constexpr int kTraceLength = 0;
 
 std::string base_name(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
 
-double in_ms(int interval) { return interval / double{kInternalPerMs}; }
-
 }  // namespace
 
 ParameterList DiskOutputFlowItem::DiskParameters(const std::string& standard_file,
@@ -80,7 +78,7 @@ bool DiskOutputFlowItem::CheckParameters(const LineHeader& line) const {
             write_type_);
         return false;
     }
-    if (use_time_ == kEnteredTime && line.sample_interval() <= 0) {
+    if (use_time_ == kEnteredTime && !line.sample_interval()) {
         Error("The line has no sample interval, so that no time can be output.\n");
         return false;
     }
@@ -90,10 +88,9 @@ bool DiskOutputFlowItem::CheckParameters(const LineHeader& line) const {
 int DiskOutputFlowItem::OutputSamples(const LineHeader& line) const {
     if (use_time_ != kEnteredTime) return line.samples();
     // Whole milliseconds divide, as the length was entered in them; finer sampling divides exactly.
-    const int interval = line.sample_interval();
-    const std::int64_t whole_ms = interval / kInternalPerMs;
+    const SampleInterval interval = line.sample_interval();
     const std::int64_t wanted =
-        (whole_ms > 0 ? time_ms_ / whole_ms : std::int64_t{time_ms_} * kInternalPerMs / interval) +
+        (interval.whole_ms() > 0 ? time_ms_ / interval.whole_ms() : interval.samples_in(time_ms_)) +
         1;
     if (line.samples() < wanted) {
         Warning(
@@ -145,12 +142,12 @@ bool DiskOutputFlowItem::CheckPath(const std::string& path) {
     return true;
 }
 
-bool DiskOutputFlowItem::CheckAppends(const std::string& path, int file_interval, int file_samples,
-                                      const LineHeader& line, int samples) const {
+bool DiskOutputFlowItem::CheckAppends(const std::string& path, SampleInterval file_interval,
+                                      int file_samples, const LineHeader& line, int samples) const {
     if (file_interval != line.sample_interval()) {
         Error("Cannot append to output file '%s'.\n", path.c_str());
         Error("Sample rates of output file (%3.1f) and new data (%3.1f) differ.\n",
-              in_ms(file_interval), in_ms(line.sample_interval()));
+              file_interval.ms(), line.sample_interval().ms());
         return false;
     }
     if (file_samples != samples) {
@@ -162,13 +159,13 @@ bool DiskOutputFlowItem::CheckAppends(const std::string& path, int file_interval
     return true;
 }
 
-bool DiskOutputFlowItem::CheckFits(int input_interval, int input_samples, const LineHeader& line,
-                                   int samples) const {
+bool DiskOutputFlowItem::CheckFits(SampleInterval input_interval, int input_samples,
+                                   const LineHeader& line, int samples) const {
     if (input_samples == samples && input_interval == line.sample_interval()) return true;
     Error(
         "The traces (%d samples of %.3f ms) do not fit the records of the input file "
         "(%d samples of %.3f ms).  To overwrite it would destroy it.\n",
-        samples, in_ms(line.sample_interval()), input_samples, in_ms(input_interval));
+        samples, line.sample_interval().ms(), input_samples, input_interval.ms());
     return false;
 }
 

@@ -35,10 +35,10 @@ protected:
     /// Whether the path was chosen, and neither the input nor another output of the flow has it.
     bool CheckPath(const std::string& path);
     /// Whether a file of that interval and sample count takes traces of this line.
-    bool CheckAppends(const std::string& path, int file_interval, int file_samples,
+    bool CheckAppends(const std::string& path, SampleInterval file_interval, int file_samples,
                       const LineHeader& line, int samples) const;
     /// Whether overwriting would keep every record of the input where it is.
-    bool CheckFits(int input_interval, int input_samples, const LineHeader& line,
+    bool CheckFits(SampleInterval input_interval, int input_samples, const LineHeader& line,
                    int samples) const;
     /// Whether the record that the next trace goes over has been read; ends the job when not.
     bool CheckRecordWasRead(const RecordEncoder& encoder);

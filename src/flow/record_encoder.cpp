@@ -5,7 +5,7 @@
 namespace halvern {
 
 RecordEncoder::RecordEncoder(const TraceHeaderDefinition& definition, SampleFormat format,
-                             int samples, int interval, std::int64_t traces_before)
+                             int samples, SampleInterval interval, std::int64_t traces_before)
     : format_(format),
       samples_(samples),
       interval_(interval),
@@ -25,7 +25,7 @@ std::span<const std::byte> RecordEncoder::encode(TraceHeaderDefinition& definiti
     definition.set_double(line_number_, number);
     definition.set_double(reel_number_, number);
     definition.set_double(num_samps_, samples_);
-    const int interval_us = interval_ / kInternalPerUs;
+    const int interval_us = interval_.us();
     definition.set_double(samp_rate_, interval_us);
     // Samples first: 16-bit ones leave their exponent in the header.
     const std::span<std::byte> record = record_;

@@ -16,10 +16,10 @@ namespace halvern {
 class RecordEncoder {
 public:
     RecordEncoder() = default;
-    /// For traces of `definition` with `samples` samples (from 0) at `interval` (internal units),
-    /// in `format` (kIeee, kIbm or kInt16). The first one becomes number `traces_before` + 1.
+    /// For traces of `definition` with `samples` samples (from 0) at `interval`, in `format`
+    /// (kIeee, kIbm or kInt16). The first one becomes number `traces_before` + 1.
     RecordEncoder(const TraceHeaderDefinition& definition, SampleFormat format, int samples,
-                  int interval, std::int64_t traces_before = 0);
+                  SampleInterval interval, std::int64_t traces_before = 0);
 
     /// Stamps TRNUML, TRNUMR, NUMSAMPS and SAMPRATE, as far as they are defined, into the image
     /// that `definition` has attached, and gives the trace's record: its header and its samples,
@@ -28,7 +28,7 @@ public:
 
     SampleFormat format() const { return format_; }
     int samples() const { return samples_; }
-    int interval() const { return interval_; }
+    SampleInterval interval() const { return interval_; }
     std::int64_t record_bytes() const { return static_cast<std::int64_t>(record_.size()); }
     std::int64_t encoded() const { return encoded_; }  ///< traces so far
     /// Samples so far that were not finite and could not be kept (kInt16 only).
@@ -37,7 +37,7 @@ public:
 private:
     SampleFormat format_ = SampleFormat::kIeee;
     int samples_ = 0;
-    int interval_ = 0;
+    SampleInterval interval_;
     std::vector<std::byte> record_;
     int line_number_ = -1;  // indexes of header words: TRNUML, TRNUMR, NUMSAMPS and SAMPRATE
     int reel_number_ = -1;

@@ -447,7 +447,7 @@ void AsciiInput::RunInput() {
         return TerminateJob(kJobError);
     }
     made.header.attach(made.image.data());
-    made.line.build_from_definition(header_file_, kCreatedIntervalMs * kInternalPerMs,
+    made.line.build_from_definition(header_file_, SampleInterval::of_ms(kCreatedIntervalMs),
                                     kCreatedSamples, SampleFormat::kIeee);
     made.record.resize(kCreatedSamples * sizeof(float));
     made.samples.set_raw(made.record, kCreatedSamples, kCreatedSamples, kCreatedSamples,

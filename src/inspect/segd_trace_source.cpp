@@ -229,7 +229,7 @@ private:
         const segd::RecordHeader& record = reader_->header();
         const segd::GeneralHeader1& general = record.general();
         header_.fill(std::byte{});
-        const int interval_us = record.sample_interval(*trace.set) / kInternalPerUs;
+        const int interval_us = record.sample_interval(*trace.set).us();
         const bool positioned = !record.sources().empty();
         const segd::GeneralHeaderN source =
             positioned ? record.sources().front() : segd::GeneralHeaderN{};

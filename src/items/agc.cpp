@@ -32,7 +32,7 @@ ParameterList Agc::Parameters() {
 }
 
 void Agc::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&, int) {
-    constexpr int kLongestMs = std::numeric_limits<int>::max() / kInternalPerMs;
+    constexpr int kLongestMs = std::numeric_limits<int>::max() / SampleInterval::kPerMs;
     if (window_ms_ < 1) {
         Error(
             "The window size parameter must be greater than or equal to 1.  "
@@ -46,7 +46,7 @@ void Agc::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&, in
         return TerminateJob(kJobError);
     }
     if (!RequireSampleInterval(*this, line)) return;
-    int window = window_ms_ * kInternalPerMs / line.sample_interval();
+    int window = static_cast<int>(line.sample_interval().samples_in(window_ms_));
     if (window > line.samples()) {
         Warning(
             "The window size is greater than the trace length.  "

@@ -15,18 +15,18 @@ int RequireHeaderWord(const FlowItem& item, const TraceHeaderDefinition& header,
 }
 
 bool RequireSampleInterval(const FlowItem& item, const LineHeader& line) {
-    if (line.sample_interval() > 0) return true;
+    if (line.sample_interval()) return true;
     item.Error("The line has no sample interval.\n");
     TerminateJob(kJobError);
     return false;
 }
 
 int RequireWholeMilliseconds(const FlowItem& item, const LineHeader& line) {
-    const int interval = line.sample_interval();
-    if (interval >= kInternalPerMs) return interval / kInternalPerMs;
+    const SampleInterval interval = line.sample_interval();
+    if (interval.whole_ms() > 0) return interval.whole_ms();
     item.Error(
         "The sample interval must be at least 1 millisecond.  The line has '%d' microseconds.\n",
-        interval / kInternalPerUs);
+        interval.us());
     TerminateJob(kJobError);
     return 0;
 }

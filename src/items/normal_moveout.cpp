@@ -128,7 +128,7 @@ void NormalMoveout::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, 
         !RequireSampleInterval(*this, line)) {
         return;
     }
-    interval_ms_ = static_cast<double>(line.sample_interval()) / kInternalPerMs;
+    interval_ms_ = line.sample_interval().ms();
     interval_s_ = interval_ms_ / 1000;
     if (!(mute_percent_ >= 0)) mute_percent_ = 0;
     stretch_limit_ = static_cast<double>(mute_percent_) / 100;

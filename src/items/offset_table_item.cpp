@@ -99,7 +99,7 @@ void OffsetTableItem::PrepareRun(LineHeader& line, TraceHeaderDefinition& header
     Message("OFFSET   - Source to receiver offset\n");
     offset_word_ = RequireHeaderWord(*this, header, "OFFSET");
     if (offset_word_ < 0 || !RequireSampleInterval(*this, line)) return;
-    interval_ms_ = static_cast<double>(line.sample_interval()) / kInternalPerMs;
+    interval_ms_ = line.sample_interval().ms();
     numerics::paired_heap_sort(std::span(offsets_), std::span(values_));
 }
 

@@ -82,17 +82,18 @@ std::vector<std::string> NativeMain::paths() const {
 std::optional<NativeLayout> NativeLayout::read(const std::string& path) {
     const File file = open_to_read(path);
     if (!file) return std::nullopt;
-    NativeLayout layout{.samples = -1, .interval = -1};
+    NativeLayout layout{.samples = -1};
+    int interval = -1;
     int format = -1;
     while (const auto line = next_line(file.get())) {
         ReadKey(line->c_str(), "NUMSAMPLES=", layout.samples);
-        ReadKey(line->c_str(), "SAMPLERATE=", layout.interval);
+        ReadKey(line->c_str(), "SAMPLERATE=", interval);
         ReadKey(line->c_str(), "DATAFORMAT=", format);
     }
-    if (layout.samples < 0 || layout.samples > kMostSamples || layout.interval < 0 ||
-        layout.interval > kMostInterval ||
-        (layout.interval > 0 && layout.interval < kInternalPerUs) || format < 0 ||
-        format > static_cast<int>(SampleFormat::kInt16)) {
+    layout.interval = SampleInterval(interval);
+    if (layout.samples < 0 || layout.samples > kMostSamples || interval < 0 ||
+        layout.interval > kMostInterval || (interval > 0 && interval < SampleInterval::kPerUs) ||
+        format < 0 || format > static_cast<int>(SampleFormat::kInt16)) {
         return std::nullopt;
     }
     layout.format = static_cast<SampleFormat>(format);
@@ -101,7 +102,7 @@ std::optional<NativeLayout> NativeLayout::read(const std::string& path) {
 
 int NativeLayout::write(const std::string& path) const {
     const std::string text = "NUMSAMPLES=" + std::to_string(samples) +
-                             "\nSAMPLERATE=" + std::to_string(interval) +
+                             "\nSAMPLERATE=" + std::to_string(interval.internal()) +
                              "\nDATAFORMAT=" + std::to_string(static_cast<int>(format)) + "\n";
     const std::error_code failed = replace_file(path, text, Reach::kSystem);
     return failed ? -1 : 0;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "trace/sample_format.h"
+#include "trace/sample_interval.h"
 
 namespace halvern {
 
@@ -40,11 +41,12 @@ struct NativeMain {
 
 /// The line header values of a native dataset, its LINE file.
 struct NativeLayout {
-    static constexpr int kMostSamples = 32767;                        ///< what a line header holds
-    static constexpr int kMostInterval = 65536 * kInternalPerUs - 1;  ///< likewise
+    static constexpr int kMostSamples = 32767;  ///< what a line header holds
+    /// Likewise.
+    static constexpr SampleInterval kMostInterval{65536 * SampleInterval::kPerUs - 1};
 
-    int samples = 0;   ///< of every trace
-    int interval = 0;  ///< internal units; 64 a microsecond
+    int samples = 0;  ///< of every trace
+    SampleInterval interval;
     SampleFormat format = SampleFormat::kIeee;
 
     /// The file read, its keys in any order; nothing when it cannot be read or a value is out of

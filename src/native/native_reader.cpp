@@ -47,7 +47,7 @@ NativeOpening NativeReader::open(const std::string& path, int progress_interval,
     data_.reset();
     report.Log("Halvern File '%s' Statistics:\n", path.c_str());
     report.Log("  Actual Number of Samples:   %d\n", layout_.samples);
-    report.Log("  Sample Rate:                %3.1f\n", layout_.interval / double{kInternalPerMs});
+    report.Log("  Sample Rate:                %3.1f\n", layout_.interval.ms());
     report.Log("  Data Format:                %s\n", format_name(layout_.format));
     report.Log("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));
     return NativeOpening::kOpened;

@@ -98,7 +98,7 @@ std::string read_section(TraceSource& source, TraceSelection& selection,
         section.words.push_back({.name = name});
         indexes.push_back(number ? -1 : index);
     }
-    section.interval_ms = source.line().sample_interval() / double{kInternalPerMs};
+    section.interval_ms = source.line().sample_interval().ms();
     if (!(section.interval_ms > 0)) section.interval_ms = 1;
     const int delay = definition.find("DELAY");
     SampleWindow window;

@@ -25,7 +25,7 @@ std::vector<double> taper_of(std::size_t length) {
 
 std::string read_spectrum(TraceSource& source, TraceSelection& selection,
                           const std::optional<TimeWindow>& window, Spectrum& spectrum) {
-    const double interval_ms = source.line().sample_interval() / double{kInternalPerMs};
+    const double interval_ms = source.line().sample_interval().ms();
     if (!(interval_ms > 0)) return "the file gives no sample interval";
     const int delay = source.definition().find("DELAY");
     std::optional<numerics::RealFft> fft;

@@ -101,7 +101,7 @@ HeaderFault RecordHeader::parse(const HeaderLayout& layout, std::span<const std:
         for (int i = 0; i < layout.channel_sets; ++i, offset += kBlockBytes) {
             const std::optional<ChannelSet> set =
                 ChannelSet::parse(block_at(bytes_, offset), layout.revision_0());
-            if (!set || (set->channels > 0 && sample_interval(*set) == 0)) {
+            if (!set || (set->channels > 0 && !sample_interval(*set))) {
                 return HeaderFault::kChannelSet;
             }
             sets_.push_back(*set);
@@ -125,9 +125,9 @@ double RecordHeader::record_length_ms() const {
     return layout_->second->record_length_ms;
 }
 
-int RecordHeader::sample_interval(const ChannelSet& set) const {
-    constexpr int kPerSixteenth = kInternalPerMs / 16;
-    return general().base_interval * kPerSixteenth >> set.sub_scans;
+SampleInterval RecordHeader::sample_interval(const ChannelSet& set) const {
+    constexpr int kPerSixteenth = SampleInterval::kPerMs / 16;
+    return SampleInterval(general().base_interval * kPerSixteenth >> set.sub_scans);
 }
 
 std::int64_t RecordHeader::intervals(const ChannelSet& set) const {

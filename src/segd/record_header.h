@@ -8,6 +8,7 @@
 
 #include "segd/channel_set.h"
 #include "segd/general_header.h"
+#include "trace/sample_interval.h"
 
 namespace halvern::segd {
 
@@ -68,8 +69,7 @@ public:
     int trailer_blocks() const { return layout_->second ? layout_->second->trailer_blocks : 0; }
     double record_length_ms() const;
     double base_interval_ms() const { return general().base_interval / 16.0; }
-    /// Internal units: 1/64 µs.
-    int sample_interval(const ChannelSet& set) const;
+    SampleInterval sample_interval(const ChannelSet& set) const;
     /// Sample intervals from a set's start to its end, or in the record length where the descriptor
     /// gives no times. Most systems record one sample more.
     std::int64_t intervals(const ChannelSet& set) const;

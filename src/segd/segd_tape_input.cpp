@@ -317,7 +317,7 @@ void SegdTapeInput::BuildLine() {
         samples = reader_->trace().samples;
     }
     if (trace_length_ms_ > 0) {
-        samples = std::min(samples, std::int64_t{trace_length_ms_} * kInternalPerMs / interval_);
+        samples = std::min(samples, interval_.samples_in(trace_length_ms_));
     }
     if (samples > kMostLineSamples) {
         Warning("Traces of %lld samples are longer than a line can be.  They are cut to %d.\n",
@@ -545,7 +545,7 @@ void SegdTapeInput::SourceEnded() {
         Warning(
             "%lld traces have another sample interval than the line's %.3f ms: they were left "
             "out.\n",
-            static_cast<long long>(other_interval_), interval_ / double{kInternalPerMs});
+            static_cast<long long>(other_interval_), interval_.ms());
     }
     if (foreign_numbers_ > 0) {
         Warning("%lld traces have another file number than their record, whose number is used.\n",

@@ -105,9 +105,9 @@ private:
     bool in_record_ = false;
     bool has_first_trace_ = false;  // read already, to see how many samples this tape's traces have
     segd::RecordReader::Next first_trace_{};
-    int interval_ = 0;      // of the line, internal units
-    int line_samples_ = 0;  // of the line, cut to the trace length
-    int files_ = 0;         // read so far, those that failed included
+    SampleInterval interval_;  // of the line
+    int line_samples_ = 0;     // of the line, cut to the trace length
+    int files_ = 0;            // read so far, those that failed included
     int records_ = 0;
     int bad_headers_ = 0;
     std::int64_t other_length_ = 0;     // traces cut or filled up

@@ -30,7 +30,7 @@ int segy_revision(const LineHeader& line) {
 }
 
 LineHeader segy_output_line(const LineHeader& line, SampleFormat format, int samples,
-                            int interval) {
+                            SampleInterval interval) {
     struct Field {
         std::size_t offset, size;
     };

@@ -14,7 +14,7 @@ struct SegyLayout {
     static constexpr int kMostSamples = 1'000'000;
     static constexpr std::int64_t kTextHeaderBlock = 3200;
 
-    int interval = 0;       ///< internal units; 64 a microsecond
+    SampleInterval interval;
     int samples = 0;        ///< of every record here: the actual count
     int field_samples = 0;  ///< of the field recording: the real count
     SampleFormat format = SampleFormat::kIeee;
@@ -38,17 +38,15 @@ struct SegyLayout {
     std::int64_t record_offset(std::int64_t index) const {
         return first_record() + index * record_bytes();
     }
-
-    double interval_ms() const { return interval / double{kInternalPerMs}; }
-    int interval_us() const { return interval / kInternalPerUs; }
 };
 
 /// The revision of a line header's layout, 0 where its field holds no number that a writer uses.
 int segy_revision(const LineHeader& line);
 
-/// The line header of an output with records of `samples` samples at `interval` (internal units) in
-/// `format`: a copy of `line` without what held for the file it came from only, which is extended
-/// text headers and, from revision 2 on, the counts and offsets that override the older fields.
-LineHeader segy_output_line(const LineHeader& line, SampleFormat format, int samples, int interval);
+/// The line header of an output with records of `samples` samples at `interval` in `format`:
+/// a copy of `line` without what held for the file it came from only, which is extended text
+/// headers and, from revision 2 on, the counts and offsets that override the older fields.
+LineHeader segy_output_line(const LineHeader& line, SampleFormat format, int samples,
+                            SampleInterval interval);
 
 }  // namespace halvern

@@ -35,7 +35,7 @@ SegyOpening SegyReader::open(const std::string& path, std::unique_ptr<SegySource
     samp_rate_ = definition_.find("SAMPRATE");
     // A description that begins with TRACEID marks no shortened traces: its index is 0.
     shortened_known_ = trace_id_ > 0 && total_samples_ >= 0 && start_sample_ >= 0;
-    us_ = layout_.interval_us();
+    us_ = layout_.interval.us();
     progress_interval_ = options.progress_interval;
     next_ = next_progress_ = contradictions_ = 0;
     current_ = false;
@@ -77,7 +77,7 @@ void SegyReader::log_statistics(const std::string& path) const {
     report_->Log("SEG-Y File '%s' Statistics:\n", path.c_str());
     report_->Log("  Actual Number of Samples:   %d\n", layout_.samples);
     report_->Log("  Real   Number of Samples:   %d\n", layout_.field_samples);
-    report_->Log("  Sample Rate:                %3.1f\n", layout_.interval_ms());
+    report_->Log("  Sample Rate:                %3.1f\n", layout_.interval.ms());
     report_->Log("  Data Format:                %s\n", format_name(layout_.format));
     if (file_size_ < 0) return;
     report_->Log("  Number of Traces:           %lld\n", static_cast<long long>(trace_count_));

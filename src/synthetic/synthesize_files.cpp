@@ -192,7 +192,7 @@ void write_binary_header(const SyntheticLine& line, SampleFormat format, LineHea
     put_i16(bytes.subspan<3218, 2>(), line.interval_us);  // of the field recording
     put_i16(bytes.subspan<3228, 2>(), 1);                 // sorting: as recorded
     put_i16(bytes.subspan<3254, 2>(), 1);                 // lengths in metres
-    header.set_sample_interval(line.interval_us * kInternalPerUs);
+    header.set_sample_interval(SampleInterval::of_us(line.interval_us));
     header.set_samples(line.samples, line.samples);
     header.set_format(format);
 }

@@ -65,8 +65,8 @@ bool SegyTapeSource::takes_over(std::span<const std::byte, kLineHeaderBytes> hea
         item_.Error(
             "The traces that follow on tape %s (%d samples of %.3f ms, format code %d) differ "
             "from those before (%d samples of %.3f ms, format code %d).\n",
-            name, other.samples, other.interval_ms(), other.format_code, first.samples,
-            first.interval_ms(), first.format_code);
+            name, other.samples, other.interval.ms(), other.format_code, first.samples,
+            first.interval.ms(), first.format_code);
     } else if (!skip_text_headers(other.text_headers)) {
         item_.Error("Tape %s ends before the %d extended text headers that it announces.\n", name,
                     other.text_headers);

@@ -34,12 +34,12 @@ LineHeader::LineHeader() {
     std::fill(bytes_.begin() + kTextHeaderBytes, bytes_.end(), std::byte{});
 }
 
-int LineHeader::sample_interval() const {
-    return static_cast<int>(get_u16(bytes().subspan<kInterval, 2>())) * kInternalPerUs;
+SampleInterval LineHeader::sample_interval() const {
+    return SampleInterval::of_us(static_cast<int>(get_u16(bytes().subspan<kInterval, 2>())));
 }
 
-void LineHeader::set_sample_interval(int internal) {
-    put_i16(bytes().subspan<kInterval, 2>(), internal / kInternalPerUs);
+void LineHeader::set_sample_interval(SampleInterval interval) {
+    put_i16(bytes().subspan<kInterval, 2>(), interval.us());
 }
 
 int LineHeader::samples() const { return get_i16(bytes().subspan<kSamples, 2>()); }
@@ -68,8 +68,8 @@ void LineHeader::set_format(SampleFormat format) {
 
 int LineHeader::format_code() const { return get_i16(bytes().subspan<kFormatCode, 2>()); }
 
-void LineHeader::build_from_definition(const std::string& path, int interval, int samples,
-                                       SampleFormat format) {
+void LineHeader::build_from_definition(const std::string& path, SampleInterval interval,
+                                       int samples, SampleFormat format) {
     *this = LineHeader();
     TraceHeaderDefinition definition;
     if (definition.load(path) == 0) {

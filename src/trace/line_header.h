@@ -6,6 +6,7 @@
 #include <string>
 
 #include "trace/sample_format.h"
+#include "trace/sample_interval.h"
 
 namespace halvern {
 
@@ -16,11 +17,10 @@ public:
     /// Blank EBCDIC text, zero binary header.
     LineHeader();
 
-    /// Sample interval in internal units of 1/64 microsecond. The field holds whole microseconds:
-    /// reading gives microseconds x 64000 / 1000, writing stores internal x 1000 / 64000, both
-    /// integer divisions. The field is read as unsigned, so 32768 … 65535 us are valid.
-    int sample_interval() const;
-    void set_sample_interval(int internal);
+    /// The field holds whole microseconds: writing drops the part of one. It is read as unsigned,
+    /// so 32768 … 65535 us are valid.
+    SampleInterval sample_interval() const;
+    void set_sample_interval(SampleInterval interval);
 
     /// Samples per trace, and samples per trace as recorded in the field.
     int samples() const;
@@ -37,7 +37,7 @@ public:
     /// Fills the text header with the words of a description file, 5 slots of 16 characters a line,
     /// as EBCDIC, and zeroes the binary header but for the three values. A description that cannot
     /// be loaded leaves the text blank. At most 200 words fit; further ones are left out.
-    void build_from_definition(const std::string& path, int interval, int samples,
+    void build_from_definition(const std::string& path, SampleInterval interval, int samples,
                                SampleFormat format);
 
     std::span<std::byte, kLineHeaderBytes> bytes() { return bytes_; }

@@ -38,8 +38,4 @@ inline constexpr int kTextHeaderBytes = 3200;
 inline constexpr int kBinaryHeaderBytes = 400;
 inline constexpr int kLineHeaderBytes = kTextHeaderBytes + kBinaryHeaderBytes;
 
-/// Internal sample intervals count 1/64 microsecond: 64 a microsecond, 64,000 a millisecond.
-inline constexpr int kInternalPerUs = 64;
-inline constexpr int kInternalPerMs = 64000;
-
 }  // namespace halvern

@@ -51,7 +51,7 @@ std::string write_dataset(const TemporaryFolder& folder) {
         .max_file_size_mb = 1000,
         .free_space = [](const std::string&) { return std::int64_t{1} << 40; }};
     EXPECT_EQ(writer.open(folder.file("line"), NativeWriter::Mode::kCreate,
-                          {.samples = 1, .interval = 256000}, definition, places,
+                          {.samples = 1, .interval = SampleInterval::of_ms(4)}, definition, places,
                           testing_support::kTestReport),
               1);
     std::vector<std::byte> header(kTraceHeaderBytes), record{std::byte{0x40}, {}, {}, {}};  // 2.0

@@ -84,7 +84,7 @@ TEST_P(AllocationOf, NothingPerTrace) {
     header.attach(image.data());
     const int offset = header.find("OFFSET");
     LineHeader line;
-    line.set_sample_interval(4000 * kInternalPerUs);
+    line.set_sample_interval(SampleInterval::of_us(4000));
     line.set_samples(kSamples, kSamples);
     TraceSamples samples;
     const auto item = GetParam().make();

@@ -51,7 +51,7 @@ public:
           repositions_(repositions) {
         EXPECT_EQ(header_.load(HALVERN_SOURCE_DIR "/header/default"), 0);
         line_.set_samples(samples, samples);
-        line_.set_sample_interval(2000 * kInternalPerUs);
+        line_.set_sample_interval(SampleInterval::of_us(2000));
         raw_.resize(static_cast<std::size_t>(samples) * 4);
     }
     int forgotten = -1;  // a trace that is not there the second time
@@ -123,7 +123,7 @@ public:
     int ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
                      TraceSamples& samples) override {
         numbers.push_back(number_of(header));
-        EXPECT_EQ(line.sample_interval(), 2000 * kInternalPerUs);
+        EXPECT_EQ(line.sample_interval(), SampleInterval::of_us(2000));
         if (!whole_) return kPassOn;
         Seen one{.format = samples.format(),
                  .stored = samples.stored_count(),

@@ -17,7 +17,8 @@ struct DatasetBench {
     TemporaryFolder folder;
     LogCapture log;
     std::string main = folder.file("line1");
-    NativeLayout layout{.samples = 4, .interval = 256000, .format = SampleFormat::kIeee};
+    NativeLayout layout{
+        .samples = 4, .interval = SampleInterval::of_ms(4), .format = SampleFormat::kIeee};
     std::int64_t free_bytes = std::int64_t{1} << 40;
     NativePlaces places{.directories = {folder.file("disk1"), folder.file("disk2")},
                         .min_disk_space_mb = 50,

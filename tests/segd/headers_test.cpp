@@ -68,7 +68,7 @@ TEST(SegdHeaders, OfARealRecord) {
     EXPECT_EQ(set.low_cut_slope, 6);
     EXPECT_EQ(set.extensions, 7);
     EXPECT_EQ(header.intervals(set), 4000);
-    EXPECT_EQ(header.sample_interval(set), 64000);
+    EXPECT_EQ(header.sample_interval(set).internal(), 64000);
     EXPECT_EQ(header.extended().size(), 1024u);
 }
 
@@ -167,7 +167,7 @@ TEST(SegdHeaders, IntervalsFollowTimesSubScansAndRecordLength) {
     ASSERT_EQ(parse(parts.header(), header), HeaderFault::kNone);
     EXPECT_EQ(header.intervals(header.sets()[0]), 4);
     EXPECT_EQ(header.intervals(header.sets()[1]), 16);  // four samples in each scan
-    EXPECT_EQ(header.sample_interval(header.sets()[1]), 32000);
+    EXPECT_EQ(header.sample_interval(header.sets()[1]).internal(), 32000);
     EXPECT_EQ(header.intervals(header.sets()[2]), 4);  // no times: the record's 8 ms
 }
 

@@ -26,7 +26,7 @@ protected:
     /// The record of a trace of these samples, numbered from `traces_before` on, at 2 ms.
     std::string encode(std::vector<float> samples, SampleFormat format, int count,
                        std::int64_t traces_before = 0) {
-        RecordEncoder encoder(definition_, format, count, 2 * kInternalPerMs, traces_before);
+        RecordEncoder encoder(definition_, format, count, SampleInterval::of_ms(2), traces_before);
         TraceSamples trace;
         trace.set_floats(std::move(samples));
         std::string bytes;
@@ -74,7 +74,7 @@ TEST_F(SegyEncoding, LineHeaderKeepsTextAndLosesWhatHeldForItsOldFileOnly) {
     SegyWriter writer;
     ASSERT_EQ(writer.open(folder_.file("out.sgy"), SegyWriter::Mode::kCreate), 0);
     ASSERT_EQ(writer.write_line_header(
-                  segy_output_line(line, SampleFormat::kInt16, 5, 2 * kInternalPerMs)),
+                  segy_output_line(line, SampleFormat::kInt16, 5, SampleInterval::of_ms(2))),
               0);
     ASSERT_EQ(writer.finish(), 0);
 

@@ -13,7 +13,7 @@ int CaptureItem::ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
     traces.push_back(
         {{header.image(), header.image() + kTraceHeaderBytes}, {floats.begin(), floats.end()}});
     line_samples = line.samples();
-    line_interval_us = line.sample_interval() / kInternalPerUs;
+    line_interval_us = line.sample_interval().us();
     return kPassOn;
 }
 
@@ -22,7 +22,7 @@ ItemBenchBase::ItemBenchBase(const BenchLine& line,
     : image_(kTraceHeaderBytes), item_(make()) {
     EXPECT_EQ(definition_.load(HALVERN_SOURCE_DIR "/header/default"), 0);
     definition_.attach(image_.data());
-    line_.set_sample_interval(line.interval_us * kInternalPerUs);
+    line_.set_sample_interval(SampleInterval::of_us(line.interval_us));
     line_.set_samples(line.samples, line.samples);
     line_.set_format(SampleFormat::kIeee);
     auto capture = std::make_unique<CaptureItem>();

@@ -23,9 +23,20 @@ std::string text_line(const LineHeader& header, int line) {
     return text;
 }
 
+TEST(SampleInterval, DropsWhatIsNoWholeUnit) {
+    constexpr auto kInterval = SampleInterval::of_us(2500);
+    EXPECT_EQ(kInterval.internal(), 160'000);
+    EXPECT_EQ(kInterval.ms(), 2.5);
+    EXPECT_EQ(kInterval.whole_ms(), 2);
+    EXPECT_FALSE(kInterval.is_whole_ms());
+    EXPECT_EQ(kInterval.samples_in(9), 3);
+    EXPECT_EQ(SampleInterval::of_ms(1).samples_in(2'000'000'000), 2'000'000'000);
+    EXPECT_FALSE(SampleInterval());
+}
+
 TEST(LineHeader, FieldsLieWhereSegYHasThem) {
     LineHeader header;
-    header.set_sample_interval(40'000 * 64 + 63);  // the part of a microsecond is dropped
+    header.set_sample_interval(SampleInterval(40'000 * 64 + 63));  // drops the part of a us
     header.set_samples(1500, 1501);
     header.set_format(SampleFormat::kSegd8036);
     const auto b = header.bytes();
@@ -34,7 +45,7 @@ TEST(LineHeader, FieldsLieWhereSegYHasThem) {
     EXPECT_EQ(field(3220), 1500);
     EXPECT_EQ(field(3222), 1501);
     EXPECT_EQ(field(3224), 1);
-    EXPECT_EQ(header.sample_interval(), 40'000 * 64);
+    EXPECT_EQ(header.sample_interval().internal(), 40'000 * 64);
     b[3220] = std::byte{0xFF};
     EXPECT_EQ(header.samples(), -36);  // intervals are unsigned, counts are signed
     const std::pair<int, SampleFormat> kRead[] = {{1, SampleFormat::kIbm},
@@ -56,11 +67,12 @@ TEST(LineHeader, ListsADefinitionFiveSlotsALine) {
     }
     LineHeader header;
     header.bytes()[3599] = std::byte{1};
-    header.build_from_definition(folder.write("words", words), 256'000, 100, SampleFormat::kIbm);
+    header.build_from_definition(folder.write("words", words), SampleInterval::of_ms(4), 100,
+                                 SampleFormat::kIbm);
     EXPECT_EQ(text_line(header, 0),
               "    FFID   8 I4  TRACEID  28 I2        A 212 R4        B  30 R4     WIDE -20000 ");
     EXPECT_EQ(text_line(header, 1), "   SIXTH   4 I4 " + std::string(64, ' '));
-    EXPECT_EQ(header.sample_interval(), 256'000);
+    EXPECT_EQ(header.sample_interval().internal(), 256'000);
     EXPECT_TRUE(header.samples() == 100 && header.field_samples() == 100);
     EXPECT_EQ(header.format(), SampleFormat::kIbm);
     EXPECT_EQ(header.bytes()[3599], std::byte{0});
@@ -71,12 +83,14 @@ TEST(LineHeader, ListsAtMostTheWordsThatFit) {
     std::string words;
     for (int i = 0; i < 1000; ++i) words += std::string(51, ' ') + "W          8 1\n";
     LineHeader header;
-    header.build_from_definition(folder.write("words", words), 64, 1, SampleFormat::kIeee);
+    header.build_from_definition(folder.write("words", words), SampleInterval::of_us(1), 1,
+                                 SampleFormat::kIeee);
     EXPECT_EQ(text_line(header, 39).substr(64), "       W   8 I4 ");
     EXPECT_EQ(header.bytes()[3200], std::byte{0});
 
     testing_support::LogCapture quiet;
-    header.build_from_definition(folder.file("missing"), 64, 1, SampleFormat::kIeee);
+    header.build_from_definition(folder.file("missing"), SampleInterval::of_us(1), 1,
+                                 SampleFormat::kIeee);
     EXPECT_EQ(text_line(header, 0), std::string(80, ' '));
 }
 
