@@ -54,8 +54,8 @@ void config(const Options& options) {
     const std::string path = CurrentConfig().path();
     const auto text = file_text(path);
     if (!text) throw CommandError("cannot read '" + path + "'; check its permissions");
-    if (const auto error = replace_file(path, edited_configuration(*text, options.assignments))) {
-        throw CommandError("cannot write '" + path + "': " + error.message() +
+    if (const Fault fault = replace_file(path, edited_configuration(*text, options.assignments))) {
+        throw CommandError("cannot write '" + path + "': " + fault.reason() +
                            "; check disk space and permissions on its directory");
     }
     std::printf("'%s' changed.\n", path.c_str());

@@ -38,8 +38,8 @@ StartedJob start_job(const std::string& flow_name, const std::string& text) {
         std::filesystem::remove(files.flow, ignored);
         throw CommandError(reason);
     };
-    if (const auto error = replace_file(files.record, record.text())) {
-        give_up("cannot write '" + files.record + "': " + error.message() +
+    if (const Fault fault = replace_file(files.record, record.text())) {
+        give_up("cannot write '" + files.record + "': " + fault.reason() +
                 "; check disk space and permissions on this directory");
     }
     std::error_code error;

@@ -179,9 +179,9 @@ std::string GlobalConfig::text() const {
 }
 
 int GlobalConfig::write() const {
-    const std::error_code error = replace_file(path_, text());
-    if (!error) return 0;
-    LogPrint("Cannot write configuration file '%s': %s.\n", path_.c_str(), error.message().c_str());
+    const Fault fault = replace_file(path_, text());
+    if (!fault) return 0;
+    LogPrint("Cannot write configuration file '%s': %s.\n", path_.c_str(), fault.reason().c_str());
     return -1;
 }
 

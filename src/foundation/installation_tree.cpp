@@ -24,10 +24,10 @@ void CreateInstallationTree() {
     const std::string defaults = TreePath(root, "Halvern.defaults");
     const std::string prospect = Prospect::file_path("default");
     if (!fs::exists(defaults, ignored)) {
-        ignored = replace_file(defaults, "PROSPECT=" + prospect + "\n");
+        static_cast<void>(replace_file(defaults, "PROSPECT=" + prospect + "\n"));
     }
     if (!fs::exists(prospect, ignored)) {
-        ignored = replace_file(prospect, "DATADIR=" + data + "\n");
+        static_cast<void>(replace_file(prospect, "DATADIR=" + data + "\n"));
     }
 }
 

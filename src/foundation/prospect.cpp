@@ -126,10 +126,9 @@ std::string LastProspect() {
 
 int RememberProspect(const std::string& name) {
     const std::string path = TreePath(SystemDirectory(), "Halvern.defaults");
-    const std::error_code error =
-        replace_file(path, "PROSPECT=" + Prospect::file_path(name) + "\n");
-    if (!error) return 0;
-    LogPrint("Cannot write file '%s': %s.\n", path.c_str(), error.message().c_str());
+    const Fault fault = replace_file(path, "PROSPECT=" + Prospect::file_path(name) + "\n");
+    if (!fault) return 0;
+    LogPrint("Cannot write file '%s': %s.\n", path.c_str(), fault.reason().c_str());
     return -1;
 }
 

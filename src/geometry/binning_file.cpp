@@ -5,17 +5,16 @@
 #include <concepts>
 #include <cstddef>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <optional>
 #include <span>
 #include <string_view>
-#include <system_error>
 #include <tuple>
 
 #include "foundation/messages.h"
 #include "platform/block_reader.h"
 #include "platform/block_writer.h"
+#include "platform/replace_file.h"
 
 namespace halvern {
 
@@ -286,21 +285,19 @@ int write_binning_file(const std::string& path, const BinningFile& file, Progres
                  std::string(*damage).c_str());
         return -1;
     }
-    const std::string beside = path + ".new";
-    BlockWriter blocks;
-    bool written = blocks.open(beside, BlockWriter::Mode::kCreate) == 0;
-    if (written) {
+    const auto write = [&]() -> Fault {
+        Result<ReplacedFile> replaced = ReplacedFile::begin(path);
+        if (!replaced) return replaced.fault();
+        BlockWriter blocks;
+        if (Fault fault = blocks.open(replaced->beside(), BlockWriter::Mode::kCreate)) return fault;
         LittleEndianWriter out(blocks);
-        written = write_contents(out, file, progress);
-        written = blocks.finish() == 0 && written;
-    }
-    std::error_code error;
-    if (written) std::filesystem::rename(beside, path, error);
-    if (written && !error) return 0;
-    const std::string reason = error ? error.message() : blocks.reason();
-    LogPrint("Binning file '%s' cannot be written%s%s.\n", path.c_str(), reason.empty() ? "" : ": ",
-             reason.c_str());
-    std::filesystem::remove(beside, error);
+        const bool whole = write_contents(out, file, progress);
+        if (Fault fault = blocks.finish()) return fault;
+        return whole ? replaced->commit() : Fault("the writing was stopped");
+    };
+    const Fault fault = write();
+    if (!fault) return 0;
+    LogPrint("Binning file '%s' cannot be written: %s.\n", path.c_str(), fault.reason().c_str());
     return -1;
 }
 

@@ -104,8 +104,7 @@ int NativeLayout::write(const std::string& path) const {
     const std::string text = "NUMSAMPLES=" + std::to_string(samples) +
                              "\nSAMPLERATE=" + std::to_string(interval.internal()) +
                              "\nDATAFORMAT=" + std::to_string(static_cast<int>(format)) + "\n";
-    const std::error_code failed = replace_file(path, text, Reach::kSystem);
-    return failed ? -1 : 0;
+    return replace_file(path, text, Reach::kSystem) ? -1 : 0;
 }
 
 std::int64_t native_segment_traces(const NativeSegment& segment, const NativeLayout& layout) {

@@ -124,14 +124,14 @@ bool NativeWriter::open_pair(std::int64_t trace) {
     constexpr auto mode = BlockWriter::Mode::kUpdate;
     const NativeSegment& segment = parts_.segments[segment_];
     capacity_ = native_segment_traces(segment, layout_);
-    return head_.open(segment.head_path, mode, trace * kTraceHeaderBytes) == 0 &&
-           data_.open(segment.data_path, mode, trace * layout_.sample_bytes()) == 0;
+    return !head_.open(segment.head_path, mode, trace * kTraceHeaderBytes) &&
+           !data_.open(segment.data_path, mode, trace * layout_.sample_bytes());
 }
 
 bool NativeWriter::close_pair() {
     // Headers last: a header without its samples would be a trace of the shorter count only.
-    const bool data_done = data_.finish() == 0;
-    return head_.finish() == 0 && data_done;
+    const Fault data_fault = data_.finish();
+    return !head_.finish() && !data_fault;
 }
 
 bool NativeWriter::next_pair() {
@@ -181,7 +181,7 @@ int NativeWriter::write_trace(std::span<const std::byte> header,
     const std::int64_t data_bytes = in_segment_ * layout_.sample_bytes();
     const std::string& data_path = parts_.segments[segment_].data_path;
     if (places_.has_room(data_path, data_bytes, layout_.record_bytes())) {
-        return data_.flush() == 0 && head_.flush() == 0 ? 0 : -1;
+        return !data_.flush() && !head_.flush() ? 0 : -1;
     }
     return next_pair() ? 0 : -1;
 }

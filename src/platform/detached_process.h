@@ -49,6 +49,9 @@ private:
     std::optional<int> status_;
 };
 
+/// The number of this very process.
+std::int64_t current_process_id();
+
 /// Whether a process of that number runs, whoever started it.
 bool process_is_running(std::int64_t id);
 

@@ -16,9 +16,9 @@ SegyDiskOutput::SegyDiskOutput(const FlowSection& section, LogFlag log)
 
 SegyDiskOutput::~SegyDiskOutput() {
     // A run that is given up before its end: what was accepted still has to reach the system.
-    if (writer_.finish() != 0) {
+    if (const Fault fault = writer_.finish()) {
         Error("Cannot finish writing to file: %s\n", path_.c_str());
-        Error("%s.\n", writer_.reason().c_str());
+        Error("%s.\n", fault.reason().c_str());
     }
 }
 
@@ -53,7 +53,7 @@ void SegyDiskOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header,
                              OverwritesInput() ? 0 : target.traces);
     line_header_due_ = !OverwritesInput() && target.traces == 0;
     traces_to_overwrite_ = OverwritesInput() ? target.traces : 0;
-    if (writer_.open(path_, target.mode, target.offset) != 0) {
+    if (writer_.open(path_, target.mode, target.offset)) {
         return FailWriting("Cannot open file to write");
     }
     prepared_ = true;
@@ -61,7 +61,7 @@ void SegyDiskOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header,
 
 bool SegyDiskOutput::FindInput(Target& target, SegyLayout& layout) {
     if (!FindInputPath("SEGY DISK OUTPUT", target.path)) return false;
-    target.mode = SegyWriter::Mode::kUpdate;
+    target.mode = BlockWriter::Mode::kUpdate;
     std::int64_t left_over = 0;
     if (!ReadLayout(target.path, layout, target.traces, left_over)) {
         Error("Cannot open file to write: %s\n", target.path.c_str());
@@ -76,7 +76,7 @@ bool SegyDiskOutput::FindEndOfFile(const LineHeader& line, int samples, Target& 
     std::error_code unknown;
     const auto size = static_cast<std::int64_t>(std::filesystem::file_size(target.path, unknown));
     if (unknown) {  // new, most of all
-        target.mode = SegyWriter::Mode::kAppend;
+        target.mode = BlockWriter::Mode::kCreate;
         return true;
     }
     if (size <= kLineHeaderBytes) {
@@ -84,7 +84,7 @@ bool SegyDiskOutput::FindEndOfFile(const LineHeader& line, int samples, Target& 
             Warning("The output file is shorter than a SEG-Y header; it is written anew.\n");
         }
         // The first trace brings headers that cover all of it; until then it stays as it is.
-        target.mode = SegyWriter::Mode::kUpdate;
+        target.mode = BlockWriter::Mode::kUpdate;
         return true;
     }
     SegyLayout layout;
@@ -102,7 +102,10 @@ bool SegyDiskOutput::FindEndOfFile(const LineHeader& line, int samples, Target& 
     }
     target.format = layout.format;
     // A file with headers alone starts anew: the new headers take the place of the old.
-    if (target.traces > 0) target.mode = SegyWriter::Mode::kAppend;
+    if (target.traces > 0) {
+        target.mode = BlockWriter::Mode::kUpdate;
+        target.offset = size;
+    }
     return true;
 }
 
@@ -125,15 +128,16 @@ int SegyDiskOutput::ProcessTrace(LineHeader& line, TraceHeaderDefinition& header
                                  TraceSamples& samples) {
     if (line_header_due_) {
         line_header_due_ = false;
-        if (writer_.write_line_header(segy_output_line(line, encoder_.format(), encoder_.samples(),
-                                                       encoder_.interval())) != 0) {
+        if (writer_.write(
+                segy_output_line(line, encoder_.format(), encoder_.samples(), encoder_.interval())
+                    .bytes()) < kLineHeaderBytes) {
             FailWriting("Cannot 'SEG Y Line Header' write to file");
             return kKeepBack;
         }
     }
     if (!CheckRecordWasRead(encoder_)) return kKeepBack;
     const std::span<const std::byte> record = encoder_.encode(header, samples);
-    const std::size_t written = writer_.write_record(record);
+    const std::size_t written = writer_.write(record);
     if (written < record.size()) {
         FailWriting(written < std::size_t{kTraceHeaderBytes}
                         ? "Cannot write 'SEG Y Trace Header' to file"
@@ -144,7 +148,7 @@ int SegyDiskOutput::ProcessTrace(LineHeader& line, TraceHeaderDefinition& header
 }
 
 void SegyDiskOutput::EndRun() {
-    if (prepared_ && writer_.finish() != 0) return FailWriting("Cannot finish writing to file");
+    if (prepared_ && writer_.finish()) return FailWriting("Cannot finish writing to file");
     LogWritten(encoder_, prepared_ ? path_ : file());
     const auto traces = static_cast<long long>(encoder_.encoded());
     if (prepared_ && traces < traces_to_overwrite_) {
@@ -159,7 +163,7 @@ void SegyDiskOutput::EndRun() {
 
 void SegyDiskOutput::FailWriting(const char* what) {
     Error("%s: %s\n", what, path_.c_str());
-    Error("%s.\n", writer_.reason().c_str());
+    Error("%s.\n", writer_.fault().reason().c_str());
     TerminateJob(kJobError);
 }
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "flow/disk_output_flow_item.h"
+#include "platform/block_writer.h"
 #include "segy/segy_layout.h"
-#include "segy/segy_writer.h"
 
 namespace halvern {
 
@@ -38,7 +38,7 @@ private:
     struct Target {
         std::string path;
         SampleFormat format = SampleFormat::kIeee;
-        SegyWriter::Mode mode = SegyWriter::Mode::kCreate;
+        BlockWriter::Mode mode = BlockWriter::Mode::kCreate;
         std::int64_t offset = 0;  // of the first byte to write, when updating
         std::int64_t traces = 0;  // already in the file
     };
@@ -55,7 +55,7 @@ private:
     // From PrepareRun to EndRun:
     std::string path_;
     RecordEncoder encoder_;
-    SegyWriter writer_;
+    BlockWriter writer_;
     bool prepared_ = false;
     bool line_header_due_ = false;
     std::int64_t traces_to_overwrite_ = 0;

@@ -10,7 +10,7 @@
 #include <span>
 
 #include "geometry/sps_record.h"
-#include "segy/segy_writer.h"
+#include "platform/block_writer.h"
 #include "synthetic/synthesize_trace.h"
 #include "trace/big_endian.h"
 #include "trace/codecs.h"
@@ -337,13 +337,15 @@ std::optional<std::string> write_segy(const SyntheticLine& line, const LineFiles
         return "16-bit samples need the header word WEIGHT, which '" + files.header_definition +
                "' lacks";
     }
-    SegyWriter writer;
-    const auto failure = [&] { return "cannot write '" + files.segy + "': " + writer.reason(); };
+    BlockWriter writer;
+    const auto failure = [&] {
+        return "cannot write '" + files.segy + "': " + writer.fault().reason();
+    };
     LineHeader line_header;
     write_text_header(line, line_header);
     write_binary_header(line, files.format, line_header);
-    if (writer.open(files.segy, SegyWriter::Mode::kCreate) != 0 ||
-        writer.write_line_header(line_header) != 0) {
+    if (writer.open(files.segy, BlockWriter::Mode::kCreate) ||
+        writer.write(line_header.bytes()) < kLineHeaderBytes) {
         return failure();
     }
 
@@ -369,10 +371,10 @@ std::optional<std::string> write_segy(const SyntheticLine& line, const LineFiles
                 default:
                     encode_ibm(trace, raw);
             }
-            if (writer.write_record(record) != record.size()) return failure();
+            if (writer.write(record) != record.size()) return failure();
         }
     }
-    if (writer.finish() != 0) return failure();
+    if (writer.finish()) return failure();
     return {};
 }
 

@@ -109,6 +109,8 @@ int DetachedProcess::wait() {
 
 void DetachedProcess::release() {}
 
+std::int64_t current_process_id() { return ::getpid(); }
+
 bool process_is_running(std::int64_t id) {
     if (!is_process_id(id)) return false;
     if (::kill(static_cast<pid_t>(id), 0) != 0 && errno != EPERM) return false;

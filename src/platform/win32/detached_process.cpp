@@ -62,6 +62,8 @@ void DetachedProcess::release() {
     handle_ = 0;
 }
 
+std::int64_t current_process_id() { return GetCurrentProcessId(); }
+
 bool process_is_running(std::int64_t id) {
     const HANDLE process = open_process(id, SYNCHRONIZE);
     if (!process) return false;
