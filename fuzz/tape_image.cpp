@@ -28,8 +28,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::fwrite(data, 1, size, file);
         std::fclose(file);
     }
+    const SilentReporter quiet;
     TapeDevice device(
-        image, [&] { return std::make_unique<ImageScsi>(image, TapeUse::kRead); }, 1);
+        image,
+        [&](const Reporter& to) { return std::make_unique<ImageScsi>(image, TapeUse::kRead, to); },
+        quiet, 1);
     std::size_t bytes = 0;
     for (int ends = 0; ends < 2;) {
         static std::vector<std::byte> block(1 << 16);
@@ -41,8 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ImageReport report;
     std::int64_t listed = 0;
     if (!check_image(image, report).empty() ||
-        !list_image(image, [&](const ImageRun& run) { listed += run.count * run.length; })
-             .empty() ||
+        list_image(image, [&](const ImageRun& run) { listed += run.count * run.length; }).empty() !=
+            report.fault.empty() ||
         listed != report.block_bytes || static_cast<std::int64_t>(bytes) > report.block_bytes) {
         __builtin_trap();
     }

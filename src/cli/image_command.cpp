@@ -1,6 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <array>
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -13,6 +11,7 @@
 #include "foundation/words.h"
 #include "segd/image_files.h"
 #include "tape/image_tools.h"
+#include "tape/segy_tape_source.h"
 
 namespace halvern {
 
@@ -41,14 +40,13 @@ void stop_at(const std::string& fault) {
     if (!fault.empty()) throw CommandError(fault);
 }
 
-// A SEG-Y file begins with text: "C" in EBCDIC or ASCII, or blanks. The first bytes of a SEG-D
-// record are decimal digits or, with a storage unit label, digits and blanks in ASCII.
+// The first bytes of a SEG-D record are decimal digits or, with a storage unit label, digits and
+// blanks in ASCII.
 bool is_segy(const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
     char first = 0;
     if (!stream.get(first)) throw CommandError("cannot read '" + file + "'");
-    const std::array<unsigned char, 3> kText = {0xC3, 0x40, 'C'};
-    return std::find(kText.begin(), kText.end(), static_cast<unsigned char>(first)) != kText.end();
+    return first != ' ' && begins_text_header(static_cast<std::byte>(first));
 }
 
 void make(const Options& options) {

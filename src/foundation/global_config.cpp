@@ -138,7 +138,10 @@ void GlobalConfig::read_line(const char* line) {
 
 void GlobalConfig::add_tape_device(const std::string& value) {
     LogPrint("Tape Device        = %s\n", value.c_str());
-    const std::size_t end = value.find_first_of(" ,");
+    // The path of an image may hold blanks; a drive's name ends at the first one.
+    constexpr std::string_view kImage = " image";
+    const std::size_t end =
+        value.ends_with(kImage) ? value.size() - kImage.size() : value.find_first_of(" ,");
     if (end == std::string::npos || value[end] != ' ') {
         show_message_box("Configuration Error",
                          "The 'TAPEDEVICE=' line in your configuration file is not correct.\n"

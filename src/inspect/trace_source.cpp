@@ -13,7 +13,8 @@
 #include "segd/record_header.h"
 #include "segd/samples.h"
 #include "segy/segy_reader.h"
-#include "tape/tape_image.h"
+#include "tape/segy_tape_source.h"
+#include "tape/tape_drives.h"
 #include "trace/big_endian.h"
 #include "trace/ebcdic.h"
 
@@ -127,101 +128,30 @@ std::string lost_text(std::int64_t index, std::int64_t count) {
            " cannot be read: the file has become shorter, or its disk fails";
 }
 
-/// Reads an image as SEG-Y, a trace a block. Behind a filemark it reads on, as a job does from
-/// tape: traces, or another line header and traces of the same layout.
-class ImageSegySource final : public SegySource {
-public:
-    explicit ImageSegySource(TapeImageReader image) : image_(std::move(image)) {}
-
-    bool read_line_header(std::span<std::byte, kLineHeaderBytes> header) override {
-        std::size_t filled = 0;
-        while (filled < header.size()) {
-            const std::span<const std::byte> block = next_block();
-            if (block.empty() || block.size() > header.size() - filled) return false;
-            std::ranges::copy(block, header.subspan(filled).begin());
-            filled += block.size();
-        }
-        std::ranges::copy(header, line_.bytes().begin());
-        return true;
+/// Why the traces of a tape end before its end; empty when they do not.
+std::string ending_text(const SegyTapeEnding& ending) {
+    using What = SegyTapeEnding::What;
+    switch (ending.what) {
+        case What::kReadError:
+            return ending.why + "; nothing from there on is read";
+        case What::kShortBlock:
+            return "a block has " + in_words(ending.bytes) + " bytes where a trace takes " +
+                   in_words(ending.expected) + "; nothing from there on is read";
+        case What::kNoLineHeader:
+            return "no binary header follows a further text header; nothing from there on is read";
+        case What::kUnusableLine:
+            return "a further line header " + ending.why + "; nothing from there on is read";
+        case What::kOtherLine:
+            return "a further line header does not fit the traces before it; nothing from there on "
+                   "is read";
+        case What::kNoTextHeaders:
+            return "the extended text headers of a further line header are missing";
+        case What::kNone:
+        case What::kEndOfTape:
+            break;
     }
-    bool skip_text_headers(int count) override {
-        while (count > 0 && !next_block().empty()) --count;
-        return count <= 0;
-    }
-    std::span<const std::byte> next_record(std::int64_t record_bytes,
-                                           std::int64_t wanted) override {
-        std::span<const std::byte> block = next_block();
-        while (at_filemark_) {
-            block = next_block();
-            if (at_filemark_) return {};  // a second one ends the tape
-            if (!block.empty()) ++files_;
-            if (block.size() == kTextHeaderBytes) {
-                if (header_follows() && !takes_over()) return {};
-                block = next_block();
-            }
-        }
-        if (block.empty()) return {};
-        const auto length = static_cast<std::int64_t>(block.size());
-        if (length < record_bytes) {
-            stop("the block at byte " + in_words(offset_) + " has " + in_words(length) +
-                 " bytes where a trace takes " + in_words(record_bytes));
-            return {};
-        }
-        if (length > record_bytes) ++longer_;
-        return block.first(static_cast<std::size_t>(wanted));
-    }
-
-    /// Why there was no further block; empty at the end of the last tape file.
-    const std::string& ending() const { return ending_; }
-    std::int64_t files() const { return files_; }  ///< of the tape, so far
-    /// Blocks with bytes behind their trace.
-    std::int64_t longer() const { return longer_; }
-
-private:
-    std::span<const std::byte> next_block() {
-        const TapeImageRecord record = image_.next();
-        offset_ = record.offset;
-        at_filemark_ = record.item == TapeImageItem::kFilemark;
-        if (record.item == TapeImageItem::kBlock) return record.data;
-        if (record.item == TapeImageItem::kFault) stop(image_.fault());
-        if (record.item == TapeImageItem::kBadBlock) {
-            stop("the block at byte " + in_words(offset_) + " is marked as bad");
-        }
-        return {};
-    }
-    void stop(const std::string& reason) { ending_ = reason + "; nothing from there on is read"; }
-
-    // Whether the block of 3200 bytes that was read is a text header: a binary header stands behind
-    // it, and next_block() gives that. If not, it is a trace, which next_block() gives once more.
-    bool header_follows() {
-        const std::int64_t behind = image_.position();
-        const bool follows = image_.next().data.size() == kBinaryHeaderBytes;
-        image_.seek(follows ? behind : offset_);
-        return follows;
-    }
-    bool takes_over() {
-        const SegyLayout first = SegyLayout::parse(line_);
-        const std::int64_t begin = offset_;
-        const std::span<const std::byte> binary = next_block();
-        if (binary.empty()) return false;  // it is marked as bad
-        std::ranges::copy(binary, line_.bytes().subspan(kTextHeaderBytes).begin());
-        const SegyLayout other = SegyLayout::parse(line_);
-        if (other.samples == first.samples && other.interval == first.interval &&
-            other.format_code == first.format_code && skip_text_headers(other.text_headers)) {
-            return true;
-        }
-        stop("the line header at byte " + in_words(begin) + " does not fit the traces before it");
-        return false;
-    }
-
-    TapeImageReader image_;
-    LineHeader line_;          // the last one; its text is the first one's
-    std::int64_t offset_ = 0;  // of the last record
-    std::int64_t files_ = 1;
-    std::int64_t longer_ = 0;
-    bool at_filemark_ = false;
-    std::string ending_;
-};
+    return {};
+}
 
 // What a file is whose reader does the reading.
 template <class Reader>
@@ -268,9 +198,9 @@ public:
         const CapturedLog log;
         SegyOpening opening = SegyOpening::kNotValid;
         if (image) {
-            std::optional<TapeImageReader> tape = TapeImageReader::open(path);
-            if (!tape) return "'" + path + "' cannot be read";
-            auto source = std::make_unique<ImageSegySource>(std::move(*tape));
+            device_ = make_image_device(path, TapeUse::kRead, quiet_);
+            if (device_->open() != 0) return "'" + path + "' cannot be read";
+            auto source = std::make_unique<SegyTapeSource>(*device_);
             image_ = source.get();
             opening = reader_.open(path, std::move(source), options);
         } else {
@@ -282,8 +212,8 @@ public:
         if (opening == SegyOpening::kNotValid) {
             const std::vector<std::string> errors = log.errors();
             if (!errors.empty()) return errors.front();
-            const std::string reason = image_ ? image_->ending() : "";
-            return "'" + path + "' cannot be read as SEG-Y" + (reason.empty() ? "" : ": ") + reason;
+            const std::string reason = image_ ? ": " + image_->ending().why : "";
+            return "'" + path + "' cannot be read as SEG-Y" + reason;
         }
         oddities_ = log.warnings();
         if (lacks_weight()) {
@@ -319,7 +249,6 @@ public:
         if (reader_.file_size() >= 0) {
             facts.emplace_back("file size", in_words(reader_.file_size()) + " bytes");
         }
-        if (image_) facts.emplace_back("tape files", in_words(image_->files()));
         return facts;
     }
     std::vector<std::string> oddities() const override {
@@ -329,18 +258,20 @@ public:
                           " of the traces read give a number of samples or an interval that the "
                           "binary header does not; the binary header counts");
         }
-        if (image_ && image_->longer() > 0) {
-            all.push_back(counted(image_->longer(), "block") +
+        if (image_ && image_->longer_blocks() > 0) {
+            all.push_back(counted(image_->longer_blocks(), "block") +
                           " hold more than a trace, whose rest is not read");
         }
         return all;
     }
     std::string ended_early() const override {
-        return image_ ? image_->ending() : ReaderTraceSource::ended_early();
+        return image_ ? ending_text(image_->ending()) : ReaderTraceSource::ended_early();
     }
 
 private:
-    ImageSegySource* image_ = nullptr;  // the reader's source; null: a disk file
+    SilentReporter quiet_;                // what the device would say, ending_text says
+    std::unique_ptr<TapeDevice> device_;  // of an image
+    SegyTapeSource* image_ = nullptr;     // the reader's source; null: a disk file
     std::vector<std::string> oddities_;
 };
 

@@ -209,7 +209,7 @@ bool SegdTapeInput::OpenTape() {
         Error("SEG-D Disk read not supported\n");
         return false;
     }
-    device_ = make_tape_device(device_name_, TapeUse::kRead);
+    device_ = make_tape_device(device_name_, TapeUse::kRead, *this);
     change_.emplace(*this, *device_, eject_wait_s_, is_tape_image(device_name_));
     if (change_->open() != 0) {
         Error("Cannot open tape drive: %s\n", device_->name().c_str());

@@ -12,7 +12,6 @@ constexpr std::size_t kRevision = 3500;     // 2 bytes: major, minor
 constexpr std::size_t kTextHeaders = 3504;  // 2 bytes: extended text headers, negative: variable
 
 // The largest record that a buffer is sized for on the word of the field recording's count.
-constexpr std::int64_t kMostFieldRecordBytes = 4'096'000;
 
 std::int64_t record_bytes_of(int samples, SampleFormat format) {
     return kTraceHeaderBytes + std::int64_t{samples} * bytes_per_sample(format);
@@ -83,15 +82,5 @@ std::string SegyLayout::problem() const {
 }
 
 std::int64_t SegyLayout::record_bytes() const { return record_bytes_of(samples, format); }
-
-std::int64_t SegyLayout::field_record_bytes() const {
-    return record_bytes_of(field_samples, format);
-}
-
-std::int64_t SegyLayout::buffer_bytes() const {
-    const bool field_is_longer =
-        field_record_bytes() > record_bytes() && field_record_bytes() < kMostFieldRecordBytes;
-    return kTraceHeaderBytes + std::int64_t{field_is_longer ? field_samples : samples} * 4;
-}
 
 }  // namespace halvern

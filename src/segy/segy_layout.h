@@ -28,10 +28,6 @@ struct SegyLayout {
     std::string problem() const;
 
     std::int64_t record_bytes() const;
-    std::int64_t field_record_bytes() const;
-    /// A buffer for one record as it comes in a block of its own: room for the field recording's
-    /// samples where those are more, so that such a block is read whole.
-    std::int64_t buffer_bytes() const;
     /// Offset of the first trace record in a file.
     std::int64_t first_record() const { return kLineHeaderBytes + kTextHeaderBlock * text_headers; }
     /// Offset of trace record `index`, from 0.

@@ -2,15 +2,13 @@
 
 #include <cstdlib>
 
-#include "foundation/messages.h"
-
 namespace halvern {
 
 int AspiLayer::open(const std::string& file) {
     if (is_open()) return 0;
     std::optional<SharedLibrary> library = SharedLibrary::open(file);
     if (!library) {
-        LogPrint("LoadLibrary WNASPI32.DLL failed!\n");
+        report_.Log("LoadLibrary WNASPI32.DLL failed!\n");
         return -1;
     }
     const auto support_info = library->function<unsigned()>("GetASPI32SupportInfo");
@@ -22,13 +20,13 @@ int AspiLayer::open(const std::string& file) {
         found = has_buffer_functions();
     }
     if (!found) {
-        LogPrint("Failed to find ASPI functions in WNASPI32.DLL\n");
+        report_.Log("Failed to find ASPI functions in WNASPI32.DLL\n");
         return -1;
     }
     // Bits 8-15 say how the manager is, bits 0-7 how many adapters it drives.
     const unsigned info = support_info();
     if (static_cast<int>(info >> 8 & 0xFF) != kComplete) {
-        LogPrint("ASPI Manager not loaded?\n");
+        report_.Log("ASPI Manager not loaded?\n");
         return -1;
     }
     adapters_ = static_cast<int>(info & 0xFF);
@@ -38,12 +36,14 @@ int AspiLayer::open(const std::string& file) {
 
 int AspiLayer::send(void* request) const {
     if (!is_open()) {
-        LogPrint("aspi_open() not called?\n");
+        report_.Log("aspi_open() not called?\n");
         return -1;
     }
     return static_cast<int>(send_(request));
 }
 
-void log_sense(const SenseData& sense) { LogPrint("%s\n", describe_sense(sense).c_str()); }
+void report_sense(const SenseData& sense, const Reporter& report) {
+    report.Log("%s\n", describe_sense(sense).c_str());
+}
 
 }  // namespace halvern

@@ -3,15 +3,18 @@
 #include <optional>
 #include <string>
 
+#include "foundation/report.h"
 #include "platform/shared_library.h"
 #include "tape/sense.h"
 
 namespace halvern {
 
 /// The SCSI transport underneath the sequential-device library: WNASPI32.DLL, loaded while the
-/// program runs. Failures are log lines.
+/// program runs. What fails is reported.
 class AspiLayer {
 public:
+    explicit AspiLayer(const Reporter& report) : report_(report) {}
+
     static constexpr const char* kLibrary = "WNASPI32.DLL";
     static constexpr int kComplete = 1;  ///< a request's status once it has succeeded
 
@@ -26,6 +29,7 @@ public:
     [[nodiscard]] int send(void* request) const;
 
 private:
+    const Reporter& report_;
     std::optional<SharedLibrary> library_;
     unsigned (*send_)(void*) = nullptr;
     int (*get_buffer_)(void*) = nullptr;
@@ -33,7 +37,7 @@ private:
     int adapters_ = 0;
 };
 
-/// Logs what a device says about a request that it refused.
-void log_sense(const SenseData& sense);
+/// Reports what a device says about a request that it refused.
+void report_sense(const SenseData& sense, const Reporter& report);
 
 }  // namespace halvern

@@ -5,14 +5,14 @@
 #include <filesystem>
 #include <utility>
 
-#include "foundation/messages.h"
 #include "tape/tape_prompt.h"
 
 namespace halvern {
 
 namespace fs = std::filesystem;
 
-ImageScsi::ImageScsi(std::string path, TapeUse use) : path_(std::move(path)), use_(use) {}
+ImageScsi::ImageScsi(std::string path, TapeUse use, const Reporter& report)
+    : path_(std::move(path)), use_(use), report_(report) {}
 
 int ImageScsi::GetDeviceType(int device) {
     if (device != 0) return kNoDevice;
@@ -56,8 +56,9 @@ int ImageScsi::answer(int status) {
 
 int ImageScsi::answer_fault() {
     const std::int64_t offset = reader_->position();
+    fault_ = reader_->fault();
     if (std::exchange(reported_fault_, offset) != offset) {
-        LogPrint("Tape image '%s' is damaged: %s.\n", path_.c_str(), reader_->fault().c_str());
+        report_.Log("Tape image '%s' is damaged: %s.\n", path_.c_str(), fault_.c_str());
     }
     return answer(tape_status::kBadFormat);
 }
@@ -85,7 +86,7 @@ int ImageScsi::prepare_writing() {
             {.text = "The tape image '" + path_ +
                      "' holds data.  To write over it, click OK.  Otherwise, click Cancel."});
         if (!agreed) {
-            LogPrint("Tape image '%s' holds data and is not written over.\n", path_.c_str());
+            report_.Log("Tape image '%s' holds data and is not written over.\n", path_.c_str());
             return tape_status::kWriteProtected;
         }
     }
@@ -113,6 +114,7 @@ int ImageScsi::ReadVariableBlock(int, std::span<std::byte> buffer, int) {
             return answer_fault();
         case TapeImageItem::kBadBlock:
             reader_->seek(record.offset);
+            fault_ = "the block at byte " + std::to_string(record.offset) + " is marked as bad";
             return answer(tape_status::kMediumError);
         case TapeImageItem::kBlock:
             break;

@@ -14,13 +14,13 @@ enum class TapeUse { kRead, kWrite };
 /// A tape image as the one drive of a table of calls, with its path as the system's name.
 ///
 /// Opened to read, a missing image is no device; opened to write, it is an empty tape, made by the
-/// first block. Writing cuts off what stood behind: data there is written over only when the
-/// operator agrees, and otherwise stays, with a log line and kWriteProtected. Bad blocks give
-/// kMediumError, what is no tape image kBadFormat with a log line that says where; both stay in
-/// front of the tape until they are spaced over, which a fault cannot be.
+/// first block. Writing cuts off what came after: data there is written over only when the
+/// operator agrees, and otherwise stays, with a report and kWriteProtected. Bad blocks give
+/// kMediumError, what is no tape image or cannot be read kBadFormat with a report that says where;
+/// the tape stays before both until they are spaced over, which a fault cannot be.
 class ImageScsi final : public SequentialScsi {
 public:
-    ImageScsi(std::string path, TapeUse use);
+    ImageScsi(std::string path, TapeUse use, const Reporter& report);
 
     int GetDeviceType(int device) override;
     std::optional<std::string> GetVendorId(int) override { return "HALVERN"; }
@@ -36,6 +36,7 @@ public:
     int Unload(int device, int flags) override;
     int Space(int device, SpaceUnit unit, int count) override;
     int RequestSense(int device, MutableBytes<SenseData::kSize> sense) override;
+    std::string GetFault(int) override { return fault_; }
 
 private:
     int prepare_reading();
@@ -46,11 +47,13 @@ private:
 
     const std::string path_;
     const TapeUse use_;
-    std::int64_t position_ = 0;  // where the tape stands while neither of the two is open
+    const Reporter& report_;
+    std::int64_t position_ = 0;  // where the tape is while neither of the two is open
     std::optional<TapeImageReader> reader_;
     std::optional<TapeImageWriter> writer_;
     SenseData sense_;
-    std::int64_t reported_fault_ = -1;  // offset of the fault that the log already shows
+    std::string fault_;                 // of the last block that could not be read
+    std::int64_t reported_fault_ = -1;  // offset of the fault that was reported already
 };
 
 }  // namespace halvern

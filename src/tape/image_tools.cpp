@@ -22,6 +22,10 @@ std::string quoted(const char* before, const std::string& path, const std::strin
     return before + ("'" + path + "' ") + after;
 }
 
+std::string damaged(const std::string& image, const TapeImageReader& reader) {
+    return quoted("", image, "is damaged: " + reader.fault());
+}
+
 bool is_block(TapeImageItem item) {
     return item == TapeImageItem::kBlock || item == TapeImageItem::kBadBlock;
 }
@@ -93,7 +97,7 @@ std::string list_image(const std::string& image, const std::function<void(const 
             block = 0;
         } else if (!is_block(record.item)) {
             show(run);
-            return {};
+            return record.item == TapeImageItem::kFault ? damaged(image, *reader) : "";
         }
     }
 }
@@ -222,7 +226,7 @@ std::string extract_image(const std::string& image, const std::string& folder,
     for (;;) {
         const TapeImageRecord record = reader->next();
         if (record.item == TapeImageItem::kFault) {
-            return quoted("", image, "is damaged: " + reader->fault());
+            return damaged(image, *reader);
         }
         if (!is_block(record.item)) {
             if (!finish()) return quoted("", path, "cannot be written");

@@ -25,7 +25,8 @@ struct ImageRun {
     int length = 0;                ///< bytes of each block
 };
 
-/// Shows every run of an image in order; the last one is the end of data or a fault.
+/// Shows every run of an image in order; the last one is the end of data or a fault, which is then
+/// the answer.
 [[nodiscard]] std::string list_image(const std::string& image,
                                      const std::function<void(const ImageRun&)>& show);
 

@@ -84,15 +84,15 @@ private:
 
 }  // namespace
 
-std::unique_ptr<SequentialScsi> load_library_scsi(const std::string& file) {
+std::unique_ptr<SequentialScsi> load_library_scsi(const Reporter& report, const std::string& file) {
     std::optional<SharedLibrary> library = SharedLibrary::open(file);
     if (!library) {
-        LogPrint("Can't find SEQSCSI.DLL!\n");
+        report.Log("Can't find SEQSCSI.DLL!\n");
         return nullptr;
     }
     auto scsi = std::make_unique<LibraryScsi>(std::move(*library));
     if (!scsi->resolve()) {
-        LogPrint("SEQSCSI.DLL error!\n");
+        report.Log("SEQSCSI.DLL error!\n");
         return nullptr;
     }
     return scsi;

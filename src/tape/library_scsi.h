@@ -25,8 +25,9 @@ namespace halvern {
 ///     int RequestSense(int device, unsigned char* sense, int length);
 inline constexpr const char* kTapeLibrary = "SEQSCSI.DLL";
 
-/// Loads it, from `file`. Null, with "Can't find SEQSCSI.DLL!" or "SEQSCSI.DLL error!" in the log,
+/// Loads it, from `file`. Null, with the report "Can't find SEQSCSI.DLL!" or "SEQSCSI.DLL error!",
 /// when it is missing or lacks one of the functions.
-std::unique_ptr<SequentialScsi> load_library_scsi(const std::string& file = kTapeLibrary);
+std::unique_ptr<SequentialScsi> load_library_scsi(const Reporter& report,
+                                                  const std::string& file = kTapeLibrary);
 
 }  // namespace halvern

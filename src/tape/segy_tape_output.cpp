@@ -33,7 +33,7 @@ void SegyTapeOutput::LogParameters() {
 
 void SegyTapeOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples&,
                                 int) {
-    device_ = make_tape_device(device_name_, TapeUse::kWrite);
+    device_ = make_tape_device(device_name_, TapeUse::kWrite, *this);
     Message("Attempting to open tape drive: %s\n", device_->name().c_str());
     if (device_->open() != 0) {
         Error("Cannot open tape drive: %s\n", device_->name().c_str());

@@ -19,7 +19,7 @@ public:
     /// Opens the drive and sizes the record buffer; ends the job when the drive cannot be opened.
     void PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples,
                     int input_traces) override;
-    /// Stamps and writes the trace, behind the line header if it is the first. Always passed on.
+    /// Stamps and writes the trace, after the line header if it is the first. Always passed on.
     int ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
                      TraceSamples& samples) override;
     /// Ends the tape, rewinds it and sums up.

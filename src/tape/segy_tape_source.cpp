@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "segy/segy_layout.h"
-
 namespace halvern {
 
 namespace {
+
+using What = SegyTapeEnding::What;
 
 SegyLayout layout_of(std::span<const std::byte, kLineHeaderBytes> header) {
     LineHeader line;
@@ -17,130 +17,108 @@ SegyLayout layout_of(std::span<const std::byte, kLineHeaderBytes> header) {
 
 }  // namespace
 
-bool SegyTapeSource::read_line_header(std::span<std::byte, kLineHeaderBytes> header) {
-    if (!read_headers(header, true)) {
-        TerminateJob(kJobError);
-        return false;
-    }
-    std::ranges::copy(header, header_.begin());
-    return true;
+bool begins_text_header(std::byte first) {
+    constexpr std::array kFirst = {std::byte{0xC3}, std::byte{0x40}, std::byte{'C'},
+                                   std::byte{' '}};
+    return std::ranges::find(kFirst, first) != kFirst.end();
 }
 
-bool SegyTapeSource::read_headers(std::span<std::byte, kLineHeaderBytes> header, bool first_tape) {
-    const char* const name = device_.name().c_str();
-    const auto read = [&](const char* what, std::span<std::byte> place) {
+SegyTapeSource::HeaderBlocks SegyTapeSource::begin_tape() {
+    const auto read = [this](std::size_t at, int bytes) {
         const int count = std::max(device_.read_block(), 0);
-        if (count < static_cast<int>(place.size())) {
-            const char* const text = "Failed to read '%s' from tape %s, got %d bytes\n";
-            // A further tape without a header is a matter for the operator.
-            if (first_tape)
-                item_.Error(text, what, name, count);
-            else
-                item_.Message(text, what, name, count);
-            return false;
+        if (count >= bytes) {
+            std::copy_n(device_.block().begin(), bytes,
+                        header_.begin() + static_cast<std::ptrdiff_t>(at));
         }
-        std::copy_n(device_.block().begin(), place.size(), place.begin());
-        item_.Message("Successfully read '%s' of %d bytes from tape %s\n", what, count, name);
-        return true;
+        return count;
     };
-    if (!read("SEG Y EBCDIC Header", header.first<kTextHeaderBytes>())) return false;
-    item_.Message("Attempting to read 'SEG Y Line Header' from tape: %s\n", name);
-    return read("SEG Y Line Header", header.last<kBinaryHeaderBytes>());
+    HeaderBlocks blocks{.text = read(0, kTextHeaderBytes)};
+    if (blocks.text >= kTextHeaderBytes) blocks.line = read(kTextHeaderBytes, kBinaryHeaderBytes);
+    begun_ = blocks;
+    ending_ = {};
+    read_ahead_.reset();
+    return blocks;
+}
+
+bool SegyTapeSource::read_line_header(std::span<std::byte, kLineHeaderBytes> header) {
+    if (!begun_) begin_tape();
+    if (!begun_->whole()) {
+        ending_ = {.what = What::kReadError, .why = device_.fault()};
+        return false;
+    }
+    std::ranges::copy(header_, header.begin());
+    first_line_ = layout_of(header_);
+    return true;
 }
 
 bool SegyTapeSource::skip_text_headers(int count) {
     return count <= 0 || device_.skip_blocks(count) == 0;
 }
 
-// Whether the traces behind a further line header can be read on; if not, the job has been ended.
-bool SegyTapeSource::takes_over(std::span<const std::byte, kLineHeaderBytes> header) {
-    const char* const name = device_.name().c_str();
-    const SegyLayout first = layout_of(header_);
-    const SegyLayout other = layout_of(header);
-    const std::string problem = other.problem();
-    if (!problem.empty()) {
-        item_.Error("The further line header on tape %s %s.\n", name, problem.c_str());
-    } else if (other.samples != first.samples || other.interval != first.interval ||
-               other.format_code != first.format_code) {
-        item_.Error(
-            "The traces that follow on tape %s (%d samples of %.3f ms, format code %d) differ "
-            "from those before (%d samples of %.3f ms, format code %d).\n",
-            name, other.samples, other.interval.ms(), other.format_code, first.samples,
-            first.interval.ms(), first.format_code);
-    } else if (!skip_text_headers(other.text_headers)) {
-        item_.Error("Tape %s ends before the %d extended text headers that it announces.\n", name,
-                    other.text_headers);
-    } else {
-        return true;
+bool SegyTapeSource::go_on() {
+    const SegyLayout line = layout_of(header_);
+    if (const std::string problem = line.problem(); !problem.empty()) {
+        stop({.what = What::kUnusableLine, .why = problem});
+    } else if (line.samples != first_line_.samples || line.interval != first_line_.interval ||
+               line.format_code != first_line_.format_code) {
+        stop({.what = What::kOtherLine, .line = line});
+    } else if (!skip_text_headers(line.text_headers)) {
+        stop({.what = What::kNoTextHeaders, .line = line});
     }
-    TerminateJob(kJobError);
-    return false;
+    return ending_.what == What::kNone;
 }
 
-bool SegyTapeSource::next_tape() {
-    std::array<std::byte, kLineHeaderBytes> header;
-    const bool more =
-        change_.next(kTapeFinished, kNoHeaderOnTape, [&] { return read_headers(header, false); });
-    return more && takes_over(header);
-}
-
-int SegyTapeSource::next_block() {
-    return read_ahead_ ? *std::exchange(read_ahead_, {}) : device_.read_block();
+std::span<const std::byte> SegyTapeSource::stop(SegyTapeEnding ending) {
+    ending_ = std::move(ending);
+    return {};
 }
 
 // Whether the block of 3200 bytes that was read is a text header: then a binary header follows,
-// which ahead_ gets as well. If not, the block stays in ahead_, for it may be a trace.
-bool SegyTapeSource::text_header_was_read() {
-    std::ranges::copy(device_.block(), ahead_.begin());
+// which header_ gets as well. If not, the block stays in header_, for it is a trace. A trace may be
+// padded to the length of a text header; then only a block of a binary header's very length tells.
+bool SegyTapeSource::text_header_was_read(bool may_be_trace) {
+    std::ranges::copy(device_.block(), header_.begin());
     const int count = device_.read_block();
-    if (count < kBinaryHeaderBytes || count == kTextHeaderBytes) {
+    if (may_be_trace ? count != kBinaryHeaderBytes : count < kBinaryHeaderBytes) {
         read_ahead_ = count;
         return false;
     }
-    std::ranges::copy(device_.block().first(kBinaryHeaderBytes), ahead_.begin() + kTextHeaderBytes);
+    std::ranges::copy(device_.block().first(kBinaryHeaderBytes),
+                      header_.begin() + kTextHeaderBytes);
     return true;
 }
 
 std::span<const std::byte> SegyTapeSource::next_record(std::int64_t record_bytes,
                                                        std::int64_t wanted) {
-    const char* const name = device_.name().c_str();
-    while (!ended_) {
-        int count = next_block();
-        const bool behind_filemark = count == TapeDevice::kNoData;
-        if (behind_filemark) count = device_.read_block();
-        if (count == TapeDevice::kNoData) {
-            ended_ = !next_tape();
-            continue;
-        }
+    const auto first = static_cast<std::size_t>(wanted);
+    while (ending_.what == What::kNone) {
+        int count = read_ahead_ ? *std::exchange(read_ahead_, {}) : device_.read_block();
+        const bool after_filemark = count == TapeDevice::kNoData;
+        if (after_filemark) count = device_.read_block();
+        if (count == TapeDevice::kNoData) return stop({.what = What::kEndOfTape});
         if (count == TapeDevice::kFailed) {
-            item_.Error("ERROR Read tape: %s\n", name);
-            break;
+            return stop({.what = What::kReadError, .why = device_.fault()});
         }
-        // Behind a filemark another line may begin, with headers of its own.
-        if (behind_filemark && count == kTextHeaderBytes) {
-            if (text_header_was_read()) {
-                item_.Message("Another line header follows on tape %s; its traces are read on.\n",
-                              name);
-                ended_ = !takes_over(ahead_);
+        // After a filemark another line may begin, with headers of its own.
+        if (after_filemark && count == kTextHeaderBytes) {
+            const bool may_be_trace =
+                record_bytes <= kTextHeaderBytes && !begins_text_header(device_.block().front());
+            if (text_header_was_read(may_be_trace)) {
+                ++further_lines_;
+                if (!go_on()) return {};
                 continue;
             }
-            if (record_bytes == kTextHeaderBytes) {
-                return std::span(ahead_).first(static_cast<std::size_t>(wanted));
+            if (!may_be_trace) {
+                return stop({.what = What::kNoLineHeader, .bytes = std::max(*read_ahead_, 0)});
             }
-            item_.Error("Failed to read 'SEG Y Line Header' from tape %s, got %d bytes\n", name,
-                        std::max(*read_ahead_, 0));
-            break;
+            if (record_bytes < kTextHeaderBytes) ++longer_blocks_;
+            return std::span(header_).first(first);
         }
         if (count < record_bytes) {
-            item_.Error("ERROR: Read %d bytes from tape when %d bytes were expected.\n", count,
-                        static_cast<int>(record_bytes));
-            break;
+            return stop({.what = What::kShortBlock, .bytes = count, .expected = record_bytes});
         }
-        return device_.block().first(static_cast<std::size_t>(wanted));
-    }
-    if (!ended_) {
-        ended_ = true;
-        TerminateJob(kJobError);
+        if (count > record_bytes) ++longer_blocks_;
+        return device_.block().first(first);
     }
     return {};
 }

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 
+#include "foundation/report.h"
 #include "tape/sense.h"
 
 namespace halvern {
@@ -43,7 +44,7 @@ class SequentialScsi {
 public:
     virtual ~SequentialScsi() = default;
 
-    /// The SCSI device type, kSequentialDevice for a tape drive; kNoDevice behind the last one.
+    /// The SCSI device type, kSequentialDevice for a tape drive; kNoDevice after the last one.
     virtual int GetDeviceType(int device) = 0;
     /// 8 and 16 characters without trailing blanks; nothing when they cannot be read.
     virtual std::optional<std::string> GetVendorId(int device) = 0;
@@ -56,25 +57,28 @@ public:
 
     virtual int TestUnitReady(int device) = 0;
     virtual int Load(int device) = 0;
-    /// One block. kGood or kShortBlock: its first bytes stand in `buffer`, and the sense data's
+    /// One block. kGood or kShortBlock: its first bytes are in `buffer`, and the sense data's
     /// residual is the buffer's length less the block's (negative when the block was longer and has
-    /// been cut). The tape stands behind the block. After a medium error it stands before the block
+    /// been cut). The tape is then after the block. After a medium error it is before the block
     /// again where the drive allows that, so that a retry reads the same block.
     virtual int ReadVariableBlock(int device, std::span<std::byte> buffer, int flags) = 0;
     virtual int WriteVariableBlock(int device, std::span<const std::byte> block) = 0;
     virtual int WriteFilemarks(int device, int count) = 0;
     virtual int Rewind(int device) = 0;
     virtual int Unload(int device, int flags) = 0;
-    /// Forward over `count` blocks or filemarks; the tape stands behind the last one. Blocks stop
-    /// behind a filemark with kFilemark.
+    /// Forward over `count` blocks or filemarks, to after the last one. Spacing over blocks stops
+    /// after a filemark, with kFilemark.
     enum class SpaceUnit : int { kBlocks = 0, kFilemarks = 1 };
     virtual int Space(int device, SpaceUnit unit, int count) = 0;
     /// The sense data of the last command.
     virtual int RequestSense(int device, MutableBytes<SenseData::kSize> sense) = 0;
+    /// What was wrong with the last block that could not be read, in words that can end a sentence;
+    /// empty: no more than the status says.
+    virtual std::string GetFault(int /*device*/) { return {}; }
 };
 
-/// Loads a provider each time a device is opened. It says itself, in the log, why it cannot and
-/// answers null then.
-using ScsiLoader = std::function<std::unique_ptr<SequentialScsi>()>;
+/// Loads a provider each time a device is opened. It tells the reporter why it cannot and answers
+/// null then.
+using ScsiLoader = std::function<std::unique_ptr<SequentialScsi>(const Reporter& report)>;
 
 }  // namespace halvern

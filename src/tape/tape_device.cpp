@@ -6,8 +6,6 @@
 #include <thread>
 #include <utility>
 
-#include "foundation/messages.h"
-
 namespace halvern {
 
 namespace {
@@ -41,27 +39,30 @@ std::string tape_device_name(SequentialScsi& scsi, int device) {
            std::to_string(path >> 8 & 0xFF) + "_" + std::to_string(path >> 16 & 0xFF);
 }
 
-TapeDevice::TapeDevice(std::string name, ScsiLoader load, int retries, TapeClock& clock)
+TapeDevice::TapeDevice(std::string name, ScsiLoader load, const Reporter& report, int retries,
+                       TapeClock& clock)
     : name_(std::move(name)),
       load_(std::move(load)),
+      report_(report),
       retries_(retries),
       clock_(clock),
       retries_left_(retries) {}
 
 TapeDevice::~TapeDevice() { (void)close(); }
 
-void TapeDevice::report(const char* text, int status) const {
-    LogPrint("%s.  Error Code = '%d' '%x'\n", text, status, static_cast<unsigned>(status));
-    if (status == tape_status::kNoTape) LogPrint("Tape Error:  No tape in drive.\n");
+void TapeDevice::report(const char* text, int status) {
+    failed_status_ = status;
+    report_.Log("%s.  Error Code = '%d' '%x'\n", text, status, static_cast<unsigned>(status));
+    if (status == tape_status::kNoTape) report_.Log("Tape Error:  No tape in drive.\n");
 }
 
 int TapeDevice::open() {
     if (is_open()) return 0;
-    scsi_ = load_();
+    scsi_ = load_(report_);
     if (!scsi_) return -1;
     device_ = find_device();
     if (device_ < 0) {
-        LogPrint(
+        report_.Log(
             "Cannot Open Device '%s'.  Try reselecting the tape device in the flow and "
             "saving the flow item.\n",
             name_.c_str());
@@ -108,7 +109,7 @@ int TapeDevice::wait_until_ready() {
 
 int TapeDevice::read(std::span<std::byte> buffer) {
     if (open() != 0) {
-        LogPrint("Tape Read Attempted with non-opened tape device\n");
+        report_.Log("Tape Read Attempted with non-opened tape device\n");
         return kFailed;
     }
     const int length = static_cast<int>(std::min<std::size_t>(buffer.size(), kLongestBlock));
@@ -153,6 +154,11 @@ int TapeDevice::read(std::span<std::byte> buffer) {
     }
 }
 
+std::string TapeDevice::fault() const {
+    const std::string words = scsi_ ? scsi_->GetFault(device_) : "";
+    return words.empty() ? "the drive answers " + std::to_string(failed_status_) : words;
+}
+
 int TapeDevice::read_block() {
     // Not filled with zeros: only the pages that blocks really reach are ever used.
     if (!buffer_) buffer_ = std::make_unique_for_overwrite<std::byte[]>(kLongestBlock);
@@ -163,7 +169,7 @@ int TapeDevice::read_block() {
 
 int TapeDevice::write(std::span<const std::byte> block) {
     if (open() != 0) {
-        LogPrint("Tape Write Attempted with non-opened tape device\n");
+        report_.Log("Tape Write Attempted with non-opened tape device\n");
         return kFailed;
     }
     const int status = scsi_->WriteVariableBlock(device_, block);

@@ -10,19 +10,19 @@
 
 namespace halvern {
 
-/// One tape drive, by name. Knows only the table of calls; every device error is a log line with
-/// the status code. Operations answer 0 or -1 unless said otherwise.
+/// One tape drive, by name. Knows only the table of calls; every device error is reported as a line
+/// with the status code. Operations answer 0 or -1 unless said otherwise.
 class TapeDevice {
 public:
     static constexpr int kNoData = -1;  ///< a filemark or the end of the recorded data
-    static constexpr int kFailed = -2;  ///< a hard error, already logged
+    static constexpr int kFailed = -2;  ///< a hard error, already reported
     static constexpr int kRetries = 3;
     /// The longest block that a SCSI read can ask for.
     static constexpr int kLongestBlock = 0xFFFFFF;
 
     /// `name` is what the configuration calls the device: "VENDOR PRODUCT - path1_path2", or the
     /// system's own name of it. `retries`: how often a failed or empty read is tried again.
-    TapeDevice(std::string name, ScsiLoader load, int retries = kRetries,
+    TapeDevice(std::string name, ScsiLoader load, const Reporter& report, int retries = kRetries,
                TapeClock& clock = CurrentTapeClock());
     ~TapeDevice();
     TapeDevice(const TapeDevice&) = delete;
@@ -40,13 +40,15 @@ public:
     /// holds the longest block there can be, so nothing is cut.
     [[nodiscard]] int read_block();
     std::span<const std::byte> block() const { return block_; }
+    /// After kFailed: what is wrong with the block, in words that can end a sentence.
+    std::string fault() const;
 
     /// Writes one block: 0, kNoData when the tape is full, or kFailed.
     [[nodiscard]] int write(std::span<const std::byte> block);
     [[nodiscard]] int write_filemark();
 
     [[nodiscard]] int skip_files(int count);
-    /// Forward over blocks: 0, kNoData (without a message) behind a filemark that ended them, or
+    /// Forward over blocks: 0, kNoData (without a message) after a filemark that ended them, or
     /// kFailed.
     [[nodiscard]] int skip_blocks(int count);
 
@@ -59,13 +61,15 @@ public:
 private:
     int find_device();
     int wait_until_ready();
-    void report(const char* text, int status) const;
+    void report(const char* text, int status);
 
     std::string name_;
     ScsiLoader load_;
+    const Reporter& report_;
     const int retries_;
     TapeClock& clock_;
     std::unique_ptr<SequentialScsi> scsi_;  // null: not open
+    int failed_status_ = 0;                 // of the last call that failed
     int device_ = 0;                        // as the library enumerates devices
     int retries_left_;                      // of failed reads; full again after each good one
     std::unique_ptr<std::byte[]> buffer_;   // [kLongestBlock] once read_block was called

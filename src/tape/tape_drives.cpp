@@ -27,30 +27,25 @@ bool is_tape_image(const std::string& name, const GlobalConfig& config) {
     return device && device->type == kImageType;
 }
 
+std::unique_ptr<TapeDevice> make_image_device(const std::string& path, TapeUse use,
+                                              const Reporter& report, TapeClock& clock) {
+    const auto load = [path, use](const Reporter& to) {
+        return std::make_unique<ImageScsi>(path, use, to);
+    };
+    return std::make_unique<TapeDevice>(path, load, report, TapeDevice::kRetries, clock);
+}
+
 std::unique_ptr<TapeDevice> make_tape_device(const std::string& name, TapeUse use,
-                                             const GlobalConfig& config, TapeClock& clock) {
+                                             const Reporter& report, const GlobalConfig& config,
+                                             TapeClock& clock) {
     if (is_tape_image(name, config)) {
-        return std::make_unique<TapeDevice>(
-            name, [name, use] { return std::make_unique<ImageScsi>(name, use); },
-            TapeDevice::kRetries, clock);
+        return make_image_device(name, use, report, clock);
     }
     const TapeDeviceName* device = find_tape_device(name, config);
     const std::string whole = device ? whole_name(*device) : name;
     return std::make_unique<TapeDevice>(
-        whole, [whole] { return load_system_scsi(whole); }, TapeDevice::kRetries, clock);
-}
-
-std::vector<std::string> enumerate_tape_drives() {
-    std::vector<std::string> names;
-    const std::unique_ptr<SequentialScsi> scsi = load_system_scsi("");
-    for (int device = 0; scsi && device < 1024; ++device) {
-        const int type = scsi->GetDeviceType(device);
-        if (type == kNoDevice) break;
-        if (type != kSequentialDevice) continue;
-        const std::string system_name = scsi->GetSystemName(device);
-        names.push_back(system_name.empty() ? tape_device_name(*scsi, device) : system_name);
-    }
-    return names;
+        whole, [whole](const Reporter& to) { return load_system_scsi(whole, to); }, report,
+        TapeDevice::kRetries, clock);
 }
 
 }  // namespace halvern

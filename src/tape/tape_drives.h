@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "foundation/global_config.h"
 #include "tape/image_scsi.h"
@@ -28,17 +27,20 @@ std::string first_tape_device(const GlobalConfig& config = CurrentConfig());
 /// Whether the configuration says that the device of this name is an image.
 bool is_tape_image(const std::string& name, const GlobalConfig& config = CurrentConfig());
 
+/// A tape image as a device, not yet open. `report` must outlive it.
+std::unique_ptr<TapeDevice> make_image_device(const std::string& path, TapeUse use,
+                                              const Reporter& report,
+                                              TapeClock& clock = CurrentTapeClock());
+
 /// The device that an item's DEVICE= names, not yet open: an image when the configuration says so,
-/// else a drive of this system.
+/// else a drive of this system. `report` must outlive it.
 std::unique_ptr<TapeDevice> make_tape_device(const std::string& name, TapeUse use,
+                                             const Reporter& report,
                                              const GlobalConfig& config = CurrentConfig(),
                                              TapeClock& clock = CurrentTapeClock());
 
 /// What drives are reached through here: the vendor's library, or the system's own driver.
-/// `name` is the drive that is wanted. Null, with a log line, when there is no such thing.
-std::unique_ptr<SequentialScsi> load_system_scsi(const std::string& name);
-
-/// What the drives that answer now are called, for the configuration.
-std::vector<std::string> enumerate_tape_drives();
+/// `name` is the drive that is wanted. Null, with a report, when there is no such thing.
+std::unique_ptr<SequentialScsi> load_system_scsi(const std::string& name, const Reporter& report);
 
 }  // namespace halvern

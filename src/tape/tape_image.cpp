@@ -1,7 +1,6 @@
 #include "tape/tape_image.h"
 
 #include <array>
-#include <cinttypes>
 #include <filesystem>
 #include <utility>
 
@@ -36,9 +35,9 @@ std::optional<TapeImageReader> TapeImageReader::open(const std::string& path) {
 }
 
 TapeImageRecord TapeImageReader::at_fault(std::int64_t offset, const char* what) {
-    char text[120];
-    std::snprintf(text, sizeof text, "the record at byte %" PRId64 " %s", offset, what);
-    fault_ = text;
+    // Bytes that the system did not give make any record look wrong.
+    fault_ = "the record at byte " + std::to_string(offset) + ' ' +
+             (file_.fault() ? "cannot be read: " + file_.fault().reason() : what);
     file_.seek(offset);
     return {.item = TapeImageItem::kFault, .offset = offset};
 }
@@ -47,6 +46,7 @@ TapeImageRecord TapeImageReader::next() {
     for (;;) {
         const std::int64_t offset = file_.position();
         const std::span<const std::byte> head = file_.next(4);
+        if (file_.fault()) return at_fault(offset, "");
         if (head.empty()) return {.item = TapeImageItem::kEndOfData, .offset = offset};
         if (head.size() < 4) return at_fault(offset, "is cut short");
         const std::uint32_t word = get_word(head);

@@ -25,7 +25,8 @@ enum class TapeImageItem {
     kBadBlock,  ///< recorded with an error; its bytes may be there
     kFilemark,
     kEndOfData,  ///< the end of the file, or the end-of-medium word
-    kFault,      ///< no tape image from here on: cut short, or with lengths that disagree
+    kFault,      ///< no going on: the file cannot be read here, is cut short, or has lengths that
+                 ///< disagree
 };
 
 struct TapeImageRecord {

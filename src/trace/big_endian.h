@@ -14,7 +14,6 @@ using Bytes = std::span<const std::byte, N>;
 template <std::size_t N>
 using MutableBytes = std::span<std::byte, N>;
 
-constexpr std::uint32_t get_u8(Bytes<1> b) { return std::to_integer<std::uint32_t>(b[0]); }
 constexpr std::uint32_t get_u16(Bytes<2> b) {
     return std::to_integer<std::uint32_t>(b[0]) << 8 | std::to_integer<std::uint32_t>(b[1]);
 }

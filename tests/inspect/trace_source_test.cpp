@@ -92,8 +92,8 @@ TEST(TraceSource, ReadsATapeImageAsFarAsItCanAndSaysHowFar) {
     disagree[3876] = 7;
     const std::pair<std::string, const char*> kCases[] = {
         {image_of({segy, segy}), "1=1 2=4 3=7 1=1 2=4 3=7"},
-        {image_of({segy, other}), "3=7; the line header at byte 4,400 does not fit"},
-        {damaged(one, 3876, 252), ": 1=1; the block at byte 3,876 is marked as bad; nothing"},
+        {image_of({segy, other}), "3=7; a further line header does not fit"},
+        {damaged(one, 3876, 252), ": 1=1; the block at byte 3876 is marked as bad; nothing"},
         {damaged(one, 0, 3200), "as SEG-Y: the block at byte 0 is marked as bad"},
         {one.substr(0, 4000), ": 1=1; the record at byte 3876 is cut short; nothing"},
         {disagree, ": 1=1; the record at byte 3876 has two lengths that disagree"}};
@@ -107,9 +107,13 @@ TEST(TraceSource, SaysWhenAFileShrinksWhileItIsRead) {
     // Larger than what is read ahead.
     const std::string large =
         small_segy(4000, 30'000, std::vector<testing_support::SmallTrace>(99));
-    for (const bool dataset : {false, true}) {
+    for (const std::string kind : {"segy", "dataset", "image"}) {
         const TemporaryFolder folder;
-        const std::string path = dataset ? write_dataset(folder) : folder.write("x", large);
+        std::string path = kind == "dataset" ? write_dataset(folder) : folder.write("x", large);
+        if (const std::string files[] = {path}; kind == "image") {
+            path = folder.file("tape");
+            ASSERT_EQ(make_image(files, path, true, split_segy), "");
+        }
         const auto source = open_trace_source(path, kHeader).source;
         ASSERT_TRUE(source);
         for (const auto& file : std::filesystem::recursive_directory_iterator(folder.path())) {

@@ -256,19 +256,5 @@ TEST_F(SegyReaderTest, AFileBeyond4GiBIsReadAtItsEnd) {
     EXPECT_EQ(reader_.read_next(), 0);
 }
 
-// The buffer for a block of its own: the field recording's count, where it is larger and its record
-// stays below 4,096,000 bytes; always at 4 bytes a sample.
-TEST(SegyLayoutTest, BufferFollowsTheLongerCount) {
-    const SegyLayout of_16_bits{
-        .samples = 600, .field_samples = 1500, .format = SampleFormat::kInt16};
-    EXPECT_EQ(of_16_bits.record_bytes(), 240 + 1200);
-    EXPECT_EQ(of_16_bits.field_record_bytes(), 240 + 3000);
-    EXPECT_EQ(of_16_bits.buffer_bytes(), 240 + 6000);
-    const SegyLayout shorter{.samples = 600, .field_samples = 500};
-    EXPECT_EQ(shorter.buffer_bytes(), 240 + 2400);
-    const SegyLayout too_long{.samples = 600, .field_samples = 1'023'940};  // 4,096,000 bytes
-    EXPECT_EQ(too_long.buffer_bytes(), 240 + 2400);
-}
-
 }  // namespace
 }  // namespace halvern

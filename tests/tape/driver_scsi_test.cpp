@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "support/log_capture.h"
 #include "support/temporary_folder.h"
 #include "tape/image_bytes.h"
 #include "tape/tape_device.h"
@@ -75,9 +76,11 @@ public:
 
 struct DriverTest : testing::Test {
     TapeDevice make(const std::string& name = "/dev/nst1") {
-        return {name, [this, name] {
+        return {name,
+                [this, name](const Reporter&) {
                     return std::make_unique<DriverScsi>(name, driver, folder.path().string());
-                }};
+                },
+                testing_support::kTestReport};
     }
     std::string read(TapeDevice& device) {
         const int count = device.read_block();

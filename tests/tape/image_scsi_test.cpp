@@ -16,7 +16,9 @@ namespace {
 using namespace testing_support;
 
 TapeDevice image_device(const std::string& path, TapeUse use) {
-    return {path, [path, use] { return std::make_unique<ImageScsi>(path, use); }};
+    return {path,
+            [path, use](const Reporter& to) { return std::make_unique<ImageScsi>(path, use, to); },
+            kTestReport};
 }
 
 // Blocks as text, "|" for no data, "E" for an error.

@@ -48,6 +48,8 @@ TEST(ImageTools, CheckCountsAndFindsFaults) {
     ASSERT_EQ(check_image(folder.write("cut.tap", sound.substr(0, 15)), report), "");
     EXPECT_FALSE(report.sound());
     EXPECT_EQ(report.fault, "the record at byte 12 is cut short");
+    EXPECT_EQ(list_image(folder.file("cut.tap"), [](const ImageRun&) {}),
+              "'" + folder.file("cut.tap") + "' is damaged: the record at byte 12 is cut short");
     EXPECT_NE(check_image(folder.file("none.tap"), report), "");
 }
 

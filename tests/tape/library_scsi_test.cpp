@@ -16,7 +16,10 @@ using testing_support::LogCapture;
 
 TEST(TapeLibrary, IsReachedByNameThroughItsFunctions) {
     // The disk is passed over, the vendor cannot be read; 0x020501: path numbers 5 and 2.
-    TapeDevice device("???????? DLT8000 - 5_2", [] { return load_library_scsi(STAND_IN_LIBRARY); });
+    TapeDevice device(
+        "???????? DLT8000 - 5_2",
+        [](const Reporter& to) { return load_library_scsi(to, STAND_IN_LIBRARY); },
+        testing_support::kTestReport);
     std::array<std::byte, 100> buffer{};
     ASSERT_EQ(device.read(buffer), 10);
     EXPECT_EQ(std::memcmp(buffer.data(), "ten  bytes", 10), 0);
@@ -29,13 +32,13 @@ TEST(TapeLibrary, IsReachedByNameThroughItsFunctions) {
 
 TEST(TapeLibrary, SaysWhatIsWrongWithIt) {
     LogCapture log;
-    EXPECT_EQ(load_library_scsi("no-such-library"), nullptr);
-    EXPECT_EQ(load_library_scsi(STAND_IN_PART), nullptr);
+    EXPECT_EQ(load_library_scsi(testing_support::kTestReport, "no-such-library"), nullptr);
+    EXPECT_EQ(load_library_scsi(testing_support::kTestReport, STAND_IN_PART), nullptr);
     EXPECT_EQ(log.text(), "Can't find SEQSCSI.DLL!\nSEQSCSI.DLL error!\n");
 }
 
 TEST(AspiLayer, OpensSendsAndReports) {
-    AspiLayer layer;
+    AspiLayer layer(testing_support::kTestReport);
     unsigned char request = 1;
     LogCapture log;
     EXPECT_EQ(layer.send(&request), -1);
@@ -62,7 +65,7 @@ TEST(Sense, IsParsedFromItsBytesAndNamed) {
     EXPECT_EQ(describe_sense(parse(kShort)), "SENSE CODE: NO SENSE, asc=0x0, ascq=0x0");
     EXPECT_TRUE(parse(kMedium).end_of_medium);
     LogCapture log;
-    log_sense(parse(kMedium));
+    report_sense(parse(kMedium), testing_support::kTestReport);
     EXPECT_EQ(log.text(), "SENSE CODE: MEDIUM ERROR, asc=0x11, ascq=0x2\n");
     EXPECT_STREQ(sense_key_name(13), "VOLUME OVERFLOW");
     EXPECT_STREQ(sense_key_name(15), "RESERVED");

@@ -84,6 +84,14 @@ TEST_F(SegyTape, ReadsOnBehindAnotherLineHeader) {
     read(tape_file({7}, 740) + filemark() + trace_of(8, 740) + filemark() + trace_of(9, 740) +
          trace_of(10, 740) + filemark() + tape_file({11}, 740));
     EXPECT_EQ(ffids(), (std::vector{7, 8, 9, 10, 11}));
+    // A drive may have padded shorter ones to that length, all or the first ones.
+    const auto padded = [](int ffid) {
+        return block(trace_of(ffid).substr(4, 252) + std::string(2948, '\0'));
+    };
+    read(tape_file({7}) + filemark() + padded(8) + padded(9) + filemark() + padded(10) +
+         trace_of(11) + filemark() + padded(12));
+    EXPECT_EQ(ffids(), (std::vector{7, 8, 9, 10, 11, 12}));
+    EXPECT_THAT(job_log, HasSubstr("4 blocks hold more than a trace"));
 }
 
 TEST_F(SegyTape, SkipsFilesAndTraces) {
@@ -167,7 +175,10 @@ TEST_F(SegyTape, EjectsAndWaitsForTheStacker) {
     SetTapeClock(&stacker);
     folder.write("tape.tap", tape_file({7}));
     stacker.load = [&] { folder.write("tape.tap", tape_file({8})); };
-    TapeDevice device(image, [&] { return std::make_unique<ImageScsi>(image, TapeUse::kRead); });
+    TapeDevice device(
+        image,
+        [&](const Reporter& to) { return std::make_unique<ImageScsi>(image, TapeUse::kRead, to); },
+        kTestReport);
     LogCapture capture;
     CaptureItem item;
     ASSERT_EQ(device.open(), 0);

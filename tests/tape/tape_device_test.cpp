@@ -13,6 +13,7 @@
 namespace halvern {
 namespace {
 
+using testing_support::kTestReport;
 using testing_support::LogCapture;
 
 // What a drive does, call by call; a queue that has run out answers with its last element.
@@ -87,7 +88,8 @@ struct FakeClock final : TapeClock {
 
 struct TapeDeviceTest : testing::Test {
     TapeDevice make(const char* name = "EXABYTE ???????????????? - 4_7", int retries = 2) {
-        return {name, [this] { return std::make_unique<ScriptedDrive>(script); }, retries, clock};
+        return {name, [this](const Reporter&) { return std::make_unique<ScriptedDrive>(script); },
+                kTestReport, retries, clock};
     }
     Script script;
     FakeClock clock;
@@ -201,13 +203,17 @@ TEST(TapeDrives, FirstDeviceAndImagesComeFromTheConfiguration) {
     config.read_line("TAPEDEVICE=/dev/nst0 8mm\n");
     config.read_line("TAPEDEVICE=EXABYTE EXB-8500 - 4_7\n");
     config.read_line("TAPEDEVICE=EXABYTE EXB-8500 - 5_7\n");
+    config.read_line("TAPEDEVICE=/data/line 7, reel 2.tap image\n");
     EXPECT_EQ(first_tape_device(config), "/dev/nst0");
+    EXPECT_TRUE(is_tape_image("/data/line 7, reel 2.tap", config));
+    EXPECT_THAT(config.text(), testing::HasSubstr("TAPEDEVICE=/data/line 7, reel 2.tap image\n"));
     EXPECT_FALSE(is_tape_image("/dev/nst0", config));
-    EXPECT_EQ(make_tape_device("EXABYTE", TapeUse::kRead, config)->name(),
+    EXPECT_EQ(make_tape_device("EXABYTE", TapeUse::kRead, kTestReport, config)->name(),
               "EXABYTE EXB-8500 - 4_7");
     EXPECT_EQ(find_tape_device("EXABYTE EXB-8500 - 5_7", config), &config.tape_devices()[2]);
     EXPECT_EQ(find_tape_device("EXB-8500", config), nullptr);
-    EXPECT_EQ(make_tape_device("/dev/nst0", TapeUse::kRead, config)->name(), "/dev/nst0");
+    EXPECT_EQ(make_tape_device("/dev/nst0", TapeUse::kRead, kTestReport, config)->name(),
+              "/dev/nst0");
 }
 
 }  // namespace

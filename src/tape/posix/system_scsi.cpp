@@ -3,7 +3,7 @@
 
 namespace halvern {
 
-std::unique_ptr<SequentialScsi> load_system_scsi(const std::string& name) {
+std::unique_ptr<SequentialScsi> load_system_scsi(const std::string& name, const Reporter&) {
     return std::make_unique<DriverScsi>(name);
 }
 

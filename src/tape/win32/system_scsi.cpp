@@ -3,6 +3,8 @@
 
 namespace halvern {
 
-std::unique_ptr<SequentialScsi> load_system_scsi(const std::string&) { return load_library_scsi(); }
+std::unique_ptr<SequentialScsi> load_system_scsi(const std::string&, const Reporter& report) {
+    return load_library_scsi(report);
+}
 
 }  // namespace halvern
