@@ -170,7 +170,7 @@ bool DiskOutputFlowItem::CheckFits(SampleInterval input_interval, int input_samp
 }
 
 bool DiskOutputFlowItem::CheckRecordWasRead(const RecordEncoder& encoder) {
-    if (!OverwritesInput() || GetInputPosition() > encoder.encoded()) return true;
+    if (!OverwritesInput() || InputTracesRead() > encoder.encoded()) return true;
     Error("Trace %lld would be written over a record that the input has still to read.\n",
           static_cast<long long>(encoder.encoded() + 1));
     TerminateJob(kJobError);

@@ -13,7 +13,7 @@ namespace halvern {
 class DiskOutputFlowItem : public OutputFlowItem {
 public:
     void LogParameters() override;
-    bool OverwritesInput() const { return write_type_ == kOverwriteInput; }
+    bool OverwritesInput() const override { return write_type_ == kOverwriteInput; }
 
 protected:
     using OutputFlowItem::OutputFlowItem;

@@ -15,6 +15,13 @@ volatile std::sig_atomic_t stop_requested = 0;
 void RequestJobStop() { stop_requested = 1; }
 bool JobStopRequested() { return stop_requested != 0; }
 
+bool FlowItem::EndedByRequest() {
+    if (!JobStopRequested()) return false;
+    LogPrint("The job was asked to stop.\n");
+    TerminateJob(kJobError);
+    return true;
+}
+
 FlowItem::FlowItem(FlowItemKind kind, LogFlag log) : entry_(flow_item_kind(kind)), log_(log) {
     if (log_.logs()) Message("Initializing Flow Item\n");
 }
@@ -64,7 +71,8 @@ void FlowItem::ShowInterface(void* /*parent*/, int /*a*/, int /*b*/, int* flow_c
 }
 
 int FlowItem::GetInputTraceCount() { return previous_ ? previous_->GetInputTraceCount() : 0; }
-int FlowItem::GetInputPosition() { return previous_ ? previous_->GetInputPosition() : 0; }
+int FlowItem::GetInputPosition() { return held_in_int(InputTracesRead()); }
+std::int64_t FlowItem::InputTracesRead() { return previous_ ? previous_->InputTracesRead() : 0; }
 int FlowItem::SetInputPosition(int index) {
     return previous_ ? previous_->SetInputPosition(index) : 0;
 }
@@ -76,7 +84,7 @@ const char* FlowItem::GetInputHeaderName() {
 bool FlowItem::CanReplayInput() {
     return previous_ && RepeatsItself() && previous_->CanReplayInput();
 }
-int FlowItem::ReplayInput(std::span<const std::int32_t> positions) {
+int FlowItem::ReplayInput(std::span<const std::int64_t> positions) {
     if (!previous_) return 0;
     repeating_ = true;
     const int done = previous_->ReplayInput(positions);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -43,6 +45,11 @@ private:
 };
 inline constexpr LogFlag LogFlag::kQuiet{false, nullptr, false};
 inline constexpr LogFlag LogFlag::kLog{true, nullptr, false};
+
+/// A count of traces where an int is asked for.
+constexpr int held_in_int(std::int64_t count) {
+    return static_cast<int>(std::min<std::int64_t>(count, std::numeric_limits<int>::max()));
+}
 
 /// What ProcessTrace answers.
 inline constexpr int kPassOn = 1;
@@ -90,10 +97,14 @@ public:
     /// Whether the input can be asked for traces again and every item between it and this one,
     /// this one included, would then make the same of them.
     virtual bool CanReplayInput();
-    /// Has the input read the traces at `positions` (from 0, as GetInputPosition numbers them less
+    /// GetInputPosition, which is held at the largest int, without that limit.
+    virtual std::int64_t InputTracesRead();
+    /// Has the input read the traces at `positions` (from 0, as InputTracesRead numbers them less
     /// one) in that order and push each down the chain again; the items between the input and this
     /// one know them by IsRepeating. 1, or 0 when it cannot.
-    virtual int ReplayInput(std::span<const std::int32_t> positions);
+    virtual int ReplayInput(std::span<const std::int64_t> positions);
+    /// Whether this item writes over the records of the flow's own input.
+    virtual bool OverwritesInput() const { return false; }
 
     /// A trace arrives. Default: ProcessTrace, and when that says kPassOn, SendTrace with the
     /// replacement line header and samples where they are set.
@@ -139,8 +150,8 @@ public:
     FlowItemKind GetKindId() const { return entry_.kind; }
     bool IsExclusive() const { return entry_.base == FlowItemBase::kExclusive; }
     bool IsDisplay() const { return entry_.base == FlowItemBase::kDisplay; }
-    int GetReceivedCount() const { return received_; }
-    int GetSentCount() const { return sent_; }
+    int GetReceivedCount() const { return held_in_int(received_); }
+    int GetSentCount() const { return held_in_int(sent_); }
     FlowItem* next() const { return next_.get(); }
     FlowItem* previous() const { return previous_; }
 
@@ -172,6 +183,10 @@ protected:
     LineHeader* replacement_line() { return replacement_line_.get(); }
     void ReplaceSamples(TraceSamples* samples) { replacement_samples_ = samples; }
 
+    /// The one step that looks at a request to stop the job, taken by whoever drives traces after
+    /// each of them: says so, ends the job and answers true when there is one.
+    static bool EndedByRequest();
+
     /// Whether a trace that comes again would leave this item as it did the first time and leave
     /// nothing behind. Outputs, displays and items that keep traces say no.
     virtual bool RepeatsItself() const { return true; }
@@ -186,8 +201,8 @@ private:
     TraceSamples* replacement_samples_ = nullptr;
     std::unique_ptr<FlowItem> next_;
     FlowItem* previous_ = nullptr;
-    int received_ = 0;
-    int sent_ = 0;
+    std::int64_t received_ = 0;
+    std::int64_t sent_ = 0;
     bool repeating_ = false;
 };
 

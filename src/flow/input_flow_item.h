@@ -11,7 +11,9 @@ namespace halvern {
 enum class ReadResult {
     kTrace,    ///< a trace to send on
     kSkipped,  ///< a trace was read, and is not wanted
+    kNothing,  ///< no trace yet, and the data may go on: ask again
     kEnd,      ///< no more traces
+    kFailed,   ///< the data cannot be read on, as the kind has said with Error: the job ends
 };
 
 /// The head of a flow: opens its source and pushes every trace of it down the chain. A kind fills
@@ -27,13 +29,13 @@ public:
     /// Opens the source, unless it is a tape, and prepares the chain by its first trace.
     void Rehearse() override;
 
-    int GetInputTraceCount() override { return SourceTraceCount(); }
-    int GetInputPosition() override { return position_; }
+    int GetInputTraceCount() override { return held_in_int(SourceTraceCount()); }
+    std::int64_t InputTracesRead() override { return position_; }
     int SetInputPosition(int index) override;
     int SetInputRange(int a, int b) override;
     /// Not when a later item writes over this very input: its records are no longer what they were.
     bool CanReplayInput() override;
-    int ReplayInput(std::span<const std::int32_t> positions) override;
+    int ReplayInput(std::span<const std::int64_t> positions) override;
 
     void ReceiveTrace(LineHeader&, TraceHeaderDefinition&, TraceSamples&) override {}
 
@@ -46,21 +48,28 @@ protected:
     virtual LineHeader& SourceLine() = 0;
     virtual TraceHeaderDefinition& SourceHeader() = 0;  ///< image of the current trace attached
     virtual TraceSamples& SourceSamples() = 0;
-    /// Reads the next trace.
+    /// Reads the next trace. It comes back, with kNothing at the worst, after every bounded piece
+    /// of work: only between two calls is a request to stop the job looked at.
     virtual ReadResult ReadNext() = 0;
     /// Traces of the source, 0 when that is not known (a tape).
-    virtual int SourceTraceCount() { return 0; }
+    virtual std::int64_t SourceTraceCount() { return 0; }
     /// Moves the source so that ReadNext gives trace `index` (from 0). False when it cannot.
-    virtual bool Reposition(int index) = 0;
+    virtual bool Reposition(std::int64_t index) = 0;
     virtual bool CanReposition() const { return true; }
     /// Called once at the end of the data, before the chain is flushed.
     virtual void SourceEnded() {}
 
+    /// Makes trace `index` (from 0) the next one and counts from there. False when it cannot.
+    bool MoveTo(std::int64_t index);
+
 private:
     void ReadLoop();
-    bool PassNextTrace();  // false at the end of the data
+    // Neither answers kNothing; after kFailed the job has been ended.
+    ReadResult AwaitTrace();
+    ReadResult PassNextTrace();
+    bool PassTraceAt(std::int64_t index);
 
-    int position_ = 0;  // traces read so far
+    std::int64_t position_ = 0;  // traces read so far
     bool prepared_ = false;
     int range_first_ = 0;
     int range_last_ = 0;

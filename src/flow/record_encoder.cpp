@@ -1,12 +1,32 @@
 #include "flow/record_encoder.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace halvern {
 
-RecordEncoder::RecordEncoder(const TraceHeaderDefinition& definition, SampleFormat format,
-                             int samples, SampleInterval interval, std::int64_t traces_before)
-    : format_(format),
+namespace {
+
+/// The largest number up to which word `index` counts without a gap.
+std::int64_t most_of(const TraceHeaderDefinition& definition, int index) {
+    if (index < 0) return std::numeric_limits<std::int64_t>::max();
+    switch (static_cast<HeaderType>(definition.type(index))) {
+        case HeaderType::kI4:
+            return std::numeric_limits<std::int32_t>::max();
+        case HeaderType::kR4:
+            return std::int64_t{1} << std::numeric_limits<float>::digits;
+        default:
+            return std::numeric_limits<std::int16_t>::max();
+    }
+}
+
+}  // namespace
+
+RecordEncoder::RecordEncoder(const Reporter& report, const TraceHeaderDefinition& definition,
+                             SampleFormat format, int samples, SampleInterval interval,
+                             std::int64_t traces_before)
+    : report_(&report),
+      format_(format),
       samples_(samples),
       interval_(interval),
       record_(static_cast<std::size_t>(kTraceHeaderBytes) +
@@ -16,12 +36,20 @@ RecordEncoder::RecordEncoder(const TraceHeaderDefinition& definition, SampleForm
       reel_number_(definition.find("TRNUMR")),
       num_samps_(definition.find("NUMSAMPS")),
       samp_rate_(definition.find("SAMPRATE")),
+      most_traces_(std::min(most_of(definition, line_number_), most_of(definition, reel_number_))),
       traces_before_(traces_before) {}
 
 std::span<const std::byte> RecordEncoder::encode(TraceHeaderDefinition& definition,
                                                  TraceSamples& samples) {
     ++encoded_;
     const auto number = static_cast<double>(traces_before_ + encoded_);
+    if (report_ && traces_before_ + encoded_ > most_traces_) {
+        report_->Warning(
+            "TRNUML and TRNUMR can count to %lld: what they hold from the next trace on is not "
+            "its number.\n",
+            static_cast<long long>(most_traces_));
+        report_ = nullptr;
+    }
     definition.set_double(line_number_, number);
     definition.set_double(reel_number_, number);
     definition.set_double(num_samps_, samples_);

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "foundation/report.h"
 #include "trace/header_definition.h"
 #include "trace/line_header.h"
 #include "trace/samples.h"
@@ -16,10 +17,12 @@ namespace halvern {
 class RecordEncoder {
 public:
     RecordEncoder() = default;
-    /// For traces of `definition` with `samples` samples (from 0) at `interval`, in `format`
-    /// (kIeee, kIbm or kInt16). The first one becomes number `traces_before` + 1.
-    RecordEncoder(const TraceHeaderDefinition& definition, SampleFormat format, int samples,
-                  SampleInterval interval, std::int64_t traces_before = 0);
+    /// For traces of `definition` with `samples` samples (from 0) at `interval`,
+    /// in `format` (kIeee, kIbm or kInt16). The first one becomes number `traces_before` + 1; where
+    /// the numbers outgrow their words, `report`, which stays, is told once.
+    RecordEncoder(const Reporter& report, const TraceHeaderDefinition& definition,
+                  SampleFormat format, int samples, SampleInterval interval,
+                  std::int64_t traces_before = 0);
 
     /// Stamps TRNUML, TRNUMR, NUMSAMPS and SAMPRATE, as far as they are defined, into the image
     /// that `definition` has attached, and gives the trace's record: its header and its samples,
@@ -35,6 +38,7 @@ public:
     std::int64_t not_finite() const { return not_finite_; }
 
 private:
+    const Reporter* report_ = nullptr;  // null once it was told
     SampleFormat format_ = SampleFormat::kIeee;
     int samples_ = 0;
     SampleInterval interval_;
@@ -43,6 +47,7 @@ private:
     int reel_number_ = -1;
     int num_samps_ = -1;
     int samp_rate_ = -1;
+    std::int64_t most_traces_ = 0;  // that both words can count
     std::int64_t traces_before_ = 0;
     std::int64_t encoded_ = 0;
     std::int64_t not_finite_ = 0;

@@ -488,8 +488,8 @@ void AsciiInput::CreateTraces() {
 int AsciiInput::GetInputTraceCount() {
     return created_ ? created_->expected : ProcessFlowItem::GetInputTraceCount();
 }
-int AsciiInput::GetInputPosition() {
-    return created_ ? created_->sent : ProcessFlowItem::GetInputPosition();
+std::int64_t AsciiInput::InputTracesRead() {
+    return created_ ? created_->sent : ProcessFlowItem::InputTracesRead();
 }
 const char* AsciiInput::GetInputName() {
     return created_ ? file_.c_str() : ProcessFlowItem::GetInputName();

@@ -37,7 +37,7 @@ public:
     void ResumeInput() override;
     // At the head, what the items behind may ask an input; elsewhere passed on.
     int GetInputTraceCount() override;
-    int GetInputPosition() override;
+    std::int64_t InputTracesRead() override;
     const char* GetInputName() override;
     const char* GetInputHeaderName() override;
 

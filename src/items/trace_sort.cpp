@@ -89,7 +89,7 @@ void TraceSort::ReceiveTrace(LineHeader& line, TraceHeaderDefinition& header,
     }
     numerics::KeyRecord record{.keys = {},
                                .arrival = static_cast<std::int64_t>(records_.size()),
-                               .position = GetInputPosition() - 1};
+                               .position = InputTracesRead() - 1};
     for (std::size_t i = 0; i < record.keys.size(); ++i) {
         record.keys[i] = header.get_double(key_words_[i]);
     }
@@ -118,12 +118,12 @@ int TraceSort::FlushAtEnd() {
 void TraceSort::SendFromInput() {
     replaying_ = true;
     constexpr std::size_t kBlock = 4096;
-    std::vector<std::int32_t> positions;
+    std::vector<std::int64_t> positions;
     positions.reserve(kBlock);
     for (std::size_t done = 0; done < records_.size(); done += positions.size()) {
         positions.clear();
         for (std::size_t i = done; i < std::min(done + kBlock, records_.size()); ++i) {
-            positions.push_back(static_cast<std::int32_t>(records_[i].position));
+            positions.push_back(records_[i].position);
         }
         const auto expected = static_cast<int>(done + positions.size());
         if (ReplayInput(positions) != 1 || sent_again_ != expected) {
@@ -149,10 +149,7 @@ void TraceSort::SendFromSpool() {
             spool_.take_up(i, *definition_, samples_);
             AnnounceNext();
             SendTrace(line_, *definition_, samples_);
-            if (JobStopRequested()) {
-                LogPrint("The job was asked to stop.\n");
-                return TerminateJob(kJobError);
-            }
+            if (EndedByRequest()) return;
         }
     }
     definition_->attach(attached);

@@ -1,8 +1,6 @@
 #include "native/native_disk_input.h"
 
-#include <algorithm>
 #include <filesystem>
-#include <limits>
 
 namespace halvern {
 
@@ -56,11 +54,6 @@ void NativeDiskInput::OpenSource() {
 
 ReadResult NativeDiskInput::ReadNext() {
     return reader_.read_next() == 1 ? ReadResult::kTrace : ReadResult::kEnd;
-}
-
-int NativeDiskInput::SourceTraceCount() {
-    return static_cast<int>(
-        std::min<std::int64_t>(reader_.trace_count(), std::numeric_limits<int>::max()));
 }
 
 }  // namespace halvern

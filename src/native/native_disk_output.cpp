@@ -60,7 +60,8 @@ void NativeDiskOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& heade
         return TerminateJob(kJobError);
     }
     if (write_type() == kAppend) traces_before = writer_.traces_before();
-    encoder_ = RecordEncoder(header, layout.format, layout.samples, layout.interval, traces_before);
+    encoder_ =
+        RecordEncoder(*this, header, layout.format, layout.samples, layout.interval, traces_before);
     prepared_ = true;
 }
 

@@ -31,7 +31,7 @@ protected:
     TraceHeaderDefinition& SourceHeader() override { return definition_; }
     TraceSamples& SourceSamples() override { return samples_; }
     ReadResult ReadNext() override;
-    bool Reposition(int) override { return false; }
+    bool Reposition(std::int64_t) override { return false; }
     bool CanReposition() const override { return false; }
     void SourceEnded() override;
 

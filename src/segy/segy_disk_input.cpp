@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <limits>
 
 #include "flow/shared_parameters.h"
 #include "segy/segy_paths.h"
@@ -144,8 +143,8 @@ void SegyDiskInput::FastForward() {
         Warning("The ranges also name traces before #%.0f; the fast-forward skips them.\n", start);
     }
     // Numbers count from 1, positions from 0; a number beyond an end means that end.
-    const double last = SourceTraceCount();
-    SetInputPosition(start > 1 ? static_cast<int>(std::min(start - 1, last)) : 0);
+    const auto last = static_cast<double>(SourceTraceCount());
+    MoveTo(start > 1 ? static_cast<std::int64_t>(std::min(start - 1, last)) : 0);
 }
 
 ReadResult SegyDiskInput::ReadNext() {
@@ -153,11 +152,6 @@ ReadResult SegyDiskInput::ReadNext() {
     if (select_word_ < 0) return ReadResult::kTrace;
     const double value = reader_.definition().get_double(select_word_);
     return in_ranges(value, ranges_) ? ReadResult::kTrace : ReadResult::kSkipped;
-}
-
-int SegyDiskInput::SourceTraceCount() {
-    return static_cast<int>(
-        std::min<std::int64_t>(reader_.trace_count(), std::numeric_limits<int>::max()));
 }
 
 }  // namespace halvern

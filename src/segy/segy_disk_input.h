@@ -21,8 +21,8 @@ protected:
     /// or the ranges cannot be parsed.
     void OpenSource() override;
     ReadResult ReadNext() override;
-    int SourceTraceCount() override;
-    bool Reposition(int index) override { return reader_.move_to(index); }
+    std::int64_t SourceTraceCount() override { return reader_.trace_count(); }
+    bool Reposition(std::int64_t index) override { return reader_.move_to(index); }
 
 private:
     ParameterList Parameters() override;

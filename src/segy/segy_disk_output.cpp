@@ -49,7 +49,7 @@ void SegyDiskOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header,
         return TerminateJob(kJobError);
     }
     path_ = target.path;
-    encoder_ = RecordEncoder(header, target.format, samples, line.sample_interval(),
+    encoder_ = RecordEncoder(*this, header, target.format, samples, line.sample_interval(),
                              OverwritesInput() ? 0 : target.traces);
     line_header_due_ = !OverwritesInput() && target.traces == 0;
     traces_to_overwrite_ = OverwritesInput() ? target.traces : 0;

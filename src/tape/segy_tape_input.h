@@ -23,7 +23,7 @@ protected:
     /// Asks for the next tape where one ends, and ends the job where the tape is not as it should.
     ReadResult ReadNext() override;
     void SourceEnded() override;
-    bool Reposition(int) override { return false; }
+    bool Reposition(std::int64_t) override { return false; }
     bool CanReposition() const override { return false; }
 
 private:

@@ -39,7 +39,7 @@ void SegyTapeOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header,
         Error("Cannot open tape drive: %s\n", device_->name().c_str());
         return TerminateJob(kJobError);
     }
-    encoder_ = RecordEncoder(header, chosen_output_format(output_format_), line.samples(),
+    encoder_ = RecordEncoder(*this, header, chosen_output_format(output_format_), line.samples(),
                              line.sample_interval());
 }
 

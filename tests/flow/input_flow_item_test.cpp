@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+#include <limits>
+
 #include "support/item_bench.h"
 
 namespace halvern {
@@ -11,11 +14,13 @@ using namespace testing_support;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-// Reads the whole numbers from 0, each the first sample of a trace; odd ones are not wanted.
+// Reads the whole numbers from 0, each the first sample of a trace; odd ones are not wanted. Before
+// each of them, and before the end, there is nothing to be had once.
 class Counting final : public InputFlowItem {
 public:
-    explicit Counting(int count)
+    explicit Counting(std::int64_t count)
         : InputFlowItem(FlowItemKind::kSegyDiskInput, LogFlag::kQuiet), count_(count) {}
+    ReadResult afterwards = ReadResult::kEnd;
 
 private:
     void OpenSource() override { line_.set_samples(1, 1); }
@@ -23,16 +28,18 @@ private:
     TraceHeaderDefinition& SourceHeader() override { return header_; }
     TraceSamples& SourceSamples() override { return samples_; }
     ReadResult ReadNext() override {
-        if (at_ >= count_) return ReadResult::kEnd;
+        if (nothing_ = !nothing_; nothing_) return ReadResult::kNothing;
+        if (at_ >= count_) return afterwards;
         header_.attach(image_);
         samples_.set_floats(std::vector<float>{static_cast<float>(at_)});
         return at_++ % 2 == 0 ? ReadResult::kTrace : ReadResult::kSkipped;
     }
-    int SourceTraceCount() override { return count_; }
-    bool Reposition(int index) override { return (at_ = index) < count_; }
+    std::int64_t SourceTraceCount() override { return count_; }
+    bool Reposition(std::int64_t index) override { return (at_ = index) < count_; }
 
-    const int count_;
-    int at_ = 0;
+    const std::int64_t count_;
+    std::int64_t at_ = 0;
+    bool nothing_ = false;
     std::byte image_[kTraceHeaderBytes] = {};
     LineHeader line_;
     TraceHeaderDefinition header_;
@@ -59,7 +66,7 @@ public:
 };
 
 struct Flow {
-    explicit Flow(int count)
+    explicit Flow(std::int64_t count)
         : input(count), noting(dynamic_cast<Noting&>(input.SetNext(std::make_unique<Noting>()))) {
         ReadPauseFlag = 0;
     }
@@ -120,13 +127,42 @@ TEST(Input, ReplaysPositionsInTheOrderAsked) {
     flow.noting.seen.clear();
     flow.noting.positions.clear();
     EXPECT_TRUE(flow.noting.CanReplayInput());
-    const std::int32_t order[] = {4, 0, 2};
+    const std::int64_t order[] = {4, 0, 2};
     EXPECT_EQ(flow.noting.ReplayInput(order), 1);
     EXPECT_THAT(flow.noting.seen, ElementsAre(4, 0, 2));
     EXPECT_THAT(flow.noting.positions, ElementsAre(5, 1, 3));
-    const std::int32_t beyond[] = {9};
+    const std::int64_t beyond[] = {9};
     EXPECT_EQ(flow.noting.ReplayInput(beyond), 0);
     EXPECT_THAT(flow.noting.repeated, ElementsAre(0, 0, 0, 1, 1, 1));
+}
+
+TEST(Input, ThatFailsEndsTheJobAndNotTheChain) {
+    Flow flow(3);
+    flow.input.afterwards = ReadResult::kFailed;
+    EXPECT_JOB_ERROR(flow.input.RunInput(), "Starting Data Read");
+    EXPECT_THAT(flow.noting.seen, ElementsAre(0, 2));
+    EXPECT_EQ(flow.noting.ended, 0);
+}
+
+// In a process of its own: a request to stop is for good.
+TEST(InputDeathTest, ThatHasNothingForEverIsStopped) {
+    Flow flow(0);
+    flow.input.afterwards = ReadResult::kNothing;
+    const auto stopped = [&] {
+        RequestJobStop();
+        std::_Exit(job_error_log([&] { flow.input.RunInput(); }).ends_with("asked to stop.\n"));
+    };
+    EXPECT_EXIT(stopped(), testing::ExitedWithCode(1), "");
+}
+
+TEST(Input, CountsBeyondTheLargestInt) {
+    constexpr std::int64_t kMost = std::numeric_limits<int>::max();
+    Flow flow(kMost + 4);
+    const std::int64_t order[] = {kMost + 2};  // odd: it is not wanted, only counted
+    EXPECT_EQ(flow.noting.ReplayInput(order), 1);
+    EXPECT_EQ(flow.noting.InputTracesRead(), kMost + 3);
+    EXPECT_EQ(flow.noting.GetInputPosition(), kMost);
+    EXPECT_EQ(flow.noting.GetInputTraceCount(), kMost);
 }
 
 }  // namespace

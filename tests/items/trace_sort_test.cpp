@@ -81,9 +81,9 @@ private:
         return ReadResult::kTrace;
     }
     void set(const char* word, double value) { header_.set_double(header_.find(word), value); }
-    int SourceTraceCount() override { return static_cast<int>(traces_.size()); }
+    std::int64_t SourceTraceCount() override { return std::ssize(traces_); }
     bool CanReposition() const override { return repositions_; }
-    bool Reposition(int index) override {
+    bool Reposition(std::int64_t index) override {
         at_ = static_cast<std::size_t>(index);
         return moved_ = true;
     }

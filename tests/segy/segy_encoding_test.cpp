@@ -24,7 +24,8 @@ protected:
     /// The record of a trace of these samples, numbered from `traces_before` on, at 2 ms.
     std::string encode(std::vector<float> samples, SampleFormat format, int count,
                        std::int64_t traces_before = 0) {
-        RecordEncoder encoder(definition_, format, count, SampleInterval::of_ms(2), traces_before);
+        RecordEncoder encoder(reports_, definition_, format, count, SampleInterval::of_ms(2),
+                              traces_before);
         TraceSamples trace;
         trace.set_floats(std::move(samples));
         std::string bytes;
@@ -39,6 +40,7 @@ protected:
     TraceHeaderDefinition definition_;
     std::array<std::byte, kTraceHeaderBytes> image_{};
     std::int64_t not_finite_ = 0;
+    CollectedReports reports_;
 };
 
 // By hand. IBM: 100 = 0x64 / 256 * 16^2, -0.5 = -(0x80 / 256). 16 bits: the largest magnitude, 100,
@@ -55,6 +57,18 @@ TEST_F(SegyEncoding, RecordsByHandInThreeFormats) {
               record_bytes(stamped(0), 4, {0x42640000, 0xC0800000}));
     EXPECT_EQ(encode({100, -.5f, 9}, SampleFormat::kInt16, 2, 7),
               record_bytes(stamped(8), 2, {0x6400, 0xFF80}));
+}
+
+TEST_F(SegyEncoding, SaysOnceThatTheNumbersOutgrowTheirWords) {
+    RecordEncoder encoder(reports_, definition_, SampleFormat::kIeee, 1, SampleInterval::of_ms(1),
+                          2'147'483'646);
+    TraceSamples trace;
+    trace.set_floats(std::vector<float>{1});
+    encoder.encode(definition_, trace);
+    EXPECT_TRUE(reports_.entries().empty());
+    encoder.encode(definition_, trace);
+    encoder.encode(definition_, trace);
+    EXPECT_EQ(reports_.of(Weight::kWarning).size(), 1u);
 }
 
 TEST_F(SegyEncoding, LineHeaderKeepsTextAndLosesWhatHeldForItsOldFileOnly) {
