@@ -4,6 +4,7 @@
 #include <cstring>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "platform/log_file.h"
 
@@ -17,6 +18,8 @@ constexpr std::size_t kLogBuffer = 10000;
 struct Destination {
     std::FILE* stream = nullptr;
     std::optional<LogFile> file;
+    std::string path;         // the file's
+    bool has_failed = false;  // and standard error knows
 };
 
 Destination& destination() {
@@ -40,12 +43,13 @@ std::string_view format_text(char* buffer, std::size_t size, const char* format,
 
 void LogDestination::UseStandardOutput() { Close(); }
 
-bool LogDestination::UseFile(const char* path) {
-    std::optional<LogFile> file = LogFile::create(path);
-    if (!file) return false;
+Fault LogDestination::UseFile(const std::string& path) {
+    Result<LogFile> file = LogFile::create(path);
+    if (!file) return file.fault();
     Close();
-    destination().file = std::move(file);
-    return true;
+    destination().file = std::move(*file);
+    destination().path = path;
+    return {};
 }
 
 void LogDestination::UseStream(std::FILE* stream) {
@@ -53,10 +57,7 @@ void LogDestination::UseStream(std::FILE* stream) {
     if (stream != stdout) destination().stream = stream;
 }
 
-void LogDestination::Close() {
-    destination().stream = nullptr;
-    destination().file.reset();
-}
+void LogDestination::Close() { destination() = {}; }
 
 void LogPrintV(const char* format, std::va_list arguments) {
     Destination& to = destination();
@@ -64,7 +65,11 @@ void LogPrintV(const char* format, std::va_list arguments) {
         (void)std::vfprintf(to.stream, format, arguments);
     } else if (to.file) {
         char buffer[kLogBuffer];
-        to.file->write(format_text(buffer, sizeof buffer, format, arguments));
+        const Fault fault = to.file->write(format_text(buffer, sizeof buffer, format, arguments));
+        if (!fault || std::exchange(to.has_failed, true)) return;
+        std::fprintf(stderr,
+                     "halvern2: the log file '%s' cannot be written: %s. The job goes on.\n",
+                     to.path.c_str(), fault.reason().c_str());
     }
 }
 

@@ -2,6 +2,9 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <string>
+
+#include "platform/fault.h"
 
 /// Lets the compiler hold a printf-like call's arguments against its format (positions from 1).
 #if defined(__MINGW32__)
@@ -31,9 +34,9 @@ public:
     static void UseStandardOutput();
 
     /// Creates (and empties) the file `path`, open to other readers while the job runs. Every
-    /// LogPrint is one write, so a reader sees each line as soon as it is printed. False, with the
-    /// destination unchanged, when it cannot be created.
-    [[nodiscard]] static bool UseFile(const char* path);
+    /// LogPrint is one write, so a reader sees each line as soon as it is printed. With a fault the
+    /// destination is unchanged.
+    static Fault UseFile(const std::string& path);
 
     /// Another C stream, not owned: the front door's console, a test's memory stream.
     static void UseStream(std::FILE* stream);
@@ -43,7 +46,8 @@ public:
 };
 
 /// Writes printf-formatted text to the log destination. To a log file at most 9,999 bytes a call:
-/// longer text is cut, never overrun. Write errors are ignored.
+/// longer text is cut, never overrun. The first that cannot be written to a log file is told on
+/// standard error; the job goes on, and so do the attempts.
 HALVERN_PRINTF(1, 2) void LogPrint(const char* format, ...);
 HALVERN_PRINTF(1, 0) void LogPrintV(const char* format, std::va_list arguments);
 

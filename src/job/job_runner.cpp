@@ -28,10 +28,12 @@ enum Argument { kProgram, kLogFile, kToken, kFlowFile, kExtra };
 void OpenLog(const std::vector<std::string>& arguments) {
     LogDestination::UseStandardOutput();
     if (arguments.size() <= kFlowFile) return;
-    if (LogDestination::UseFile(arguments[kLogFile].c_str())) return;
+    const Fault fault = LogDestination::UseFile(arguments[kLogFile]);
+    if (!fault) return;
     // Without a log the job still runs; whoever watches standard error is told.
-    std::fprintf(stderr, "halvern2: the log file '%s' cannot be created; the job runs without.\n",
-                 arguments[kLogFile].c_str());
+    std::fprintf(stderr,
+                 "halvern2: the log file '%s' cannot be created: %s. The job runs without.\n",
+                 arguments[kLogFile].c_str(), fault.reason().c_str());
 }
 
 bool IsLaunched(const std::vector<std::string>& arguments) {
@@ -67,6 +69,7 @@ void StartHead(FlowItem& head, bool resume) {
 }
 
 void RunJob(const std::vector<std::string>& arguments) {
+    on_stop_request(RequestJobStop);
     OpenLog(arguments);
     std::srand(static_cast<unsigned>(std::time(nullptr)));
     Job& job = CurrentJob();
@@ -80,7 +83,6 @@ void RunJob(const std::vector<std::string>& arguments) {
     job.has_extra_argument = arguments.size() > kExtra;
     if (job.has_extra_argument) job.extra_argument = arguments[kExtra];
 
-    on_stop_request(RequestJobStop);
     SetSystemDirectory(SystemDirectoryOf(program_path(arguments[kProgram])));
     CreateInstallationTree();
     ReadConfiguration();

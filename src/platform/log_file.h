@@ -1,18 +1,19 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include "platform/fault.h"
 
 namespace halvern {
 
 /// A text file that others read while it grows. Unbuffered: every write reaches the system at once.
 class LogFile {
 public:
-    /// Creates the file, or empties it. Nothing when that fails.
-    [[nodiscard]] static std::optional<LogFile> create(const std::string& path);
+    /// Creates the file, or empties it. Never waits: a pipe that nobody reads is a fault.
+    static Result<LogFile> create(const std::string& path);
 
     ~LogFile() { close(); }
     LogFile(LogFile&& other) noexcept : handle_(std::exchange(other.handle_, kNone)) {}
@@ -21,8 +22,8 @@ public:
         return *this;
     }
 
-    /// Appends `text`, in one call where the system takes it whole. Errors are ignored.
-    void write(std::string_view text);
+    /// Appends `text`, in one call where the system takes it whole.
+    Fault write(std::string_view text);
 
 private:
     static constexpr std::intptr_t kNone = -1;

@@ -85,10 +85,46 @@ TEST_F(WholeJob, IsNotStartedByHand) {
     EXPECT_EQ(errors, "");
 }
 
-TEST_F(WholeJob, RunsWithoutALogThatCannotBeMade) {
+TEST_F(WholeJob, RunsWithoutALogThatCannotBeMadeOrWritten) {
     const std::string flow = folder.write("flow1", "$AGC\n");
-    EXPECT_EQ(start(quoted(program) + " /no/such/folder/log rv3086 " + flow), 0);
-    EXPECT_THAT(errors, HasSubstr("'/no/such/folder/log' cannot be created"));
+    const std::string pipe = folder.file("pipe");  // which nobody reads
+    ASSERT_EQ(std::system(("mkfifo " + quoted(pipe)).c_str()), 0);
+    for (const auto& [path, words] : std::vector<std::pair<std::string, std::string>>{
+             {"/no/such/folder/log", "created: No such file or directory. The job runs without.\n"},
+             {pipe, "created: No such device or address. The job runs without.\n"},
+             {"/dev/full", "written: No space left on device. The job goes on.\n"}}) {
+        EXPECT_EQ(start(quoted(program) + " " + path + " rv3086 " + flow), 0);
+        EXPECT_EQ(errors, "halvern2: the log file '" + path + "' cannot be " + words);
+    }
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+#define HALVERN_NEEDS_ADDRESS_SPACE true
+#elif defined(__has_feature)
+#define HALVERN_NEEDS_ADDRESS_SPACE __has_feature(address_sanitizer)
+#else
+#define HALVERN_NEEDS_ADDRESS_SPACE false
+#endif
+
+// Wherever it happens: from reading the configuration to the sort's last trace.
+TEST_F(WholeJob, SaysThatMemoryRanOut) {
+    if (HALVERN_NEEDS_ADDRESS_SPACE) GTEST_SKIP() << "the sanitizer's own memory is without limit";
+    const std::string input = folder.write("in.sgy", small_segy(4000, 4000, {}));
+    fs::resize_file(input, 3600 + std::uintmax_t{1000} * 16240);
+    const std::string flow = "$SEGYDINPUT\nFILE=" + input +
+                             "\n$FILTER\n$SORT\nBUFFERFILE=1\nFASTBUFFER=1\nHEADER1=FFID\n"
+                             "$SEGYDOUTPUT\nFILE=" +
+                             folder.file("out.sgy") + "\n";
+    int ended_for_memory = 0;
+    for (int kilobytes = 10000; kilobytes < 60000; kilobytes += 5000) {
+        const int status = run(flow, "ulimit -v " + std::to_string(kilobytes) + "; ");
+        EXPECT_EQ(status, log.ends_with("Job completed normally at 'TIME'\n") ? 0 : 1);
+        if (status == 0) continue;
+        ++ended_for_memory;
+        EXPECT_THAT(log, EndsWith("Job terminated with error at 'TIME'\n"));
+        EXPECT_EQ(scratch_files(), 0u) << kilobytes;
+    }
+    EXPECT_GT(ended_for_memory, 3);
 }
 
 // The input is sparse and would take the sort many seconds to read.

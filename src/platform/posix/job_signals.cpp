@@ -13,7 +13,8 @@ void on_stop_request(void (*request)()) {
     stop_request = request;
     struct sigaction action = {};
     action.sa_handler = handle_stop;
-    action.sa_flags = SA_RESTART;  // a read or write in progress is finished
+    // Without SA_RESTART: what waits for another program (a pipe to open, an answer to a question)
+    // gives up with a fault. Reading and writing files is not interrupted.
     sigaction(SIGTERM, &action, nullptr);
     sigaction(SIGINT, &action, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
