@@ -234,7 +234,8 @@ void sps_relations(benchmark::State& state) {
         std::fclose(file);
         benchmark::DoNotOptimize(lines);
         const double between = cpu_seconds();
-        SpsDataSet set;
+        const SilentReporter report;
+        SpsDataSet set(report);
         if (set.read_sources(data().file("s")) != 0 || set.read_receivers(data().file("r")) != 0 ||
             set.read_relations(data().file("million.x")) != 0 || set.prepare() != 0) {
             state.SkipWithError("cannot read");

@@ -18,8 +18,8 @@ using namespace halvern;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
-    LogDestination::UseStandardOutput();
-    SpsDataSet set;
+    const SilentReporter report;
+    SpsDataSet set(report);
     LineReader sources = LineReader::Over(text, 198);
     LineReader receivers = LineReader::Over(text, 198);
     LineReader relations = LineReader::Over(text, 198);

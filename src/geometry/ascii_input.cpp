@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
 #include <limits>
 
 #include "foundation/prospect.h"
@@ -396,7 +395,7 @@ bool AsciiInput::ReadRecord(TraceHeaderDefinition& header) {
         }
         if (complete) return true;
     }
-    if (lines_ && lines_->failed()) {
+    if (lines_ && lines_->fault()) {
         Error("Cannot read file: '%s'\n", file_.c_str());
         TerminateJob(kJobError);
     }
@@ -432,12 +431,6 @@ void AsciiInput::RunInput() {
         Error("Only CREATE can be used as the first item in a flow.\n");
         // The other method is left unnamed on purpose: it is the default, which nobody chose.
         if (method_ == kOverwrite) Error("%s", kOverwriteLine);
-        return TerminateJob(kJobError);
-    }
-    std::error_code unknown;
-    if (std::filesystem::is_other(file_, unknown)) {
-        Error("CREATE counts the lines of its file first.  '%s' is a pipe or a device.\n",
-              file_.c_str());
         return TerminateJob(kJobError);
     }
     created_ = std::make_unique<Created>();

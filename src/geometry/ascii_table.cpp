@@ -4,8 +4,6 @@
 #include <limits>
 #include <numeric>
 
-#include "numerics/paired_sort.h"
-
 namespace halvern {
 
 namespace {
@@ -73,7 +71,7 @@ int AsciiTable::read(LineReader& lines) {
         rows_.insert(rows_.end(), row.begin(), row.end());
         std::ranges::fill(row, AsciiValue{});
     }
-    return lines.failed() ? -1 : 0;
+    return lines.fault() ? -1 : 0;
 }
 
 bool AsciiTable::same_keys(int a, int b, std::size_t keys) const {
@@ -103,7 +101,7 @@ void AsciiTable::sort_run(int first, int end, std::size_t field, std::vector<Key
     }
     order_.resize(count);
     std::iota(order_.begin(), order_.end(), 0u);
-    numerics::paired_heap_sort(std::span(sorted), std::span(order_));
+    std::ranges::stable_sort(order_, {}, [&](std::uint32_t record) { return sorted[record]; });
     const std::size_t width = stride - field;
     moved_.resize(count * width);
     for (std::size_t i = 0; i < count; ++i) {

@@ -39,9 +39,9 @@ public:
     [[nodiscard]] int read(LineReader& lines);
 
     /// Orders the records key by key: by the first "=" field, then within runs that agree in it by
-    /// the second, and so on. Each run is heap sorted; what is sorted are numbers of the first
-    /// match field's sort, and the last run of each pass goes on to the last record, whose earlier
-    /// keys may differ and then stay where they are. Once, after reading.
+    /// the second, and so on; ties stay in the order of the file. What is sorted are numbers of the
+    /// first match field's sort, and the last run of each pass goes on to the last record, whose
+    /// earlier keys may differ and then stay where they are. Once, after reading.
     void sort();
 
     /// The record for a trace with these values of the match fields, or -1. From the place where a

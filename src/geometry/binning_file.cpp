@@ -11,7 +11,6 @@
 #include <string_view>
 #include <tuple>
 
-#include "foundation/messages.h"
 #include "platform/block_reader.h"
 #include "platform/block_writer.h"
 #include "platform/replace_file.h"
@@ -264,25 +263,28 @@ std::int64_t BinningFile::columns() const {
     return count_of(column_start, column_end, numbering[kColumnIncrement]);
 }
 
-int read_binning_file(const std::string& path, BinningFile& file, Progress* progress) {
+int read_binning_file(const std::string& path, BinningFile& file, const Reporter& report,
+                      Progress* progress) {
     file = {};
     Result<BlockReader> blocks = BlockReader::open(path);
-    Damage damage = "it cannot be opened";
+    Damage damage = blocks.fault().reason();
     if (blocks) {
         LittleEndianReader in(*blocks);
         damage = read_contents(in, file, progress);
+        if (blocks->fault()) damage = blocks->fault().reason();
     }
     if (!damage) return 0;
     file = {};
-    LogPrint("Binning file '%s': %s.\n", path.c_str(), std::string(*damage).c_str());
-    if (damage != kStopped) LogPrint("Invalid Binning File.  Delete this one and re-load.\n");
+    report.Error("Binning file '%s': %s.\n", path.c_str(), std::string(*damage).c_str());
+    if (damage != kStopped) report.Error("Invalid Binning File.  Delete this one and re-load.\n");
     return -1;
 }
 
-int write_binning_file(const std::string& path, const BinningFile& file, Progress* progress) {
+int write_binning_file(const std::string& path, const BinningFile& file, const Reporter& report,
+                       Progress* progress) {
     if (const Damage damage = unwritable(file)) {
-        LogPrint("Binning file '%s' cannot be written: %s.\n", path.c_str(),
-                 std::string(*damage).c_str());
+        report.Error("Binning file '%s' cannot be written: %s.\n", path.c_str(),
+                     std::string(*damage).c_str());
         return -1;
     }
     const auto write = [&]() -> Fault {
@@ -297,7 +299,8 @@ int write_binning_file(const std::string& path, const BinningFile& file, Progres
     };
     const Fault fault = write();
     if (!fault) return 0;
-    LogPrint("Binning file '%s' cannot be written: %s.\n", path.c_str(), fault.reason().c_str());
+    report.Error("Binning file '%s' cannot be written: %s.\n", path.c_str(),
+                 fault.reason().c_str());
     return -1;
 }
 

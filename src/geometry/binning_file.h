@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "foundation/progress.h"
+#include "foundation/report.h"
 
 namespace halvern {
 
@@ -54,17 +55,17 @@ struct BinningFile {
     std::int64_t columns() const;
 };
 
-/// Reads a binning file of version 1, 2 or 3. 0, or -1 with lines in the log when it cannot be
-/// opened or is no whole binning file, or when the progress asks to stop. `file` then holds nothing
-/// of use.
+/// Reads a binning file of version 1, 2 or 3. 0, or -1 with errors to the reporter when it cannot
+/// be read or is no whole binning file, or when the progress asks to stop. `file` then holds
+/// nothing of use.
 [[nodiscard]] int read_binning_file(const std::string& path, BinningFile& file,
-                                    Progress* progress = nullptr);
+                                    const Reporter& report, Progress* progress = nullptr);
 
 /// Writes a binning file as version 3. It is written beside `path` and renamed, so that a file that
-/// was there stays whole until then. 0, or -1 with a line in the log when rows and columns make no
+/// was there stays whole until then. 0, or -1 with an error when rows and columns make no
 /// grid, bins are out of order or outside it, a bin or a point has more than 65,535 members, it
 /// cannot be written, or the progress asks to stop.
 [[nodiscard]] int write_binning_file(const std::string& path, const BinningFile& file,
-                                     Progress* progress = nullptr);
+                                     const Reporter& report, Progress* progress = nullptr);
 
 }  // namespace halvern

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
+#include <span>
+#include <utility>
 
 namespace halvern {
 
@@ -15,14 +15,15 @@ LineReader::LineReader(std::size_t longest)
     : longest_(std::clamp<std::size_t>(longest, 1, kLongest)) {}
 
 LineReader::LineReader(const std::string& path, std::size_t longest) : LineReader(longest) {
-    std::error_code unknown;
-    if (std::filesystem::is_directory(path, unknown)) return;  // which opens, but cannot be read
-    file_.reset(std::fopen(path.c_str(), "rb"));
-    opened_ = file_ != nullptr;
-    if (!opened_) return;
+    Result<InputFile> opened = InputFile::open(path);
+    if (!opened) {
+        fault_ = opened.fault();
+        return;
+    }
+    file_ = std::move(*opened);
+    opened_ = true;
     block_.resize(kBlockBytes);
-    const std::uintmax_t bytes = std::filesystem::file_size(path, unknown);
-    if (!unknown) bytes_ = static_cast<std::int64_t>(bytes);
+    bytes_ = file_->size();
 }
 
 LineReader LineReader::Over(std::string_view text, std::size_t longest) {
@@ -37,9 +38,10 @@ bool LineReader::refill() {
     passed_ += static_cast<std::int64_t>(window_.size());
     at_ = 0;
     window_ = {};
-    if (!file_ || failed_) return false;
-    const std::size_t bytes = std::fread(block_.data(), 1, block_.size(), file_.get());
-    failed_ = bytes == 0 && std::ferror(file_.get()) != 0;
+    if (!file_ || fault_) return false;
+    const std::size_t bytes =
+        file_->read_at(passed_, std::as_writable_bytes(std::span(block_)), fault_);
+    if (bytes == 0 && !fault_ && passed_ < bytes_) fault_ = Fault("the file has become shorter");
     window_ = {block_.data(), bytes};
     return bytes > 0;
 }

@@ -3,11 +3,12 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/input_file.h"
 
 namespace halvern {
 
@@ -18,18 +19,18 @@ class LineReader {
 public:
     static constexpr std::size_t kLongest = 1024;  ///< what `longest` may be at most
 
-    /// Opens a file; see opened().
+    /// Opens a file, which must be a regular one; see opened().
     LineReader(const std::string& path, std::size_t longest);
     /// Reads `text`, which must outlive the reader.
     static LineReader Over(std::string_view text, std::size_t longest);
 
     bool opened() const { return opened_; }
-    /// Bytes of the file or text when it was opened, 0 where that is not known, as of a pipe.
+    /// Bytes of the file or text when it was opened.
     std::int64_t bytes() const { return bytes_; }
     /// Bytes in front of the next line.
     std::int64_t position() const { return passed_ + static_cast<std::int64_t>(at_); }
-    /// Whether reading stopped at an error of the file system instead of the end.
-    bool failed() const { return failed_; }
+    /// Why the file could not be opened, or why reading stopped before its end.
+    const Fault& fault() const { return fault_; }
 
     /// The next line, without its end; valid until the next call. False at the end.
     [[nodiscard]] bool next(std::string_view& line);
@@ -47,10 +48,7 @@ private:
     explicit LineReader(std::size_t longest);
     bool refill();
 
-    struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    std::unique_ptr<std::FILE, Closer> file_;
+    std::optional<InputFile> file_;
     std::vector<char> block_;  // of the file; empty for a text in memory
     std::string_view window_;  // what is being read: a filled part of the block, or the text
     std::size_t at_ = 0;       // of the next character in the window
@@ -62,7 +60,7 @@ private:
     bool skip_newline_ = false;  // the window ended with a line's CR: an LF behind it belongs to it
     bool within_line_ = false;   // the last line had no end: the next belongs to the same
     bool opened_ = false;
-    bool failed_ = false;
+    Fault fault_;
 };
 
 }  // namespace halvern

@@ -316,7 +316,7 @@ int MergeSps::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamp
 void MergeSps::EndRun() {
     for (const Miss kind : {kNoFfid, kNoRelation, kNoSource, kNoReceiver}) ListMisses(kind);
     for (MissList& list : misses_) list = {};
-    set_ = {};
+    set_ = SpsDataSet(*this);
 }
 
 }  // namespace halvern

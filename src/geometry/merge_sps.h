@@ -77,7 +77,7 @@ private:
     int kill_bad_{};
 
     // From PrepareRun to EndRun:
-    SpsDataSet set_;
+    SpsDataSet set_{*this};
     std::array<int, 24> words_{};  // indexes of the header words
     std::array<MissList, kMisses> misses_;
 };

@@ -9,7 +9,7 @@
 #include <tuple>
 
 #include "foundation/debug_output.h"
-#include "foundation/messages.h"
+#include "platform/replace_file.h"
 
 namespace halvern {
 
@@ -46,35 +46,32 @@ bool names_revision_2(std::string_view line) {
 }
 
 /// Why a file gave no record: a word on the line that should have been its first.
-void refuse_empty(const SpsFileKind& kind, const std::string& file, std::int64_t line_number,
-                  const std::string& line) {
-    LogPrint("SPS Error: %s file '%s' has no '%c' record.\n", kind.name, file.c_str(), kind.letter);
+void refuse_empty(const Reporter& report, const SpsFileKind& kind, const std::string& file,
+                  std::int64_t line_number, const std::string& line) {
+    report.Error("%s file '%s' has no '%c' record.\n", kind.name, file.c_str(), kind.letter);
     if (line_number == 0) return;
     const auto number = static_cast<long long>(line_number);
     const std::size_t first = line.find_first_not_of(" \t");
     if (first != line.npos && first > 0 && line[first] == kind.letter) {
-        LogPrint(
-            "SPS Error: line %lld: '%c' stands in column %d, not in column 1: the record is"
-            " shifted.\n",
-            number, kind.letter, static_cast<int>(first) + 1);
+        report.Error("Line %lld: '%c' is in column %d, not in column 1: the record is shifted.\n",
+                     number, kind.letter, static_cast<int>(first) + 1);
     } else if (std::isprint(static_cast<unsigned char>(line[0]))) {
-        LogPrint("SPS Error: line %lld: column 1 holds '%c', not '%c'.\n", number, line[0],
-                 kind.letter);
+        report.Error("Line %lld: column 1 holds '%c', not '%c'.\n", number, line[0], kind.letter);
     } else {
-        LogPrint("SPS Error: line %lld: column 1 holds no printable character, not '%c'.\n", number,
-                 kind.letter);
+        report.Error("Line %lld: column 1 holds no printable character, not '%c'.\n", number,
+                     kind.letter);
     }
 }
 
 /// Reads the records of one letter. `add` takes a line, `find_fault` says which of its fields is no
 /// number, `slack_of` how far its numbers end before their columns.
 template <class Add>
-int read_records(LineReader& lines, const std::string& file, const SpsFileKind& kind,
-                 Progress* progress, Add add,
+int read_records(const Reporter& report, LineReader& lines, const std::string& file,
+                 const SpsFileKind& kind, Progress* progress, Add add,
                  std::optional<SpsFault> (*find_fault)(std::string_view line),
                  int (*slack_of)(std::string_view line)) {
     if (!lines.opened()) {
-        LogPrint("SPS Error: Cannot open %s file '%s' to read.\n", kind.name, file.c_str());
+        report.Error("SPS Error: Cannot open %s file '%s' to read.\n", kind.name, file.c_str());
         return -1;
     }
     ProgressStep step(progress, kind.caption);
@@ -93,8 +90,8 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
         if (line.empty()) continue;
         if (line[0] != kind.letter) {
             if (names_revision_2(line)) {
-                LogPrint(
-                    "SPS Warning: %s file '%s' says that it is of SPS revision 2.  It is read"
+                report.Warning(
+                    "%s file '%s' says that it is of SPS revision 2.  It is read"
                     " with the columns of revision 0.\n",
                     kind.name, file.c_str());
             }
@@ -115,45 +112,45 @@ int read_records(LineReader& lines, const std::string& file, const SpsFileKind& 
         add(line);
         ++records;
     }
-    if (lines.failed()) {
-        LogPrint("SPS Error: Cannot read %s file '%s'.\n", kind.name, file.c_str());
+    if (lines.fault()) {
+        report.Error("Cannot read %s file '%s': %s.\n", kind.name, file.c_str(),
+                     lines.fault().reason().c_str());
         return -1;
     }
     if (records == 0) {
-        refuse_empty(kind, file, first_other_line, first_other);
+        refuse_empty(report, kind, file, first_other_line, first_other);
         return -1;
     }
     if (faulty > 0) {
-        LogPrint("SPS %s: %s file '%s', line %lld, columns %d-%d: the %s is not a number.\n",
-                 faulty == records ? "Error" : "Warning", kind.name, file.c_str(),
-                 static_cast<long long>(first_faulty_line), first_fault.first_column,
-                 first_fault.last_column, first_fault.field);
+        const auto say = faulty == records ? &Reporter::Error : &Reporter::Warning;
+        (report.*say)("%s file '%s', line %lld, columns %d-%d: the %s is not a number.\n",
+                      kind.name, file.c_str(), static_cast<long long>(first_faulty_line),
+                      first_fault.first_column, first_fault.last_column, first_fault.field);
         if (faulty == records) {
-            LogPrint("SPS Error: No record of the file fits the columns of SPS revision 0.\n");
+            report.Error("No record of the file fits the columns of SPS revision 0.\n");
             return -1;
         }
-        LogPrint(
-            "SPS Warning: %lld of its %lld records have such a field.  Only the number in front of"
-            " it is read, 0 without one.\n",
+        report.Warning(
+            "%lld of its %lld records have such a field.  Only the number before it is read, 0 "
+            "without one.\n",
             static_cast<long long>(faulty), static_cast<long long>(records));
     }
     if (slack > 0) {
-        LogPrint(
-            "SPS Error: %s file '%s', line %lld: the numbers end %d before their last columns, as "
-            "in"
-            " all its records: they are shifted.\n",
+        report.Error(
+            "%s file '%s', line %lld: the fields end %d before their last columns, as in all its "
+            "records: they are shifted.\n",
             kind.name, file.c_str(), static_cast<long long>(first_line), slack);
         return -1;
     }
     return 0;
 }
 
-int read_points(LineReader& lines, const std::string& file, const SpsFileKind& kind,
-                Progress* progress, std::vector<SpsPoint>& points) {
+int read_points(const Reporter& report, LineReader& lines, const std::string& file,
+                const SpsFileKind& kind, Progress* progress, std::vector<SpsPoint>& points) {
     points.clear();
     points.reserve(expected_records(lines));
     return read_records(
-        lines, file, kind, progress,
+        report, lines, file, kind, progress,
         [&](std::string_view line) { points.push_back(parse_sps_point(line)); },
         find_sps_point_fault, sps_point_slack);
 }
@@ -218,12 +215,12 @@ int SpsDataSet::read_relations(const std::string& path, Progress* progress) {
 
 int SpsDataSet::read_sources(LineReader& lines, const std::string& name, Progress* progress) {
     prepared_ = false;
-    return read_points(lines, name, kSourceFile, progress, sources_);
+    return read_points(*report_, lines, name, kSourceFile, progress, sources_);
 }
 
 int SpsDataSet::read_receivers(LineReader& lines, const std::string& name, Progress* progress) {
     prepared_ = false;
-    if (read_points(lines, name, kReceiverFile, progress, receivers_) != 0) return -1;
+    if (read_points(*report_, lines, name, kReceiverFile, progress, receivers_) != 0) return -1;
     const auto before = [](const SpsPoint& a, const SpsPoint& b) {
         return sort_key(a) < sort_key(b);
     };
@@ -242,7 +239,7 @@ int SpsDataSet::read_relations(LineReader& lines, const std::string& name, Progr
     relations_.clear();
     relations_.reserve(expected_records(lines));
     return read_records(
-        lines, name, kRelationFile, progress,
+        *report_, lines, name, kRelationFile, progress,
         [&](std::string_view line) { relations_.push_back(parse_sps_relation(line)); },
         find_sps_relation_fault, sps_relation_slack);
 }
@@ -387,22 +384,15 @@ SpsStatus SpsDataSet::search_relations(int ffid, int channel) {
     return SpsStatus::kNoRelation;
 }
 
-int write_sps_points(const std::string& path, std::span<const SpsPoint> points, char letter) {
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file) {
-        LogPrint("SPS Error: Cannot open '%s' to write.\n", path.c_str());
-        return -1;
-    }
-    bool written = true;
+int write_sps_points(const std::string& path, std::span<const SpsPoint> points, char letter,
+                     const Reporter& report) {
     std::string text;
-    for (const SpsPoint& point : points) {
-        text.clear();
-        append_sps_point(text, letter, point);
-        written = written && std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    }
-    written = std::fclose(file) == 0 && written;
-    if (!written) LogPrint("SPS Error: Cannot write '%s'.\n", path.c_str());
-    return written ? 0 : -1;
+    for (const SpsPoint& point : points) append_sps_point(text, letter, point);
+    const Fault fault = replace_file(path, text);
+    if (!fault) return 0;
+    report.Error("SPS Error: Cannot open '%s' to write.\n", path.c_str());
+    report.Error("%s.\n", fault.reason().c_str());
+    return -1;
 }
 
 }  // namespace halvern

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/progress.h"
+#include "foundation/report.h"
 #include "geometry/line_reader.h"
 #include "geometry/sps_record.h"
 
@@ -33,14 +34,16 @@ struct SpsMatch {
 /// The three lists of an SPS survey: sources and relations in the order of their files, receivers
 /// sorted by line name, point number and index (equal ones in the order of the file).
 ///
-/// Reading answers 0, or -1 with a line in the log: when the file cannot be opened, holds no record
-/// of its letter, holds none that fits the columns (the log then names the first one's line and
-/// field), or when the progress asks to stop. Records of other letters are skipped. A record with a
-/// field that is no number is kept, with the number in front of it or 0 there, and a warning counts
-/// such records. Files are read once from front to
-/// end, so that a pipe will do; of a pipe no progress is told.
+/// Reading answers 0, or -1 with an error to the reporter: when the file cannot be opened or read
+/// to its end, holds no record of its letter, holds none that fits the columns (the error then
+/// names the first one's line and field), or, without an error, when the progress asks to stop.
+/// Records of other letters are skipped. A record with a field that is no number is kept, with the
+/// number before it or 0 there, and a warning counts such records.
 class SpsDataSet {
 public:
+    /// `report` outlives the data set.
+    explicit SpsDataSet(const Reporter& report) : report_(&report) {}
+
     [[nodiscard]] int read_sources(const std::string& path, Progress* progress = nullptr);
     [[nodiscard]] int read_receivers(const std::string& path, Progress* progress = nullptr);
     [[nodiscard]] int read_relations(const std::string& path, Progress* progress = nullptr);
@@ -86,6 +89,7 @@ private:
     const SpsPoint* find_receiver(const Link& link, int point, int index);
     SpsStatus search_relations(int ffid, int channel);
 
+    const Reporter* report_;
     std::vector<SpsPoint> sources_;
     std::vector<SpsPoint> receivers_;
     std::vector<SpsRelation> relations_;
@@ -105,8 +109,8 @@ private:
     std::vector<FfidEntry> by_ffid_;  // made when the first trace leaves the order of the relations
 };
 
-/// Writes a point file. 0, or -1 with a line in the log when it cannot be opened or written.
+/// Writes a point file, or replaces it. 0, or -1 with an error, and the old file as it was.
 [[nodiscard]] int write_sps_points(const std::string& path, std::span<const SpsPoint> points,
-                                   char letter);
+                                   char letter, const Reporter& report);
 
 }  // namespace halvern

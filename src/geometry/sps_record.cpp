@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
+#include <span>
 #include <utility>
 
 #include "foundation/messages.h"
@@ -108,14 +110,21 @@ int slack(std::string_view line, Columns columns) {
     return columns.last - columns.first - static_cast<int>(last);
 }
 
-/// What both have, 0 when it differs, or when they and the third begin at their first columns.
-int common_slack(std::string_view line, Columns one, Columns other, Columns third) {
-    const auto left_adjusted = [line](Columns columns) {
-        return cut(line, columns).front() != ' ';
-    };
-    const int common = slack(line, one);
-    if (common == 0 || common != slack(line, other)) return 0;
-    return left_adjusted(one) && left_adjusted(other) && left_adjusted(third) ? 0 : common;
+/// The first field's, when every other field that is not blank ends as many columns early, whatever
+/// follows it; 0 when one does not, or when they all begin at their first columns.
+int common_slack(std::string_view line, std::span<const Columns> fields) {
+    const int common = slack(line, fields.front());
+    if (common == 0) return 0;
+    bool left_adjusted = true;
+    for (const Columns columns : fields) {
+        const std::string_view shifted = cut(line, {columns.first - common, columns.last - common});
+        const FieldText held = classify_field(shifted);
+        if (held == FieldText::kBlank) continue;
+        const bool to_the_end = std::ssize(shifted) == columns.last - columns.first + 1;
+        if (held != FieldText::kNumber || !to_the_end || shifted.back() == ' ') return 0;
+        left_adjusted = left_adjusted && cut(line, columns).front() != ' ';
+    }
+    return left_adjusted ? 0 : common;
 }
 
 HALVERN_PRINTF(2, 3) void append_format(std::string& text, const char* format, ...) {
@@ -215,16 +224,21 @@ std::optional<SpsFault> find_sps_relation_fault(std::string_view line) {
     return find_fault(line, kFields);
 }
 
-// Of the fields that have blanks behind them in a shifted record. The last columns of the others
-// hold a digit of the day, an index or an increment then.
+// The first field is one that has blanks after it in a shifted record. Line names are left-adjusted
+// by right.
 int sps_point_slack(std::string_view line) {
     using namespace point_columns;
-    return common_slack(line, kEasting, kNorthing, kPoint);
+    static constexpr Columns kFields[] = {kEasting,   kNorthing, kPoint,  kStatic,
+                                          kDepth,     kDatum,    kUphole, kWaterDepth,
+                                          kElevation, kDay,      kTime};
+    return common_slack(line, kFields);
 }
 
 int sps_relation_slack(std::string_view line) {
     using namespace relation_columns;
-    return common_slack(line, kFirstChannel, kFirstReceiver, kSourcePoint);
+    static constexpr Columns kFields[] = {kFirstChannel, kLastChannel,   kFfid,
+                                          kSourcePoint,  kFirstReceiver, kLastReceiver};
+    return common_slack(line, kFields);
 }
 
 void append_sps_point(std::string& text, char letter, const SpsPoint& point) {

@@ -72,10 +72,9 @@ struct SpsFault {
 std::optional<SpsFault> find_sps_point_fault(std::string_view line);
 std::optional<SpsFault> find_sps_relation_fault(std::string_view line);
 
-/// How many columns both numbers of a record (coordinates; first channel and receiver) end before
-/// their columns do; 0 when they end unequally far or one is blank, or when they and the (source)
-/// point number are left-adjusted. Where it is the same in every record of a file, the records are
-/// shifted to the left.
+/// How many columns all numbers of a record end before their columns do, blank ones left out; 0
+/// when they end unequally far or are all left-adjusted. Where it is the same in every record of a
+/// file, the records are shifted to the left.
 int sps_point_slack(std::string_view line);
 int sps_relation_slack(std::string_view line);
 

@@ -60,7 +60,13 @@ bool Convolver::convolve(std::span<const double> samples, std::span<const double
     }
     fft_->transform(sample_spectrum_, -1);
     const double scale = 2.0 / static_cast<double>(n);
-    for (std::size_t i = 0; i < out.size(); ++i) out[i] = x[i] * scale;
+    // The transforms leave rounding where the sum has no term: before the first live sample, and a
+    // filter's length after one.
+    std::size_t silent = filter.size();  // zeros in a row up to this sample, at most as many
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        silent = i < samples.size() && samples[i] != 0 ? 0 : std::min(silent + 1, filter.size());
+        out[i] = silent < filter.size() ? x[i] * scale : 0;
+    }
     return true;
 }
 

@@ -10,8 +10,9 @@ namespace halvern::numerics {
 
 /// out[i] = sum over j of filter[j] samples[i - j], as convolve works it out, for many pairs of the
 /// same lengths: directly for short filters, through the spectrum (Stockham, AFIPS 28 (1966)) for
-/// long ones, whichever is faster. The two agree to rounding. Calls allocate nothing; a plan serves
-/// one thread at a time.
+/// long ones, whichever is faster. The two agree to rounding, and where all samples that a filter
+/// of this length reaches are zero, both give zero. Calls allocate nothing; a plan serves one
+/// thread at a time.
 class Convolver {
 public:
     enum class Method { kFaster, kDirect, kSpectral };

@@ -1,5 +1,6 @@
 #include "numerics/spline.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -16,6 +17,22 @@ constexpr std::array<double, kSettled> kPivots = [] {
     for (double& pivot : pivots) previous = pivot = 1 / (4 - previous);
     return pivots;
 }();
+
+/// The curvature dies away by 2 - sqrt 3 a sample: this far into zeros, nothing of it is left that
+/// a float beside them could hold.
+constexpr std::size_t kReach = 13;
+
+/// Makes the spline zero where it would run on through zeros by less than that.
+void end_in_zeros(std::span<const float> samples, std::span<double> curvature) {
+    const std::size_t n = samples.size();
+    for (std::size_t begin = 0, i = 0; i <= n; ++i) {  // zeros from begin to before i
+        if (i < n && samples[i] == 0) continue;
+        const std::size_t first = begin == 0 ? 0 : begin + kReach;
+        const std::size_t end = i == n ? n : i - std::min(i, kReach);
+        for (std::size_t k = first; k < end; ++k) curvature[k] = 0;
+        begin = i + 1;
+    }
+}
 
 }  // namespace
 
@@ -35,6 +52,7 @@ bool shift_by_spline(std::span<float> samples, double fraction, std::span<double
     }
     curvature[n - 1] = 0;
     for (std::size_t i = n - 1; i-- > 1;) curvature[i] -= pivot(i - 1) * curvature[i + 1];
+    end_in_zeros(samples, curvature);
 
     const double f = fraction;
     const double g = 1 - f;

@@ -9,6 +9,7 @@
 
 #include "foundation/messages.h"
 #include "platform/replace_file.h"
+#include "platform/text_file.h"
 #include "trace/big_endian.h"
 
 namespace halvern {
@@ -21,8 +22,8 @@ constexpr std::size_t kNameColumn = 51;
 constexpr std::size_t kNameLength = 8;
 constexpr std::size_t kNumbersColumn = 60;
 
-// A longer line is read in pieces, each taken as a line of its own. Includes the final zero.
-constexpr int kLineBuffer = 199;
+// A longer line, its end counted, is read in pieces, each taken as a line of its own.
+constexpr std::size_t kLongestLine = 198;
 
 // More than any header image can use; a file of many more lines is no description.
 constexpr std::size_t kMostWords = 100'000;
@@ -32,11 +33,6 @@ constexpr std::size_t kMostWords = 100'000;
 constexpr int kNoLocation = -1;
 
 constexpr const char* kNoCategory = "No Category";
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
 
 int held_in_int(double value) {
     if (std::isnan(value)) return 0;
@@ -103,18 +99,18 @@ int TraceHeaderDefinition::load(const std::string& path) {
     categories_.clear();
     loaded_ = false;
 
-    File file(std::fopen(path.c_str(), "rb"));
-    char line[kLineBuffer];
-    const char* first = file ? std::fgets(line, sizeof line, file.get()) : nullptr;
-    if (!file || std::ferror(file.get())) {  // a directory opens, but cannot be read
+    const Result<std::string> file = read_text_file(path);
+    if (!file) {
         LogPrint("Cannot Open Trace Header Description File '%s'\n", path.c_str());
         return -1;
     }
 
     categories_.emplace_back(kNoCategory);
-    for (const char* read = first; read && words_.size() < kMostWords;
-         read = std::fgets(line, sizeof line, file.get())) {
-        const std::string_view text = without_line_end(line);
+    std::string_view rest = *file;
+    while (!rest.empty() && words_.size() < kMostWords) {
+        const std::size_t line = std::min({rest.find('\n'), rest.size() - 1, kLongestLine - 1}) + 1;
+        const std::string_view text = without_line_end(rest.substr(0, line));
+        rest.remove_prefix(line);
         if (text.starts_with('!')) {
             if (categories_.size() < kMostWords) categories_.emplace_back(text.substr(1));
         } else {

@@ -116,6 +116,15 @@ TEST(AsciiTable, TheLastRunGoesOnToTheLastRecord) {
     EXPECT_EQ(found(table, {1, 1}), 21);
 }
 
+// A second key that all records share: its last run, which is the last two, leaves their data
+// alone.
+TEST(AsciiTable, TiesStayInTheOrderOfTheFile) {
+    AsciiTable table =
+        table_of(line({3, 7, 13}) + line({1, 7, 11}) + line({4, 7, 14}) + line({2, 7, 12}),
+                 {column(1), column(2)}, {column(3)});
+    for (int first = 1; first <= 4; ++first) EXPECT_EQ(found(table, {first, 7}), 10 + first);
+}
+
 // A first field of whole numbers has every key sorted as whole numbers: fractions count as equal.
 TEST(AsciiTable, TheFirstFieldsSortIsEveryKeys) {
     AsciiTable whole = table_of("    1  1.9\n    1 -0.9\n    1  0.9\n    1 -1.9\n",

@@ -32,7 +32,7 @@ TEST(BinningFile, IsReadAndWrittenByteForByte) {
         std::string bytes = kSmall;
         bytes[11] = version;
         BinningFile file;
-        ASSERT_EQ(read_binning_file(folder.write("in", bytes), file), 0);
+        ASSERT_EQ(read_binning_file(folder.write("in", bytes), file, kTestReport), 0);
         EXPECT_EQ(file.version, version - '0');
         EXPECT_EQ(file.rows(), 2);
         EXPECT_EQ(file.columns(), 2);
@@ -46,7 +46,7 @@ TEST(BinningFile, IsReadAndWrittenByteForByte) {
         ASSERT_EQ(file.second_points.size(), 1u);
         EXPECT_EQ(file.second_points[0].coordinates[0], 0.5);
         EXPECT_EQ(file.second_points[0].members[0], 0x31u);
-        ASSERT_EQ(write_binning_file(folder.file("out"), file), 0);
+        ASSERT_EQ(write_binning_file(folder.file("out"), file, kTestReport), 0);
         EXPECT_EQ(file_bytes(folder.file("out")), kSmall) << "always the newest version";
     }
 }
@@ -56,7 +56,8 @@ TEST(BinningFile, RefusesWhatIsNotWhole) {
     BinningFile file;
     LogCapture log;
     for (std::size_t length = 0; length < kSmall.size(); ++length) {
-        ASSERT_EQ(read_binning_file(folder.write("cut", kSmall.substr(0, length)), file), -1)
+        ASSERT_EQ(
+            read_binning_file(folder.write("cut", kSmall.substr(0, length)), file, kTestReport), -1)
             << length;
     }
     const std::size_t bins = 13 + 24 + 40 + 24;
@@ -75,9 +76,9 @@ TEST(BinningFile, RefusesWhatIsNotWhole) {
     for (const auto& [at, bytes] : kDamages) {
         std::string damaged = kSmall;
         damaged.replace(std::min(at, kSmall.size()), bytes.size(), bytes);
-        EXPECT_EQ(read_binning_file(folder.write("damaged", damaged), file), -1) << at;
+        EXPECT_EQ(read_binning_file(folder.write("damaged", damaged), file, kTestReport), -1) << at;
     }
-    EXPECT_EQ(read_binning_file(folder.file("absent"), file), -1);
+    EXPECT_EQ(read_binning_file(folder.file("absent"), file, kTestReport), -1);
     EXPECT_NE(log.text().find("Invalid Binning File.  Delete this one"), std::string::npos);
 }
 
@@ -91,22 +92,22 @@ TEST(BinningFile, RefusesWhatItCannotHoldAndStopsWhenAsked) {
     const std::string path = folder.write("out", "before");
     watcher.stop_at = 60;
     LogCapture log;
-    EXPECT_EQ(write_binning_file(path, file, &watcher), -1);
+    EXPECT_EQ(write_binning_file(path, file, kTestReport, &watcher), -1);
     EXPECT_EQ(file_bytes(path), "before");
     EXPECT_FALSE(std::filesystem::exists(path + ".new"));
     watcher = {};
-    EXPECT_EQ(write_binning_file(path, file, &watcher), 0);
+    EXPECT_EQ(write_binning_file(path, file, kTestReport, &watcher), 0);
     EXPECT_EQ(watcher.percents, (std::vector{25, 50, 62, 75, 87}));  // two rows, two and two points
 
     file.bins.push_back({.row = 0, .column = 1, .members = {}});
-    EXPECT_EQ(write_binning_file(path, file), -1) << "outside the grid";
+    EXPECT_EQ(write_binning_file(path, file, kTestReport), -1) << "outside the grid";
     file.bins.back() = {.row = 0, .column = 0, .members = std::vector<BinMember>(65536)};
-    EXPECT_EQ(write_binning_file(path, file), -1);
+    EXPECT_EQ(write_binning_file(path, file, kTestReport), -1);
     file.bins = {{.row = 1, .column = 0, .members = {}}, {.row = 0, .column = 0, .members = {}}};
-    EXPECT_EQ(write_binning_file(path, file), -1) << "out of order";
+    EXPECT_EQ(write_binning_file(path, file, kTestReport), -1) << "out of order";
     file.numbering[1] = 0;
     file.bins.clear();
-    EXPECT_EQ(write_binning_file(path, file), -1) << "no grid";
+    EXPECT_EQ(write_binning_file(path, file, kTestReport), -1) << "no grid";
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include "geometry/sps_data_set.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <random>
 #include <set>
@@ -17,6 +17,7 @@
 namespace halvern {
 namespace {
 
+using testing_support::kTestReport;
 using testing_support::LogCapture;
 using testing_support::ProgressWatcher;
 using testing_support::TemporaryFolder;
@@ -60,7 +61,7 @@ int read(SpsDataSet& set, char letter, const std::string& text, Progress* progre
 /// A data set of these three texts; fails the test when one of them cannot be read.
 SpsDataSet data_set(const std::string& sources, const std::string& receivers,
                     const std::string& relations) {
-    SpsDataSet set;
+    SpsDataSet set(kTestReport);
     EXPECT_EQ(read(set, 'S', sources), 0);
     EXPECT_EQ(read(set, 'R', receivers), 0);
     EXPECT_EQ(read(set, 'X', relations), 0);
@@ -201,10 +202,10 @@ TEST(SpsReading, RefusesAFileThatHoldsNoRecord) {
         std::string text;
         std::vector<std::string> words;  // of the log
     } kCases[] = {
-        {'S', "", {"SPS Error: SOURCE file 's' has no 'S' record."}},
-        {'S', "H00 SPS\n\n " + point + " " + point, {"line 3: 'S' stands in column 2", "shifted"}},
-        {'S', point_line('R', 1, 11, 1, 0), {"line 1: column 1 holds 'R', not 'S'"}},
-        {'S', "\x01\x02\x03\n", {"line 1: column 1 holds no printable character"}},
+        {'S', "", {"SOURCE file 's' has no 'S' record."}},
+        {'S', "H00 SPS\n\n " + point + " " + point, {"Line 3: 'S' is in column 2", "shifted"}},
+        {'S', point_line('R', 1, 11, 1, 0), {"Line 1: column 1 holds 'R', not 'S'"}},
+        {'S', "\x01\x02\x03\n", {"Line 1: column 1 holds no printable character"}},
         {'S', "S101", {"line 1, columns 18-25: the point number is not a number"}},
         // A character too many behind the letter, and in front of the coordinates.
         {'S',
@@ -212,7 +213,7 @@ TEST(SpsReading, RefusesAFileThatHoldsNoRecord) {
          {"line 2, columns 47-55: the easting is not a number", "No record of the file fits"}},
         {'S', point.substr(0, 46) + ' ' + point.substr(46), {"columns 56-65: the northing"}},
         // A character too few: the index would become the point's last digit.
-        {'S', point.substr(0, 1) + point.substr(2), {"line 1: the numbers end 1 before"}},
+        {'S', point.substr(0, 1) + point.substr(2), {"line 1: the fields end 1 before"}},
         {'X', 'X' + relation_line({1, 1, 101, 1, 96, 5, 1001, 1096}), {"the last channel is not"}},
         // The same survey with the columns of revision 2.1.
         {'S',
@@ -225,7 +226,7 @@ TEST(SpsReading, RefusesAFileThatHoldsNoRecord) {
     };
     for (const auto& [letter, text, words] : kCases) {
         LogCapture log;
-        SpsDataSet set;
+        SpsDataSet set(kTestReport);
         EXPECT_EQ(read(set, letter, text), -1) << text;
         for (const std::string& word : words) {
             EXPECT_NE(log.text().find(word), std::string::npos) << word << "\n" << log.text();
@@ -253,7 +254,7 @@ TEST(SpsReading, TakesNumbersWhereverTheyStandInTheirColumns) {
     };
     for (const auto& [text, written] : kCases) {
         LogCapture log;
-        SpsDataSet set;
+        SpsDataSet set(kTestReport);
         ASSERT_EQ(read(set, text[0], text), 0) << text << log.text();
         std::string back;
         for (const SpsPoint& record : set.sources()) append_sps_point(back, 'S', record);
@@ -274,7 +275,7 @@ TEST(SpsDataSet, KnowsWhenATraceStandsInTwoRelations) {
 
 TEST(SpsReading, KeepsTheRecordsOfAFileThatIsPartlyDamaged) {
     LogCapture log;
-    SpsDataSet set;
+    SpsDataSet set(kTestReport);
     const std::string text = "H26\r\nX is no source\r\n" + point_line('S', 1, 11, 1, 10) +
                              "S1                    abc1\r" + point_line('S', 1, 12, 1, 20) +
                              std::string(100000, 'x');
@@ -286,19 +287,30 @@ TEST(SpsReading, KeepsTheRecordsOfAFileThatIsPartlyDamaged) {
     EXPECT_NE(log.text().find("1 of its 3 records"), std::string::npos) << log.text();
 }
 
+// Coordinates that begin at their first columns, among fields that end at their last.
+TEST(SpsReading, LeftAdjustedCoordinatesAreNoShift) {
+    std::string point = point_line('S', 1, 11, 1, 531234.5);
+    point.replace(46, 19, "531234.5 6312345.6 ");
+    SpsDataSet set(kTestReport);
+    ASSERT_EQ(read(set, 'S', point + point), 0);
+    EXPECT_EQ(set.sources()[1].easting, 531234.5);
+    EXPECT_EQ(set.sources()[1].northing, 6312345.6);
+}
+
 TEST(SpsReading, AFileThatCannotBeOpenedIsNamed) {
     const TemporaryFolder folder;
-    SpsDataSet set;
+    SpsDataSet set(kTestReport);
     LogCapture log;
     EXPECT_EQ(set.read_sources("no/such.s"), -1);
     EXPECT_EQ(set.read_receivers("no/such.r"), -1);
     EXPECT_EQ(set.read_relations("no/such.x"), -1);
-    EXPECT_EQ(write_sps_points("no/such.s", {}, 'S'), -1);
+    EXPECT_EQ(write_sps_points("no/such.s", {}, 'S', kTestReport), -1);
     EXPECT_EQ(log.text(),
-              "SPS Error: Cannot open SOURCE file 'no/such.s' to read.\n"
-              "SPS Error: Cannot open RECEIVER file 'no/such.r' to read.\n"
-              "SPS Error: Cannot open RELATION file 'no/such.x' to read.\n"
-              "SPS Error: Cannot open 'no/such.s' to write.\n");
+              "*** ERROR in test: SPS Error: Cannot open SOURCE file 'no/such.s' to read.\n"
+              "*** ERROR in test: SPS Error: Cannot open RECEIVER file 'no/such.r' to read.\n"
+              "*** ERROR in test: SPS Error: Cannot open RELATION file 'no/such.x' to read.\n"
+              "*** ERROR in test: SPS Error: Cannot open 'no/such.s' to write.\n"
+              "*** ERROR in test: No such file or directory.\n");
     EXPECT_EQ(set.read_sources(folder.path().string()), -1);
 }
 
@@ -306,8 +318,8 @@ TEST(SpsReading, TellsItsProgressAndStopsWhenAsked) {
     const TemporaryFolder folder;
     const std::string path = folder.file("points");
     const SpsPoint points[4] = {};
-    ASSERT_EQ(write_sps_points(path, points, 'S'), 0);
-    SpsDataSet set;
+    ASSERT_EQ(write_sps_points(path, points, 'S', kTestReport), 0);
+    SpsDataSet set(kTestReport);
     ProgressWatcher watcher;
     EXPECT_EQ(set.read_sources(path, &watcher), 0);
     EXPECT_EQ(watcher.percents, (std::vector{25, 50, 75, 100}));
@@ -328,17 +340,11 @@ TEST(SpsReading, TellsItsProgressAndStopsWhenAsked) {
     EXPECT_EQ(set.read_sources(path, &watcher), -1);
 }
 
-TEST(SpsReading, ReadsAPipeInOnePass) {
-    const std::string text = point_line('S', 1, 11, 1, 0);
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    ASSERT_EQ(::write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    ::close(ends[1]);
-    SpsDataSet set;
-    ProgressWatcher watcher;
-    EXPECT_EQ(set.read_sources("/dev/fd/" + std::to_string(ends[0]), &watcher), 0);
-    EXPECT_EQ(set.sources().size(), 1u);
-    ::close(ends[0]);
+TEST(SpsReading, RefusesAPipeAtOnce) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo(folder.file("s").c_str(), 0600), 0);  // which nobody writes to
+    SpsDataSet set(kTestReport);
+    EXPECT_EQ(set.read_sources(folder.file("s")), -1);
 }
 
 }  // namespace

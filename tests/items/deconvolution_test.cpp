@@ -5,6 +5,7 @@
 #include <limits>
 #include <random>
 
+#include "items/stack.h"
 #include "support/item_bench.h"
 #include "support/minimum_phase_steps.h"
 
@@ -124,6 +125,36 @@ INSTANTIATE_TEST_SUITE_P(
                     Design{"SpikingAPowerOfTwo", 64, 2000, "124", "1", 0, 63},
                     Design{"SpikingThroughTheSpectrum", 300, 1000, "298", "0.1", 0, 299}),
     [](const auto& design) { return design.param.name; });
+
+// What is muted stays out of a stack: samples 300 to 599 are live, the operator has 201 or 181.
+TEST(Deconvolution, LeavesExactZerosWhereItsOperatorReachesNoLiveSample) {
+    const struct {
+        int interval_us, samples;
+        std::vector<std::string> lines;
+        std::size_t end;  // of what may be live
+    } kCases[] = {{4000, 1500, {"FILTERLEN=800"}, 600 + 201},
+                  {4000, 1500, {"FILTERLEN=800", "DOMAIN=2"}, 1500},
+                  {1000, 3000, {"FILTERLEN=180", "PRDCTLAG=7"}, 600 + 181 + 6},
+                  {1000, 3000, {"FILTERLEN=180", "DOMAIN=2"}, 3000}};
+    for (const auto& c : kCases) {
+        const BenchLine line{.interval_us = c.interval_us, .samples = c.samples};
+        const std::vector<float> whole = field_trace(c.samples);
+        std::vector<float> muted(whole.size());
+        std::copy(whole.begin() + 300, whole.begin() + 600, muted.begin() + 300);
+        ItemBench<Deconvolution> bench(line, c.lines);
+        ItemBench<Stack> stack(line, {"SORTED=1"});
+        const std::vector<float> full = bench.process(whole), part = bench.process(muted);
+        stack.process(full);
+        stack.process(part);
+        stack.finish();
+        const std::vector<float>& stacked = stack.passed().at(0).samples;
+        for (std::size_t i = 0; i < whole.size(); i = i == 299 ? c.end : i + 1) {
+            ASSERT_EQ(part[i], 0) << c.lines[0] << ", sample " << i;
+            ASSERT_EQ(stacked[i], full[i]) << c.lines[0] << ", sample " << i;
+        }
+        EXPECT_NE(part[300], 0);
+    }
+}
 
 // By hand: r = 5, 2, so that with one term and without noise f = 2 / 5; with 25 % f = 2 / 6.25. Two
 // samples on, r[2] = 0 leaves the trace alone; r[1] of 2, 0, 1 is 0, r[2] = 2.

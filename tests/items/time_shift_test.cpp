@@ -55,6 +55,17 @@ INSTANTIATE_TEST_SUITE_P(
         Shift{"SplinedNothing", {"AMOUNT=-102"}, {0, 1, 0}, {0, 0, 0}}),
     [](const auto& shift) { return shift.param.name; });
 
+// The spline runs on into zeros by 13 of them, to where a float beside a live sample is all.
+TEST(TimeShift, LeavesExactZerosBesideAMute) {
+    ItemBench<TimeShift> bench({.interval_us = 4000, .samples = 100}, {"AMOUNT=-2"});
+    std::vector<float> trace(100);
+    trace[50] = trace[51] = 1000;
+    const std::vector<float> shifted = bench.process(trace);
+    for (std::size_t i = 0; i < shifted.size(); ++i) {
+        EXPECT_EQ(shifted[i] != 0, i >= 50 - 14 && i <= 51 + 13) << i;
+    }
+}
+
 TEST(TimeShift, LogsItsParametersAndFractionsOfALaterShift) {
     ItemBench<TimeShift> bench({.interval_us = 4000, .samples = 3}, {"AMOUNT=5"});
     bench.process({1, 2, 3});

@@ -29,6 +29,22 @@ TEST(Convolver, GivesTheSumsThroughTheSpectrum) {
     }
 }
 
+// 100 zeros, 50 live samples, 60 zeros, one live sample, 89 zeros; a filter of 40.
+TEST(Convolver, IsZeroWhereTheFilterReachesNoLiveSample) {
+    std::vector<double> samples(300);
+    std::ranges::copy(whole_noise(50), samples.begin() + 100);
+    samples[100] = samples[149] = samples[210] = 3;
+    auto plan = Convolver::make(300, 40, Convolver::Method::kSpectral);
+    std::vector<double> out(300);
+    ASSERT_TRUE(plan->convolve(samples, whole_noise(40, 2), out));
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        const bool reached = (i >= 100 && i < 149 + 40) || (i >= 210 && i < 210 + 40);
+        if (!reached) EXPECT_EQ(out[i], 0) << i;
+    }
+    EXPECT_NE(out[188], 0);
+    EXPECT_NE(out[210], 0);
+}
+
 TEST(Convolver, TakesTheFasterWayAndRefusesWhatIsLongerThanPlanned) {
     EXPECT_FALSE(Convolver::make(0, 5));
     EXPECT_FALSE(Convolver::make(5, 0));

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "geometry/sps_data_set.h"
+#include "support/log_capture.h"
 #include "support/temporary_folder.h"
 #include "synthetic/synthesize_trace.h"
 #include "trace/big_endian.h"
@@ -19,6 +20,7 @@ namespace halvern::synthetic {
 namespace {
 
 using testing_support::file_bytes;
+using testing_support::kTestReport;
 using testing_support::TemporaryFolder;
 
 std::string standard_header() { return std::string(HALVERN_SOURCE_DIR) + "/header/default"; }
@@ -89,7 +91,7 @@ TEST(SyntheticFiles, SpsAgreesWithTheHeaders) {
                               .header_definition = standard_header()};
         const auto failure = write_line(line, files);
         ASSERT_FALSE(failure) << *failure;
-        SpsDataSet sps;
+        SpsDataSet sps(kTestReport);
         ASSERT_EQ(sps.read_sources(files.sps + ".s"), 0);
         ASSERT_EQ(sps.read_receivers(files.sps + ".r"), 0);
         ASSERT_EQ(sps.read_relations(files.sps + ".x"), 0);
