@@ -1,13 +1,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <fstream>
 #include <span>
-#include <vector>
 
 #include "foundation/messages.h"
-#include "segd/description.h"
-#include "segd/record_reader.h"
-#include "segd/samples.h"
+#include "scratch_folder.h"
+#include "segd/trace_reader.h"
 
 void halvern::TerminateJob(int) {}
 
@@ -49,32 +48,30 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 1) return 0;
     const unsigned mode = data[0];
-    const bool blocked = (mode & 1) != 0;
-    CutSource source(std::as_bytes(std::span(data + 1, size - 1)), (mode & 2) == 0);
-    segd::RecordReader reader(source, static_cast<segd::Dialect>(mode >> 2 & 3), blocked);
-    std::vector<float> samples;
-    for (;;) {
-        const auto record = reader.next_record();
-        if (record == segd::RecordReader::Record::kEnd) break;
-        if (record != segd::RecordReader::Record::kRecord) {
-            if (reader.skip_file() != 0) break;
-            continue;
-        }
-        for (segd::RecordReader::Next next;
-             (next = reader.next_trace()) != segd::RecordReader::Next::kEndOfRecord;) {
-            if (next != segd::RecordReader::Next::kTrace) continue;
-            const segd::Trace& trace = reader.trace();
-            samples.resize(static_cast<std::size_t>(std::min(trace.samples, 100'000)));
-            segd::decode(reader.header().general().format, trace.raw, trace.set->descale, samples);
-            segd::GroupBytes groups;
-            groups[static_cast<std::size_t>(segd::Group::kCS)] =
-                reader.header().descriptor(trace.set_index);
-            groups[static_cast<std::size_t>(segd::Group::kXtn)] = reader.header().external();
-            for (const char* line : {"W CS 31 BCD4", "W XTN 1 U4", "W CS 1 R4"}) {
-                (void)segd::Transcription::parse(line)->value(groups);
-            }
-        }
+    static const ScratchFolder folder;
+    static const bool written = [] {
+        std::ofstream(folder.file("header")) << "Field file identifier   FFID 8 1\n";
+        std::ofstream(folder.file("copied")) << "FFID CS 31 BCD4\nFFID XTN 1 U4\nFFID TE7 1 R4\n";
+        return true;
+    }();
+    segd::TraceReader reader;
+    if (!reader.load({.header_path = folder.file("header"),
+                      .description_path = folder.file("copied"),
+                      .dialect = static_cast<segd::Dialect>(mode >> 2 & 3),
+                      .blocked = (mode & 1) != 0,
+                      .trace_length_ms = static_cast<int>(mode >> 4)}) ||
+        !written) {
+        __builtin_trap();
     }
+    CutSource source(std::as_bytes(std::span(data + 1, size - 1)), (mode & 2) == 0);
     (void)segd::Transcription::parse({reinterpret_cast<const char*>(data), size});
+    if (reader.open(source) != segd::RecordReader::Record::kRecord) return 0;
+    using Met = segd::TraceReader::Met;
+    std::size_t traces = 0;
+    for (Met met; (met = reader.next()) != Met::kEnd && met != Met::kNoWayOn;) {
+        if (met == Met::kTrace) (void)reader.samples().floats(reader.definition());
+        // Every trace takes a header's bytes.
+        if (met == Met::kTrace && ++traces > size) __builtin_trap();
+    }
     return 0;
 }

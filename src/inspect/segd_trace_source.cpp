@@ -1,67 +1,28 @@
 #include "inspect/segd_trace_source.h"
 
-#include <algorithm>
-#include <array>
 #include <optional>
 
+#include "foundation/system_paths.h"
 #include "foundation/words.h"
-#include "inspect/captured_log.h"
-#include "segd/record_reader.h"
-#include "segd/samples.h"
-#include "tape/tape_image.h"
+#include "segd/trace_reader.h"
+#include "tape/tape_drives.h"
 
 namespace halvern {
 
 namespace {
 
-using segd::BlockSource;
 using segd::ChannelSet;
 using segd::HeaderFault;
-using segd::RecordReader;
+using Met = segd::TraceReader::Met;
+using Record = segd::RecordReader::Record;
 
-/// The blocks of a tape image.
-class ImageBlockSource final : public BlockSource {
-public:
-    explicit ImageBlockSource(TapeImageReader image) : image_(std::move(image)) {}
-
-    Status next(std::span<const std::byte>& block) override {
-        const TapeImageRecord record = image_.next();
-        if (record.item == TapeImageItem::kFault) fault_ = image_.fault();
-        block = record.item == TapeImageItem::kBlock ? record.data : std::span<const std::byte>{};
-        if (record.item == TapeImageItem::kBlock) return Status::kBlock;
-        return record.item == TapeImageItem::kBadBlock ? Status::kReadError : Status::kNoData;
-    }
-    int skip_file() override {
-        for (;;) {
-            switch (image_.next().item) {
-                case TapeImageItem::kFilemark:
-                    return 0;
-                case TapeImageItem::kFault:
-                    fault_ = image_.fault();
-                    return -1;
-                case TapeImageItem::kEndOfData:
-                    return -1;
-                default:
-                    break;
-            }
-        }
-    }
-
-    /// Why nothing can be read from where the image stands, which is not its end; else empty.
-    const std::string& fault() const { return fault_; }
-
-private:
-    TapeImageReader image_;
-    std::string fault_;
-};
-
-std::string fault_text(const RecordReader& reader) {
-    switch (reader.fault()) {
+std::string fault_text(const segd::RecordReader& records) {
+    switch (records.fault()) {
         case HeaderFault::kRevision3:
             return "is SEG-D of revision 3, which is not read";
         case HeaderFault::kFormat:
             return "holds SEG-D samples of format " +
-                   std::to_string(reader.layout().general.format) +
+                   std::to_string(records.layout().general.format) +
                    "; 8015, 8036, 8048 and 8058 are read";
         case HeaderFault::kChannelSet:
             return "has SEG-D channel sets that make no sense";
@@ -73,101 +34,97 @@ std::string fault_text(const RecordReader& reader) {
 class SegdTraceSource final : public TraceSource {
 public:
     std::string open(const std::string& path, const std::string& header_path, bool image) {
-        const CapturedLog log;
-        definition_.attach(header_.data());
-        if (definition_.load(header_path) != 0) {
-            return "cannot read the header description '" + header_path + "'";
-        }
         if (image) {
-            std::optional<TapeImageReader> tape = TapeImageReader::open(path);
-            if (tape) {
-                auto source = std::make_unique<ImageBlockSource>(std::move(*tape));
-                image_ = source.get();
-                source_ = std::move(source);
-            }
-        } else {
-            auto file = segd::FileBlockSource::open(path);
-            if (file) source_ = std::make_unique<segd::FileBlockSource>(std::move(*file));
+            device_ = make_image_device(path, TapeUse::kRead, quiet_);
+            if (device_->open() == 0) source_ = std::make_unique<segd::TapeBlockSource>(*device_);
+        } else if (auto file = segd::FileBlockSource::open(path)) {
+            source_ = std::make_unique<segd::FileBlockSource>(std::move(*file));
         }
         if (!source_) return "'" + path + "' cannot be read";
         // A disk file has no blocks to begin traces with.
-        reader_.emplace(*source_, segd::Dialect::kOther, !image);
-        switch (reader_->next_record()) {
-            case RecordReader::Record::kRecord:
-                break;
-            case RecordReader::Record::kFault:
-                return "'" + path + "' " + fault_text(*reader_);
-            default: {
-                const std::string reason = image_ ? image_->fault() : "";
-                return "'" + path + "' begins with no whole SEG-D record header" +
-                       (reason.empty() ? "" : ": ") + reason;
-            }
+        if (!reader_.load({.header_path = header_path,
+                           .description_path = TreePath(SystemDirectory(), "Halvern.segd"),
+                           .blocked = !image})) {
+            return "cannot read the header description '" + header_path + "'";
         }
-        return start(header_path);
+        switch (reader_.open(*source_)) {
+            case Record::kRecord:
+                describe();
+                return {};
+            case Record::kFault:
+                return "'" + path + "' " + fault_text(reader_.records());
+            default:
+                const std::string trouble = reader_.trouble();
+                return "'" + path + "' begins with no whole SEG-D record header" +
+                       (trouble.empty() ? "" : ": ") + trouble;
+        }
     }
 
     std::string kind() const override {
-        return image_ ? "tape image that holds SEG-D" : "SEG-D file";
+        return device_ ? "tape image that holds SEG-D" : "SEG-D file";
     }
 
     bool next() override {
-        while (true) {
-            const RecordReader::Next found = ahead_ ? *ahead_ : reader_->next_trace();
-            ahead_.reset();
-            switch (found) {
-                case RecordReader::Next::kTrace:
-                    take();
+        while (!ended_) {
+            switch (reader_.next()) {
+                case Met::kTrace:
                     return true;
-                case RecordReader::Next::kEndOfRecord:
-                    if (!next_record()) return false;
+                case Met::kOtherInterval:
+                case Met::kRecord:
                     break;
-                default:
+                case Met::kEndOfRecord:
+                    end_record();
+                    break;
+                case Met::kLostBlock:
+                case Met::kBadTraceHeader:
+                case Met::kBadTrace:
                     ++lost_;
+                    break;
+                case Met::kLostHeader:
+                    tell("a record header after " + counted(reader_.record_count(), "record") +
+                         " cannot be read");
+                    break;
+                case Met::kBadHeader:
+                    tell("a record after " + counted(reader_.record_count(), "record") + ' ' +
+                         fault_text(reader_.records()));
+                    break;
+                case Met::kNoWayOn:
+                    tell(reader_.trouble() + "; nothing from there on is read");
+                    ended_ = true;
+                    break;
+                case Met::kEnd:
+                    ended_ = true;
+                    break;
             }
         }
+        return false;
     }
-    void set_samples_wanted(bool wanted) override { samples_wanted_ = wanted; }
+    void set_samples_wanted(bool wanted) override { reader_.set_samples_wanted(wanted); }
     std::int64_t trace_count() const override { return -1; }
-    LineHeader& line() override { return line_; }
-    TraceHeaderDefinition& definition() override { return definition_; }
-    TraceSamples& samples() override { return samples_; }
+    LineHeader& line() override { return reader_.line(); }
+    TraceHeaderDefinition& definition() override { return reader_.definition(); }
+    TraceSamples& samples() override { return reader_.samples(); }
     std::string sample_format() const override {
-        return "SEG-D format " + std::to_string(reader_->header().general().format);
+        return "SEG-D format " + std::to_string(reader_.records().header().general().format);
     }
     std::vector<std::pair<std::string, std::string>> facts() const override { return facts_; }
     std::vector<std::string> oddities() const override {
-        if (lost_ == 0) return {};
-        return {counted(lost_, "trace") + " could not be read"};
+        std::vector<std::string> oddities = reader_.remarks();
+        if (reader_.trace_samples() > reader_.line_samples()) {
+            oddities.push_back("traces of " + in_words(reader_.trace_samples()) +
+                               " samples are longer than a line can be");
+        }
+        if (lost_ > 0) oddities.push_back(counted(lost_, "trace") + " could not be read");
+        return oddities;
     }
     std::string ended_early() const override {
-        if (faults_ <= kMostFaultsTold) return ended_;
-        return ended_ + "; and " + in_words(faults_ - kMostFaultsTold) + " more like these";
+        if (faults_ <= kMostFaultsTold) return told_;
+        return told_ + "; and " + in_words(faults_ - kMostFaultsTold) + " more like these";
     }
 
 private:
-    // Reads one trace ahead: how many samples it has is what the line says.
-    std::string start(const std::string& header_path) {
-        for (const char* name : kWords) words_.push_back(definition_.find(name));
-        describe();
-        ahead_ = reader_->next_trace();
-        const segd::RecordHeader& record = reader_->header();
-        const ChannelSet* set = nullptr;
-        int samples = 0;
-        if (*ahead_ == RecordReader::Next::kTrace) {
-            set = reader_->trace().set;
-            samples = reader_->trace().samples;
-        } else {
-            set = &*std::ranges::find_if(record.sets(),
-                                         [](const ChannelSet& each) { return each.channels > 0; });
-            samples = static_cast<int>(reader_->expected_samples(*set));
-        }
-        line_.build_from_definition(header_path, record.sample_interval(*set),
-                                    std::min(samples, 32767), SampleFormat::kIeee);
-        return {};
-    }
-
     void describe() {
-        const segd::RecordHeader& record = reader_->header();
+        const segd::RecordHeader& record = reader_.records().header();
         const segd::GeneralHeader1& general = record.general();
         char text[120];
         facts_.emplace_back("SEG-D revision", in_words(record.revision()));
@@ -186,109 +143,32 @@ private:
         }
     }
 
-    bool next_record() {
-        const segd::RecordHeader& done = reader_->header();
-        if (reader_->sequence() < done.traces()) {
-            tell("record " + std::to_string(done.file_number()) + " has " +
-                 std::to_string(reader_->sequence()) + " of the " + in_words(done.traces()) +
-                 " traces that its header announces");
+    void end_record() {
+        const segd::RecordReader& records = reader_.records();
+        const std::string record = "record " + std::to_string(records.header().file_number());
+        if (records.sequence() < records.header().traces()) {
+            tell(record + " has " + std::to_string(records.sequence()) + " of the " +
+                 in_words(records.header().traces()) + " traces that its header announces");
         }
-        while (true) {
-            switch (reader_->next_record()) {
-                case RecordReader::Record::kRecord:
-                    ++records_;
-                    return true;
-                case RecordReader::Record::kEnd:
-                    return end();
-                case RecordReader::Record::kFault:
-                    tell("a record behind " + counted(records_, "record") + ' ' +
-                         fault_text(*reader_));
-                    break;
-                default:
-                    tell("a record header behind " + counted(records_, "record") +
-                         " cannot be read");
-                    break;
-            }
-            if (reader_->skip_file() != 0) return end();
+        if (records.left_over() > 0) {
+            tell(record + " has " + in_words(records.left_over()) + " bytes that are no trace");
         }
-    }
-    // A source that is stuck looks to the reader as if the data ended there.
-    bool end() {
-        if (image_ && !image_->fault().empty()) {
-            tell(image_->fault() + "; nothing from there on is read");
-        }
-        return false;
     }
     void tell(const std::string& fault) {
-        if (++faults_ <= kMostFaultsTold) ended_.append(ended_.empty() ? "" : "; ").append(fault);
+        if (++faults_ <= kMostFaultsTold) told_.append(told_.empty() ? "" : "; ").append(fault);
     }
-
-    // Header words and samples of the trace that the reader stands on.
-    void take() {
-        const segd::Trace& trace = reader_->trace();
-        const segd::RecordHeader& record = reader_->header();
-        const segd::GeneralHeader1& general = record.general();
-        header_.fill(std::byte{});
-        const int interval_us = record.sample_interval(*trace.set).us();
-        const bool positioned = !record.sources().empty();
-        const segd::GeneralHeaderN source =
-            positioned ? record.sources().front() : segd::GeneralHeaderN{};
-        const segd::TraceHeaderExtension1 receiver =
-            trace.receiver.value_or(segd::TraceHeaderExtension1{});
-        const double values[] = {static_cast<double>(record.file_number()),
-                                 static_cast<double>(trace.header.trace_number),
-                                 static_cast<double>(trace.set->number),
-                                 static_cast<double>(segd::trace_id_of(trace.set->type)),
-                                 static_cast<double>(general.day),
-                                 static_cast<double>(general.hour),
-                                 static_cast<double>(general.minute),
-                                 static_cast<double>(general.second),
-                                 static_cast<double>(trace.sequence),
-                                 static_cast<double>(records_),
-                                 source.source_line,
-                                 source.source_point,
-                                 static_cast<double>(source.source_index),
-                                 receiver.receiver_line,
-                                 receiver.receiver_point,
-                                 static_cast<double>(receiver.receiver_index),
-                                 static_cast<double>(trace.samples),
-                                 static_cast<double>(interval_us)};
-        static_assert(std::size(values) == std::size(kWords));
-        for (std::size_t i = 0; i < std::size(kWords); ++i) {
-            definition_.set_double(words_[i], values[i]);
-        }
-        if (!samples_wanted_) {
-            samples_.set_raw({}, 0, trace.samples, trace.samples, SampleFormat::kIeee);
-            return;
-        }
-        decoded_.resize(static_cast<std::size_t>(std::clamp(trace.samples, 0, 1'000'000)));
-        segd::decode(general.format, trace.raw, trace.set->descale, decoded_);
-        samples_.set_floats(std::span(decoded_));
-    }
-
-    static constexpr const char* kWords[] = {
-        "FFID",     "CHAN",    "CHANSET",  "TRACEID",  "DTIME",    "HTIME",
-        "MTIME",    "STIME",   "SEQCHAN",  "SEQFFID",  "SOULINE",  "SOUPOINT",
-        "SOUINDEX", "RECLINE", "RECPOINT", "RECINDEX", "NUMSAMPS", "SAMPRATE"};
 
     static constexpr std::int64_t kMostFaultsTold = 3;
 
-    std::unique_ptr<BlockSource> source_;
-    const ImageBlockSource* image_ = nullptr;  // the same; null: a disk file
-    std::optional<RecordReader> reader_;
-    std::optional<RecordReader::Next> ahead_;
-    LineHeader line_;
-    TraceHeaderDefinition definition_;
-    TraceSamples samples_;
-    std::array<std::byte, kTraceHeaderBytes> header_{};
-    std::vector<int> words_;  // indexes of kWords in the definition
-    std::vector<float> decoded_;
+    SilentReporter quiet_;                // what the device would say, the reader's values tell
+    std::unique_ptr<TapeDevice> device_;  // of an image; null: a disk file
+    std::unique_ptr<segd::BlockSource> source_;
+    segd::TraceReader reader_;
     std::vector<std::pair<std::string, std::string>> facts_;
-    std::string ended_;
-    std::int64_t records_ = 1;
+    std::string told_;
     std::int64_t lost_ = 0;
     std::int64_t faults_ = 0;
-    bool samples_wanted_ = true;
+    bool ended_ = false;
 };
 
 }  // namespace

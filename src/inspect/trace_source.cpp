@@ -11,7 +11,6 @@
 #include "inspect/segd_trace_source.h"
 #include "native/native_reader.h"
 #include "segd/record_header.h"
-#include "segd/samples.h"
 #include "segy/segy_reader.h"
 #include "tape/segy_tape_source.h"
 #include "tape/tape_drives.h"
@@ -36,8 +35,8 @@ std::uint32_t little_endian(std::span<const std::byte> bytes) {
     return value;
 }
 
-/// Whether an image in the layout of tape blocks begins here: the first block's length stands
-/// before and behind it.
+/// Whether an image in the layout of tape blocks begins here: the first block's length is
+/// before and after it.
 bool begins_tape_image(const std::string& path, const Beginning& file) {
     if (file.bytes.size() < 8) return false;
     const std::uint32_t length = little_endian(file.bytes) & 0x7FFFFFFF;
@@ -58,7 +57,7 @@ bool begins_segd(std::span<const std::byte> bytes) {
     switch (segd::HeaderLayout::parse(header, segd::Dialect::kOther, layout)) {
         case segd::HeaderFault::kNone:
         case segd::HeaderFault::kChannelSet:
-            return segd::is_readable(layout.general.format);
+            return segd::sample_format_of(layout.general.format).has_value();
         case segd::HeaderFault::kFormat:  // one of the standard's that is not read
             return layout.general.format / 100 == 80;
         case segd::HeaderFault::kRevision3:

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "platform/block_reader.h"
 
@@ -26,8 +27,11 @@ public:
 
     /// The next block, which stays until the next call.
     virtual Status next(std::span<const std::byte>& block) = 0;
-    /// Behind the next filemark. 0, or -1 when there is none.
+    /// To after the next filemark. 0, or -1 when there is none.
     [[nodiscard]] virtual int skip_file() = 0;
+    /// Why nothing can be read from here on, where that is not the end of the data, in words that
+    /// can end a sentence; skip_file() may lead on. Else empty.
+    virtual std::string trouble() const { return {}; }
     /// Whether the blocks' ends are ends of something.
     virtual bool marks_blocks() const { return true; }
 };
@@ -38,14 +42,13 @@ public:
     explicit TapeBlockSource(TapeDevice& device) : device_(device) {}
     Status next(std::span<const std::byte>& block) override;
     [[nodiscard]] int skip_file() override;
-    /// Whether the tape stands in front of a block that can be neither read nor passed. There are
-    /// no data then, but their end it is not; skip_file() may lead on.
-    bool stuck() const { return stuck_; }
+    /// Where a block can be neither read nor passed.
+    std::string trouble() const override { return trouble_; }
 
 private:
     TapeDevice& device_;
-    bool stuck_ = false;
-    bool behind_filemark_ = false;  // that passing a bad block led over
+    std::string trouble_;
+    bool after_filemark_ = false;  // that passing a bad block led over
 };
 
 /// A record as a disk file: its bytes end to end, in pieces that mean nothing.
@@ -55,11 +58,39 @@ public:
     static std::optional<FileBlockSource> open(const std::string& path);
     Status next(std::span<const std::byte>& block) override;
     [[nodiscard]] int skip_file() override;
+    std::string trouble() const override;
     bool marks_blocks() const override { return false; }
 
 private:
     explicit FileBlockSource(BlockReader file) : file_(std::move(file)) {}
     BlockReader file_;
+};
+
+/// Another source, whose beginning can be heard again.
+class RepeatingSource final : public BlockSource {
+public:
+    explicit RepeatingSource(BlockSource& source) : source_(source) {}
+    /// What was heard so far comes once more.
+    void repeat() { next_ = 0; }
+    /// What comes from now on is not kept, nor what has come again.
+    void forget() { remembering_ = false; }
+    std::int64_t remembered() const { return bytes_; }
+
+    Status next(std::span<const std::byte>& block) override;
+    [[nodiscard]] int skip_file() override;
+    std::string trouble() const override;
+    bool marks_blocks() const override { return source_.marks_blocks(); }
+
+private:
+    struct Heard {
+        Status status;
+        std::vector<std::byte> block;
+    };
+    BlockSource& source_;
+    std::vector<Heard> heard_;
+    std::size_t next_ = 0;  // of heard_, to come again
+    std::int64_t bytes_ = 0;
+    bool remembering_ = true;
 };
 
 }  // namespace halvern::segd

@@ -5,7 +5,10 @@ namespace halvern::segd {
 using Status = BlockSource::Status;
 
 std::span<const std::byte> BlockStream::front(std::size_t count) {
-    if (bytes_.size() - begin_ < count && begin_ > 0) {
+    // What was dropped is moved out once it is the larger part, so that no byte moves often however
+    // far ahead one looks.
+    const std::size_t left = bytes_.size() - begin_;
+    if (left < count && begin_ >= left && end_ == Status::kBlock) {
         bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(begin_));
         begin_ = 0;
     }
@@ -34,11 +37,22 @@ void BlockStream::push(std::span<const std::byte> block) {
 void BlockStream::drop(std::size_t count) {
     begin_ += count;
     offset_ += static_cast<std::int64_t>(count);
-    while (first_start_ < starts_.size() && starts_[first_start_] <= offset_) ++first_start_;
+    pass_starts();
+}
+
+void BlockStream::pass_starts() {
+    for (; first_start_ < starts_.size() && starts_[first_start_] <= offset_; ++first_start_) {
+        last_start_ = starts_[first_start_];
+    }
     if (first_start_ == starts_.size()) {
         starts_.clear();
         first_start_ = 0;
     }
+}
+
+bool BlockStream::at_block_start() {
+    pass_starts();
+    return last_start_ == offset_;
 }
 
 void BlockStream::restart() {
@@ -46,14 +60,14 @@ void BlockStream::restart() {
     starts_.clear();
     begin_ = first_start_ = 0;
     offset_ = 0;
+    last_start_ = -1;
     end_ = Status::kBlock;
 }
 
 std::size_t BlockStream::to_next_block() {
     if (!source_.marks_blocks()) return 0;
-    const auto lies_ahead = [this](std::int64_t start) { return start > offset_; };
-    while (first_start_ < starts_.size() && !lies_ahead(starts_[first_start_])) ++first_start_;
-    // Everything that was fetched lies in this block: the next one begins behind it.
+    pass_starts();
+    // Everything that was fetched lies in this block: the next one begins after it.
     if (first_start_ == starts_.size() && !fetch()) return 0;
     return static_cast<std::size_t>(starts_[first_start_] - offset_);
 }

@@ -25,14 +25,19 @@ public:
     /// Empties the stream and goes on with what the source gives next: another file, or what
     /// follows a lost block.
     void restart();
-    /// Puts a block in front of what the source gives next; the stream must be empty.
+    /// Puts a block before what the source gives next; the stream must be empty.
     void push(std::span<const std::byte> block);
     /// Bytes from here to the start of the next tape block, or 0 when no further one is there or
     /// the source's blocks mean nothing.
     std::size_t to_next_block();
+    /// Bytes from here to the end of the last block of the file, when to_next_block() found none.
+    std::size_t rest_of_file() const { return bytes_.size() - begin_; }
+    /// Whether a tape block begins here.
+    bool at_block_start();
 
 private:
     bool fetch();
+    void pass_starts();
 
     BlockSource& source_;
     std::vector<std::byte> bytes_;
@@ -40,6 +45,7 @@ private:
     std::int64_t offset_ = 0;           // of begin_ in the stream
     std::vector<std::int64_t> starts_;  // stream offsets at which blocks begin
     std::size_t first_start_ = 0;       // in starts_: the first that may lie ahead
+    std::int64_t last_start_ = -1;      // the last that does not; -1: none
     BlockSource::Status end_ = BlockSource::Status::kBlock;
 };
 

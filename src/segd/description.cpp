@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <charconv>
-#include <fstream>
 
+#include "platform/text_file.h"
 #include "segd/trace_header.h"
 
 namespace halvern::segd {
@@ -115,10 +115,13 @@ std::optional<double> Transcription::value(const GroupBytes& groups) const {
 
 Description Description::read(const std::string& path, const TraceHeaderDefinition& definition) {
     Description description;
-    std::ifstream file(path);
-    description.found = file.is_open();
-    for (std::string line; std::getline(file, line);) {
-        const std::string text(trimmed(line));
+    const Result<std::string> file = read_text_file(path);
+    description.found = static_cast<bool>(file);
+    std::string_view rest = file ? std::string_view(*file) : std::string_view();
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size());
+        const std::string text(trimmed(rest.substr(0, end)));
+        rest.remove_prefix(std::min(end + 1, rest.size()));
         if (text.empty()) continue;
         std::optional<Transcription> entry = Transcription::parse(text);
         if (!entry) {

@@ -13,7 +13,7 @@
 namespace halvern::segd {
 
 /// The blocks that values can be copied from, as a description file names them: G1, G2, GN (the
-/// first general header behind those), CS (the trace's channel set descriptor), TH (its trace
+/// first general header after those), CS (the trace's channel set descriptor), TH (its trace
 /// header), TE1 … TE7 (its extensions), EXT and XTN (the record's extended and external header).
 enum class Group : int {
     kG1,

@@ -8,7 +8,7 @@
 
 namespace halvern::segd {
 
-/// What stands for "look in general header 2" in a count of the first general header.
+/// What means "look in general header 2" in a count of the first general header.
 inline constexpr int kExtended = -1;
 
 /// General header #1: the first 32 bytes of a record. Offsets count from 0.
@@ -27,14 +27,14 @@ struct GeneralHeader1 {
     static constexpr std::size_t kZR = 25;   ///< high half: record type; 3 BCD digits: length
     static constexpr std::size_t kSTR = 27;  ///< scan types per record, 2 BCD digits
     static constexpr std::size_t kCS = 28;   ///< channel sets per scan type; FF: general header 2
-    static constexpr std::size_t kSK = 29;   ///< sample skew blocks behind each scan type
+    static constexpr std::size_t kSK = 29;   ///< sample skew blocks after each scan type
     static constexpr std::size_t kEC = 30;   ///< extended header blocks; FF: general header 2
     static constexpr std::size_t kEX = 31;   ///< external header blocks; FF: general header 2
 
     int file_number;        ///< or kExtended
     int format;             ///< 8015, 8058, …
     int year;               ///< two digits
-    int additional_blocks;  ///< general header blocks behind this one, 0 … 15
+    int additional_blocks;  ///< general header blocks after this one, 0 … 15
     int day;                ///< of the year, from 1
     int hour, minute, second;
     int manufacturer;  ///< 0 when the code is not decimal
@@ -52,7 +52,7 @@ struct GeneralHeader1 {
     /// when there is no base scan interval or scan type.
     static std::optional<GeneralHeader1> parse(Bytes<kSize> bytes);
 
-    /// Whether these bytes can begin a record, where something else could stand as well: a known
+    /// Whether these bytes can begin a record, where something else could be as well: a known
     /// format code, times within their bounds and a usual base scan interval.
     static bool plausible(Bytes<kSize> bytes);
 };
@@ -81,7 +81,7 @@ struct GeneralHeader2 {
 
     /// Any block of 32 bytes can be read as one.
     static GeneralHeader2 parse(Bytes<kSize> bytes);
-    /// Whether a block behind the first one is this header and no private block of revision 0.
+    /// Whether a block after the first one is this header and no private block of revision 0.
     static bool is_one(Bytes<kSize> bytes);
     static bool is_revision_3(Bytes<kSize> bytes);
 };

@@ -1,7 +1,6 @@
 #include "segd/image_files.h"
 
 #include "segd/record_reader.h"
-#include "segd/samples.h"
 
 namespace halvern::segd {
 
@@ -12,7 +11,7 @@ std::string quoted(const std::string& path, const std::string& what) {
 }
 
 std::string place_of(const RecordReader& reader) {
-    return "trace " + std::to_string(reader.sequence()) + " of file number " +
+    return "trace " + std::to_string(reader.trace().sequence) + " of file number " +
            std::to_string(reader.header().file_number());
 }
 
@@ -50,19 +49,22 @@ std::string split_records(const std::string& file, Dialect dialect,
         RecordReader::Next next;
         while ((next = reader.next_trace()) == RecordReader::Next::kTrace) {
             const Trace& trace = reader.trace();
-            const std::int64_t there = samples_in(reader.header().general().format,
-                                                  static_cast<std::int64_t>(trace.raw.size()));
+            const std::int64_t there =
+                samples_in(reader.header().format(), static_cast<std::int64_t>(trace.raw.size()));
             if (there < trace.samples) {
                 return quoted(file, "ends within " + place_of(reader));
             }
             if (block(trace.bytes) != 0) return not_copied;
         }
+        if (std::string trouble = source->trouble(); !trouble.empty()) {
+            return quoted(file, "cannot be read: " + trouble);
+        }
         if (next != RecordReader::Next::kEndOfRecord) {
             return quoted(file, "has no whole trace where " + place_of(reader) + " is due");
         }
         if (reader.left_over() > 0) {
-            return quoted(file, "has " + std::to_string(reader.left_over()) +
-                                    " bytes behind its last trace that are no trace");
+            return quoted(file,
+                          "has " + std::to_string(reader.left_over()) + " bytes that are no trace");
         }
         if (!reader.trailer().empty() && block(reader.trailer()) != 0) return not_copied;
     }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "segd/samples.h"
 #include "trace/sample_format.h"
 
 namespace halvern::segd {
@@ -25,6 +24,21 @@ bool counts_external_blocks_in_24_bits(const GeneralHeader1& general,
 }
 
 }  // namespace
+
+std::optional<SampleFormat> sample_format_of(int format_code) {
+    switch (format_code) {
+        case 8015:
+            return SampleFormat::kSegd8015;
+        case 8036:
+            return SampleFormat::kSegd8036;
+        case 8048:
+            return SampleFormat::kSegd8048;
+        case 8058:
+            return SampleFormat::kIeee;
+        default:
+            return {};
+    }
+}
 
 std::int64_t HeaderLayout::extended_begin() const {
     return descriptors_begin() + std::int64_t{general.scan_types} *
@@ -64,7 +78,7 @@ HeaderFault HeaderLayout::parse(std::span<const std::byte> bytes, Dialect dialec
         if (GeneralHeader2::is_revision_3(second)) return HeaderFault::kRevision3;
         if (GeneralHeader2::is_one(second)) layout.second = GeneralHeader2::parse(second);
     }
-    if (!is_readable(general->format)) return HeaderFault::kFormat;
+    if (!sample_format_of(general->format)) return HeaderFault::kFormat;
     if (layout.second) {
         const GeneralHeader2& second = *layout.second;
         const auto resolve = [](int& count, int extended) {

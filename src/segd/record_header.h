@@ -8,6 +8,7 @@
 
 #include "segd/channel_set.h"
 #include "segd/general_header.h"
+#include "trace/sample_format.h"
 #include "trace/sample_interval.h"
 
 namespace halvern::segd {
@@ -19,6 +20,10 @@ enum class Dialect : int {
     kSercel388 = 2,  ///< the standard
     kIoRsr = 3,      ///< the standard
 };
+
+/// How the samples of a data format code are encoded; nothing for a code that is not read, which is
+/// all but 8015, 8036, 8048 and 8058.
+std::optional<SampleFormat> sample_format_of(int format_code);
 
 /// Why a record's header cannot be used.
 enum class HeaderFault {
@@ -64,6 +69,7 @@ public:
     /// One for each source set; empty where the tape has none.
     const std::vector<GeneralHeaderN>& sources() const { return sources_; }
 
+    SampleFormat format() const { return *sample_format_of(general().format); }
     int file_number() const { return layout_->file_number; }
     double revision() const;
     int trailer_blocks() const { return layout_->second ? layout_->second->trailer_blocks : 0; }

@@ -1,14 +1,21 @@
 #include "segd/record_reader.h"
 
 #include <algorithm>
-#include <array>
 #include <functional>
-
-#include "segd/samples.h"
+#include <utility>
 
 namespace halvern::segd {
 
 using Status = BlockSource::Status;
+
+namespace {
+
+// Equal bytes, such as fill a tape block up.
+bool is_filler(std::span<const std::byte> bytes) {
+    return std::ranges::adjacent_find(bytes, std::not_equal_to<>()) == bytes.end();
+}
+
+}  // namespace
 
 RecordReader::Record RecordReader::next_record() {
     constexpr int kEndsOfData = 2;
@@ -62,7 +69,8 @@ RecordReader::Record RecordReader::begin_record(std::span<const std::byte> block
     }
     fault_ = header_.parse(layout_, whole.first(length));
     if (fault_ != HeaderFault::kNone) return Record::kFault;
-    file_number_ = header_.file_number();
+    habits_ = {.file_number = header_.file_number()};
+    in_order_ = true;
     while (header_.sets()[set_].channels == 0) ++set_;
     left_in_set_ = header_.sets()[set_].channels;
     if (streaming_) {
@@ -98,20 +106,19 @@ void RecordReader::finish_record() {
 // were. What fills a tape block up is left over from nothing.
 std::size_t RecordReader::pass_over(std::size_t count) {
     const std::span<const std::byte> bytes = stream_.front(count);
-    const bool filler = source_.marks_blocks() &&
-                        std::ranges::adjacent_find(bytes, std::not_equal_to<>()) == bytes.end();
-    if (!filler) left_over_ += static_cast<std::int64_t>(bytes.size());
+    if (!source_.marks_blocks() || !is_filler(bytes))
+        left_over_ += static_cast<std::int64_t>(bytes.size());
     stream_.drop(bytes.size());
     return bytes.size();
 }
 
 int RecordReader::skip_file() {
-    const bool behind_filemark = streaming_ && stream_.end() == Status::kNoData;
+    const bool after_filemark = streaming_ && stream_.end() == Status::kNoData;
     in_record_ = false;
     pending_ = {};
     ends_in_a_row_ = 1;
     if (streaming_) stream_.restart();
-    return behind_filemark ? 0 : source_.skip_file();
+    return after_filemark ? 0 : source_.skip_file();
 }
 
 RecordReader::Next RecordReader::next_trace() {
@@ -119,24 +126,33 @@ RecordReader::Next RecordReader::next_trace() {
     return streaming_ ? next_in_stream() : next_in_block();
 }
 
-// A trace header that belongs here: of this record, of a set that the record has.
-bool RecordReader::is_plausible(std::span<const std::byte> bytes) const {
-    if (bytes.size() < TraceHeader::kSize) return false;
-    const std::optional<TraceHeader> header =
-        TraceHeader::parse(bytes.first<TraceHeader::kSize>(), layout_.revision_0());
-    if (!header || header->trace_number < 1) return false;
-    if (!header->file_extended && header->file_number != header_.file_number() &&
-        header->file_number != file_number_) {
+std::optional<TraceHeader> RecordReader::parse(std::span<const std::byte> bytes) const {
+    if (bytes.size() < TraceHeader::kSize) return {};
+    return TraceHeader::parse(bytes.first<TraceHeader::kSize>(), layout_.revision_0());
+}
+
+// Whether the header belongs here: to this record, and to a set that the record has.
+bool RecordReader::fits(const TraceHeader& header) const {
+    if (header.trace_number < 1) return false;
+    if (!header.file_extended && header.file_number != header_.file_number() &&
+        header.file_number != habits_.file_number) {
         return false;
     }
-    const auto fits = [&](const ChannelSet& set) {
-        return set.number == header->channel_set && set.scan_type == header->scan_type &&
-               set.channels > 0 && (all_announced() || header->trace_number <= set.channels);
+    const auto counts = [&](int channels) {
+        const std::int64_t most = habits_.running ? header_.traces() : channels;
+        return all_announced() || header.trace_number <= most;
+    };
+    const auto fits_set = [&](const ChannelSet& set) {
+        return set.number == header.channel_set && set.scan_type == header.scan_type &&
+               set.channels > 0 && counts(set.channels);
     };
     // Most often it is the set of the last trace, or the next one.
     const std::vector<ChannelSet>& sets = header_.sets();
-    return fits(sets[set_]) || (set_ + 1 < sets.size() && fits(sets[set_ + 1])) ||
-           std::ranges::any_of(sets, fits);
+    if (fits_set(sets[set_]) || (set_ + 1 < sets.size() && fits_set(sets[set_ + 1]))) return true;
+    if (habits_.foreign_set >= 0 && header.channel_set == habits_.foreign_set) {
+        return counts(sets[set_due()].channels);
+    }
+    return std::ranges::any_of(sets, fits_set);
 }
 
 bool RecordReader::begins_record(std::span<const std::byte> bytes) const {
@@ -144,52 +160,73 @@ bool RecordReader::begins_record(std::span<const std::byte> bytes) const {
            GeneralHeader1::plausible(bytes.first<GeneralHeader1::kSize>()) && !is_plausible(bytes);
 }
 
-// The set that the header names, else the one whose turn it is.
-const ChannelSet* RecordReader::set_of(const TraceHeader& header) {
+// The set whose turn it is.
+std::size_t RecordReader::set_due() const {
     const std::vector<ChannelSet>& sets = header_.sets();
-    if (left_in_set_ == 0) {
-        std::size_t next = set_ + 1;
-        while (next < sets.size() && sets[next].channels == 0) ++next;
-        if (next < sets.size()) {
-            set_ = next;
-            left_in_set_ = sets[set_].channels;
-        }
+    if (left_in_set_ > 0) return set_;
+    std::size_t next = set_ + 1;
+    while (next < sets.size() && sets[next].channels == 0) ++next;
+    return next < sets.size() ? next : set_;
+}
+
+void RecordReader::take_turn() {
+    if (const std::size_t due = set_due(); due != set_) {
+        set_ = due;
+        left_in_set_ = header_.sets()[set_].channels;
     }
+    left_in_set_ = std::max<std::int64_t>(left_in_set_ - 1, 0);
+}
+
+// The set that the header names, else the one whose turn it is.
+std::size_t RecordReader::set_of(const TraceHeader& header) const {
+    const std::vector<ChannelSet>& sets = header_.sets();
     const auto named = [&](const ChannelSet& set) {
         return set.channels > 0 && set.number == header.channel_set &&
                set.scan_type == header.scan_type;
     };
-    if (!named(sets[set_])) {
-        const auto found = std::ranges::find_if(sets, named);
-        if (found != sets.end()) {
-            set_ = static_cast<std::size_t>(found - sets.begin());
-            left_in_set_ = std::max(sets[set_].channels - header.trace_number + 1, 1);
-        }
-    }
-    left_in_set_ = std::max<std::int64_t>(left_in_set_ - 1, 0);
-    return &sets[set_];
+    const std::size_t due = set_due();
+    if (named(sets[due])) return due;
+    const auto found = std::ranges::find_if(sets, named);
+    return found == sets.end() ? due : static_cast<std::size_t>(found - sets.begin());
+}
+
+// The place in the record, from 1, that its numbers give a trace.
+std::int64_t RecordReader::place_of(const TraceHeader& header) const {
+    if (habits_.running) return header.trace_number;
+    std::int64_t place = header.trace_number;
+    for (std::size_t set = set_of(header); set-- > 0;) place += header_.sets()[set].channels;
+    return place;
 }
 
 // Reads the header that `bytes` begin with, and its first extension; nothing when they are not
 // whole.
 std::optional<TraceHeader> RecordReader::start_trace(std::span<const std::byte> bytes) {
     trace_ = {.sequence = sequence_};
-    std::optional<TraceHeader> header;
-    if (bytes.size() >= TraceHeader::kSize) {
-        header = TraceHeader::parse(bytes.first<TraceHeader::kSize>(), layout_.revision_0());
-    }
+    const std::optional<TraceHeader> header = parse(bytes);
     const std::size_t extensions =
         header ? static_cast<std::size_t>(header->extensions) * kBlockBytes : 0;
     if (!header || bytes.size() < TraceHeader::kSize + extensions) {
-        left_in_set_ = std::max<std::int64_t>(left_in_set_ - 1, 0);
+        take_turn();
         return {};
     }
+    const std::size_t set = set_of(*header);
+    if (std::int64_t place = place_of(*header); place != sequence_ && !habits_.running) {
+        // The first trace of a later set, with a number that goes on from the set before.
+        habits_.running = header->trace_number == sequence_ && sequence_ > 1 &&
+                          place == 2 * std::int64_t{sequence_} - 1;
+    }
+    in_order_ = place_of(*header) == sequence_;
     const bool unnumbered = header->file_extended && header->file_number == 0;
     if (!unnumbered && header->file_number != header_.file_number()) ++foreign_file_numbers_;
-    file_number_ = header->file_number;
+    habits_.file_number = header->file_number;
+    take_turn();
+    if (set != set_) {
+        set_ = set;
+        left_in_set_ = std::max(header_.sets()[set].channels - header->trace_number, 0);
+    }
     trace_.header = *header;
-    trace_.set = set_of(*header);
-    trace_.set_index = set_;
+    trace_.set = &header_.sets()[set];
+    trace_.set_index = set;
     trace_.extensions = bytes.subspan(TraceHeader::kSize, extensions);
     if (extensions > 0) {
         trace_.receiver = TraceHeaderExtension1::parse(trace_.extensions.first<kBlockBytes>());
@@ -197,10 +234,10 @@ std::optional<TraceHeader> RecordReader::start_trace(std::span<const std::byte> 
     return header;
 }
 
-// A trace that is due and cannot be told: the channels go on behind it.
+// A trace that is due and cannot be told: the channels go on after it.
 void RecordReader::lose_trace() {
     ++sequence_;
-    left_in_set_ = std::max<std::int64_t>(left_in_set_ - 1, 0);
+    take_turn();
     trace_ = {.sequence = sequence_};
 }
 
@@ -230,6 +267,12 @@ RecordReader::Next RecordReader::next_in_block() {
             return Next::kEndOfRecord;
         }
         const std::size_t trailer = trailer_bytes();
+        if (holds_more(block)) {
+            streaming_ = found_blocked_ = true;
+            stream_.restart();
+            stream_.push(block);
+            return next_in_stream();
+        }
         const bool may_be_trailer = all_announced() || (trailer > 0 && block.size() == trailer);
         if (may_be_trailer && !is_plausible(block)) continue;
 
@@ -251,7 +294,7 @@ RecordReader::Next RecordReader::next_in_block() {
 // The claim of the first extension counts when the block holds it, or is merely cut short of what
 // the times say, too; otherwise the block's length decides.
 std::int64_t RecordReader::samples_of_block(std::int64_t claimed, std::int64_t data_bytes) const {
-    const int format = header_.general().format;
+    const SampleFormat format = header_.format();
     const std::int64_t there = samples_in(format, data_bytes);
     const std::int64_t intervals = header_.intervals(*trace_.set);
     const bool timed = claimed == intervals || claimed == intervals + 1;
@@ -262,43 +305,54 @@ std::int64_t RecordReader::samples_of_block(std::int64_t claimed, std::int64_t d
 }
 
 RecordReader::Next RecordReader::next_in_stream() {
-    const std::span<const std::byte> ahead = stream_.front(GeneralHeader1::kSize);
-    if (ahead.empty() && stream_.end() == Status::kReadError) {
-        stream_.restart();
-        lose_trace();
-        if (!skip_to_plausible()) finish_record();
-        return Next::kReadError;
-    }
-    if (ahead.empty() || begins_record(ahead)) {
-        in_record_ = false;
-        return Next::kEndOfRecord;
-    }
-    if (!is_plausible(ahead)) {
-        if (!all_announced()) {
+    for (;;) {
+        const std::span<const std::byte> ahead = stream_.front(GeneralHeader1::kSize);
+        const bool lost_block = ahead.empty() && stream_.end() == Status::kReadError;
+        if (!lost_block) {
+            if (ahead.empty() || begins_record(ahead)) {
+                in_record_ = false;
+                return Next::kEndOfRecord;
+            }
+            if (is_plausible(ahead) || adopt()) return trace_in_stream();
+            if (all_announced()) return end_of_stream();
+        }
+        // What is lost, or no trace: how many traces are gone shows in the number of the next one.
+        const int due = sequence_ + 1;
+        if (lost_block) stream_.restart();
+        const bool found = resynchronise(lost_block);
+        if (found && in_order_) {
+            const auto header = parse(stream_.front(TraceHeader::kSize));
+            const std::int64_t place = header && fits(*header) ? place_of(*header) : 0;
+            while (place <= header_.traces() && sequence_ + 1 < place) lose_trace();
+        } else if (lost_block && !all_announced()) {
             lose_trace();
-            if (!skip_to_plausible()) finish_record();
-            return Next::kBadHeader;
         }
-        // Trailers, and behind them another record, the end, or nothing that can be told.
-        const std::span<const std::byte> trailer = stream_.front(trailer_bytes());
-        if (trailer.size() == trailer_bytes()) trailer_.assign(trailer.begin(), trailer.end());
-        stream_.drop(trailer_.size());
-        const auto at_record = [this] {
-            return begins_record(stream_.front(GeneralHeader1::kSize));
-        };
-        while (!at_record()) {
-            const std::size_t distance = stream_.to_next_block();
-            if (distance == 0) break;
-            pass_over(distance);
-        }
-        if (at_record()) in_record_ = false;
-        finish_record();
-        return Next::kEndOfRecord;
+        trace_ = {.sequence = due};
+        if (lost_block) return Next::kReadError;
+        if (sequence_ >= due) return Next::kBadHeader;
     }
+}
 
-    const auto header = TraceHeader::parse(ahead.first<TraceHeader::kSize>(), layout_.revision_0());
-    const std::size_t lead =
-        TraceHeader::kSize + static_cast<std::size_t>(header->extensions) * kBlockBytes;
+// After the last trace that was announced: trailers, and after them another record, the end, or
+// nothing that can be told.
+RecordReader::Next RecordReader::end_of_stream() {
+    const std::span<const std::byte> trailer = stream_.front(trailer_bytes());
+    if (trailer.size() == trailer_bytes()) trailer_.assign(trailer.begin(), trailer.end());
+    stream_.drop(trailer_.size());
+    const auto at_record = [this] { return begins_record(stream_.front(GeneralHeader1::kSize)); };
+    while (!at_record()) {
+        const std::size_t distance = stream_.to_next_block();
+        if (distance == 0) break;
+        pass_over(distance);
+    }
+    if (at_record()) in_record_ = false;
+    finish_record();
+    return Next::kEndOfRecord;
+}
+
+RecordReader::Next RecordReader::trace_in_stream() {
+    const TraceHeader header = *parse(stream_.front(TraceHeader::kSize));
+    const std::size_t lead = lead_of(header);
     const std::span<const std::byte> start = stream_.front(lead);
     ++sequence_;
     if (!start_trace(start)) {
@@ -306,10 +360,9 @@ RecordReader::Next RecordReader::next_in_stream() {
         return Next::kBadHeader;
     }
     trace_.extensions = {};
-    const Extent extent = extent_in_stream(trace_.receiver ? trace_.receiver->samples : 0, lead);
-    const std::size_t length = lead + static_cast<std::size_t>(extent.bytes);
-    const std::span<const std::byte> whole = stream_.front(length);
-    const bool lost = whole.size() < length && stream_.end() == Status::kReadError;
+    const Extent extent = extent_in_stream(start, *trace_.set);
+    const std::span<const std::byte> whole = stream_.front(extent.bytes);
+    const bool lost = whole.size() < extent.bytes && stream_.end() == Status::kReadError;
     stream_.drop(whole.size());
     if (whole.size() <= lead || extent.samples == 0 || lost) return Next::kBadTrace;
     trace_.bytes = whole;
@@ -320,7 +373,7 @@ RecordReader::Next RecordReader::next_in_stream() {
     return Next::kTrace;
 }
 
-// Whether a trace, a record, a trailer or the end stands `bytes` bytes ahead.
+// Whether a trace, a record, a trailer or the end comes `bytes` bytes ahead.
 bool RecordReader::something_follows(std::size_t bytes) {
     const std::span<const std::byte> ahead = stream_.front(bytes + GeneralHeader1::kSize);
     if (ahead.size() < bytes) return false;
@@ -330,38 +383,129 @@ bool RecordReader::something_follows(std::size_t bytes) {
     return trailer > 0 && stream_.front(bytes + trailer + 1).size() == bytes + trailer;
 }
 
-// Which of the counts that the headers give is the one that fits what stands behind the trace.
-RecordReader::Extent RecordReader::extent_in_stream(std::int64_t claimed, std::size_t lead) {
-    const int format = header_.general().format;
-    const std::int64_t expected = expected_samples(*trace_.set);
-    const std::int64_t intervals = header_.intervals(*trace_.set);
-    const std::array counts = {claimed, expected, 2 * intervals + 1 - expected};
-    Extent first;
-    Extent whole;
-    for (const std::int64_t samples : counts) {
-        for (const bool cut_group : {false, true}) {
-            if (samples <= 0) continue;
-            const Extent extent{samples, bytes_of(format, samples, cut_group)};
-            const std::size_t length = lead + static_cast<std::size_t>(extent.bytes);
-            if (something_follows(length)) return extent;
-            if (first.samples == 0) first = extent;
-            if (whole.samples == 0 && stream_.front(length).size() == length) whole = extent;
+// What a trace that begins with `start`, its header and extensions, may take by what the headers
+// say: the extension's count, the one that the set's times give, and the one that they give to
+// those who count the ends another way.
+std::array<RecordReader::Extent, RecordReader::kExtents> RecordReader::extents(
+    std::span<const std::byte> start, const ChannelSet& set) const {
+    std::int64_t claimed = 0;
+    if (start.size() >= TraceHeader::kSize + kBlockBytes) {
+        claimed =
+            TraceHeaderExtension1::parse(start.subspan(TraceHeader::kSize).first<kBlockBytes>())
+                .samples;
+    }
+    const std::int64_t expected = expected_samples(set);
+    const std::int64_t counts[] = {claimed, expected, 2 * header_.intervals(set) + 1 - expected};
+    std::array<Extent, kExtents> extents{};
+    for (std::size_t i = 0; i < kExtents; ++i) {
+        const std::int64_t samples = std::max<std::int64_t>(counts[i / 2], 0);
+        const std::int64_t bytes = bytes_of(header_.format(), samples, i % 2 == 1);
+        extents[i] = {.samples = samples, .bytes = start.size() + static_cast<std::size_t>(bytes)};
+    }
+    return extents;
+}
+
+// Which of those is the one that fits what comes after the trace; where none does, the block's
+// length may.
+RecordReader::Extent RecordReader::extent_in_stream(std::span<const std::byte> start,
+                                                    const ChannelSet& set) {
+    const std::size_t lead = start.size();
+    Extent first, whole;
+    for (Extent extent : extents(start, set)) {
+        if (extent.samples == 0) continue;
+        extent.followed = something_follows(extent.bytes);
+        if (extent.followed) return extent;
+        if (first.samples == 0) first = extent;
+        if (whole.samples == 0 && stream_.front(extent.bytes).size() == extent.bytes) {
+            whole = extent;
+        }
+    }
+    std::size_t block = stream_.at_block_start() ? stream_.to_next_block() : 0;
+    if (block == 0 && stream_.at_block_start()) block = stream_.rest_of_file();
+    if (block > lead && something_follows(block)) {
+        const auto data = static_cast<std::int64_t>(block - lead);
+        const std::int64_t samples = samples_in(header_.format(), data);
+        const std::span<const std::byte> rest =
+            stream_.front(block).subspan(std::min(whole.bytes, block));
+        const bool filled_up = whole.samples > 0 && is_filler(rest);
+        if (samples > 0 && !filled_up) {
+            return {.samples = samples, .bytes = block, .followed = true};
         }
     }
     return whole.samples > 0 ? whole : first;
 }
 
-// To the next tape block that begins with a trace of this record, or with a record. False, with the
-// stream at its end, when there is none.
-bool RecordReader::skip_to_plausible() {
-    std::span<const std::byte> ahead = stream_.front(GeneralHeader1::kSize);
-    while (!is_plausible(ahead) && !begins_record(ahead)) {
-        const std::size_t distance = stream_.to_next_block();
-        if (distance == 0) return false;
-        stream_.drop(distance);
-        ahead = stream_.front(GeneralHeader1::kSize);
+// Takes what is ahead for a trace although its header does not fit: the file number, the set or the
+// numbers are not the record's. It is one all the same when another like it, or the end, follows
+// the samples that it announces.
+bool RecordReader::adopt() {
+    const std::span<const std::byte> ahead = stream_.front(TraceHeader::kSize);
+    const std::optional<TraceHeader> header = parse(ahead);
+    if (!header || is_filler(ahead) || header->trace_number < 1 || all_announced() ||
+        header->trace_number > header_.traces()) {
+        return false;
     }
-    return true;
+    const ChannelSet& set = header_.sets()[set_of(*header)];
+    const Habits before = habits_;
+    if (!header->file_extended) habits_.file_number = header->file_number;
+    if (set.number != header->channel_set || set.scan_type != header->scan_type) {
+        habits_.foreign_set = header->channel_set;
+    }
+    if (header->trace_number > set.channels) habits_.running = true;
+    if (is_followed()) return true;
+    habits_ = before;
+    return false;
+}
+
+// Whether a trace, a record or the end follows the trace whose header is ahead.
+bool RecordReader::is_followed() {
+    const TraceHeader header = *parse(stream_.front(TraceHeader::kSize));
+    const std::span<const std::byte> start = stream_.front(lead_of(header));
+    return start.size() == lead_of(header) &&
+           extent_in_stream(start, header_.sets()[set_of(header)]).followed;
+}
+
+// Whether another trace follows the one that a block begins with: the tape is packed.
+bool RecordReader::holds_more(std::span<const std::byte> block) const {
+    const std::optional<TraceHeader> header = parse(block);
+    if (!header || !fits(*header)) return false;
+    const std::size_t lead = lead_of(*header);
+    if (block.size() < lead) return false;
+    return std::ranges::any_of(
+        extents(block.first(lead), header_.sets()[set_of(*header)]), [&](const Extent& extent) {
+            return extent.samples > 0 && block.size() >= extent.bytes + TraceHeader::kSize &&
+                   is_plausible(block.subspan(extent.bytes));
+        });
+}
+
+// To where reading can go on: a trace or a record at the start of a tape block; elsewhere the trace
+// that is due, or a later one that something follows. False, at the end of the stream, when there
+// is none. What is passed over counts as left over unless a `lost` block explains it.
+bool RecordReader::resynchronise(bool lost) {
+    constexpr std::size_t kWindow = 64 * 1024;
+    const auto place = [this](std::span<const std::byte> bytes) {
+        const std::optional<TraceHeader> header = parse(bytes);
+        return header && fits(*header) ? place_of(*header) : 0;
+    };
+    for (bool at_block = true;;) {
+        std::span<const std::byte> ahead = stream_.front(GeneralHeader1::kSize);
+        if (ahead.empty()) return false;
+        const std::int64_t here = place(ahead);
+        if (here > 0 ? at_block || here == sequence_ + 1 || is_followed() : begins_record(ahead)) {
+            return true;
+        }
+        const std::size_t distance = stream_.to_next_block();
+        const std::size_t reach = distance > 0 ? distance : kWindow;
+        ahead = stream_.front(reach + TraceHeader::kSize - 1);
+        std::size_t at = 1;
+        while (at < std::min(reach, ahead.size()) && place(ahead.subspan(at)) <= sequence_) ++at;
+        at = std::min(at, ahead.size());
+        at_block = at == distance;
+        if (lost)
+            stream_.drop(at);
+        else
+            pass_over(at);
+    }
 }
 
 }  // namespace halvern::segd

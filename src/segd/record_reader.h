@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -42,17 +43,17 @@ public:
         kFault,      ///< it can, and fault() says what is wrong with it
     };
     /// Reads the next record's header; what is left of the record before is passed over. After
-    /// kReadError and kFault the tape stands somewhere in the file: skip_file() goes on.
+    /// kReadError and kFault the tape is somewhere in the file: skip_file() goes on.
     Record next_record();
-    /// Behind the next filemark. 0, or -1 when there is none.
+    /// To after the next filemark. 0, or -1 when there is none.
     [[nodiscard]] int skip_file();
 
     enum class Next {
         kTrace,
         kEndOfRecord,
-        kReadError,  ///< a block is lost; the next call goes on behind it
-        kBadHeader,  ///< no trace header where one is due
-        kBadTrace,   ///< a header, with no samples behind it
+        kReadError,  ///< a block is lost; the next call goes on after it
+        kBadHeader,  ///< no trace header where one is due; trace().sequence is its number
+        kBadTrace,   ///< a header, with no samples after it
     };
     Next next_trace();
 
@@ -64,11 +65,12 @@ public:
     const Trace& trace() const { return trace_; }
     /// Traces of this record so far, those that failed included.
     int sequence() const { return sequence_; }
+    /// Whether the last trace came where its numbers place it.
+    bool in_order() const { return in_order_; }
     /// The storage unit label that was found before this record; empty: none.
     std::span<const std::byte> label() const { return label_; }
-    /// Behind the last trace of a stream: its trailer blocks, and how many bytes besides were
-    /// passed over because nothing can be told about them; on tape, without what merely fills a
-    /// block up.
+    /// The trailer blocks after the last trace of a stream, and how many bytes besides were passed
+    /// over because nothing can be told about them; on tape, without what merely fills a block up.
     std::span<const std::byte> trailer() const { return trailer_; }
     std::int64_t left_over() const { return left_over_; }
     /// Whether a tape that was said not to be blocked is.
@@ -88,12 +90,36 @@ private:
     std::size_t pass_over(std::size_t count);
     Next next_in_block();
     Next next_in_stream();
-    bool skip_to_plausible();
+    Next trace_in_stream();
+    Next end_of_stream();
+    bool resynchronise(bool lost);
 
-    bool is_plausible(std::span<const std::byte> bytes) const;
+    /// How a record's trace headers name their record and sets and count, where that is not as the
+    /// standard has it.
+    struct Habits {
+        int file_number = 0;
+        int foreign_set = -1;  // a set that the record does not have; -1: none
+        bool running = false;  // trace numbers run through all sets
+    };
+    /// Of a trace's header with its extensions.
+    static std::size_t lead_of(const TraceHeader& header) {
+        return TraceHeader::kSize + static_cast<std::size_t>(header.extensions) * kBlockBytes;
+    }
+    std::optional<TraceHeader> parse(std::span<const std::byte> bytes) const;
+    bool fits(const TraceHeader& header) const;
+    bool is_plausible(std::span<const std::byte> bytes) const {
+        const std::optional<TraceHeader> header = parse(bytes);
+        return header && fits(*header);
+    }
+    bool adopt();
+    bool is_followed();
+    bool holds_more(std::span<const std::byte> block) const;
     bool begins_record(std::span<const std::byte> bytes) const;
     bool all_announced() const { return sequence_ >= header_.traces(); }
-    const ChannelSet* set_of(const TraceHeader& header);
+    std::size_t set_of(const TraceHeader& header) const;
+    std::size_t set_due() const;
+    void take_turn();
+    std::int64_t place_of(const TraceHeader& header) const;
     std::optional<TraceHeader> start_trace(std::span<const std::byte> bytes);
     void lose_trace();
     void learn(std::int64_t samples);
@@ -104,9 +130,13 @@ private:
     std::int64_t samples_of_block(std::int64_t claimed, std::int64_t data_bytes) const;
     struct Extent {
         std::int64_t samples = 0;
-        std::int64_t bytes = 0;
+        std::size_t bytes = 0;  // of the whole trace
+        bool followed = false;  // by a trace, a record or the end
     };
-    Extent extent_in_stream(std::int64_t claimed, std::size_t lead);
+    static constexpr std::size_t kExtents = 6;
+    std::array<Extent, kExtents> extents(std::span<const std::byte> start,
+                                         const ChannelSet& set) const;
+    Extent extent_in_stream(std::span<const std::byte> start, const ChannelSet& set);
     bool something_follows(std::size_t bytes);
 
     BlockSource& source_;
@@ -123,7 +153,8 @@ private:
     std::int64_t left_over_ = 0;
     Trace trace_;
     int sequence_ = 0;
-    int file_number_ = 0;  // that the record's traces carry
+    Habits habits_;
+    bool in_order_ = true;
     std::size_t set_ = 0;  // of the last trace, in header().sets()
     std::int64_t left_in_set_ = 0;
     std::optional<bool> counts_both_ends_;  // samples = intervals + 1

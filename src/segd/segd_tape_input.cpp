@@ -5,7 +5,6 @@
 
 #include "flow/shared_parameters.h"
 #include "foundation/system_paths.h"
-#include "segd/samples.h"
 #include "tape/tape_drives.h"
 #include "tape/tape_parameters.h"
 
@@ -15,16 +14,14 @@ using segd::ChannelSet;
 using segd::Dialect;
 using segd::HeaderFault;
 using segd::RecordHeader;
-using segd::RecordReader;
-using Next = RecordReader::Next;
-using Record = RecordReader::Record;
+using Met = segd::TraceReader::Met;
+using Record = segd::RecordReader::Record;
 
 namespace {
 
 constexpr int kBlocked = 1;
 constexpr int kNotBlocked = 0;
 constexpr int kMostBadHeaders = 100;
-constexpr int kMostLineSamples = 32767;  // of a line header's 16 bits
 
 const TapeQuestion kTapeFinishedOnResume{
     .text =
@@ -52,33 +49,6 @@ constexpr const char* kUpdatedWords[] = {
     "  RECPOINT - Receiver line station\n",
     "  RECINDEX - Receiver line index\n",
 };
-
-// In the order of SegdTapeInput::Word.
-constexpr const char* kWordNames[] = {
-    "FFID",    "CHAN",    "CHANSET", "TRACEID",  "DTIME",    "HTIME",   "MTIME",    "STIME",
-    "SEQCHAN", "SEQFFID", "SOULINE", "SOUPOINT", "SOUINDEX", "RECLINE", "RECPOINT", "RECINDEX"};
-
-SampleFormat sample_format(int format) {
-    switch (format) {
-        case 8015:
-            return SampleFormat::kSegd8015;
-        case 8036:
-            return SampleFormat::kSegd8036;
-        case 8048:
-            return SampleFormat::kSegd8048;
-        default:
-            return SampleFormat::kIeee;
-    }
-}
-
-const ChannelSet& line_set(const RecordHeader& header) {
-    const auto in_use = [](const ChannelSet& set) { return set.channels > 0; };
-    const auto seismic = [&](const ChannelSet& set) {
-        return in_use(set) && set.type == ChannelSet::kSeismic;
-    };
-    const auto found = std::ranges::find_if(header.sets(), seismic);
-    return found != header.sets().end() ? *found : *std::ranges::find_if(header.sets(), in_use);
-}
 
 }  // namespace
 
@@ -163,11 +133,15 @@ void SegdTapeInput::ResumeInput() {
 
 void SegdTapeInput::OpenSource() {
     for (const char* line : kUpdatedWords) Message("%s", line);
-    if (CheckParameters() && LoadDefinition() && OpenTape() && SkipFiles() && ReadFirstHeader()) {
-        LogHeader();
-        BuildLine();
-    } else {
-        TerminateJob(kJobError);
+    if (!CheckParameters() || !LoadDefinition() || !OpenTape() || !SkipFiles() ||
+        !ReadFirstHeader()) {
+        return TerminateJob(kJobError);
+    }
+    LogHeader();
+    const auto samples = static_cast<long long>(reader_.trace_samples());
+    if (trace_length_ms_ == 0 && samples > reader_.line_samples()) {
+        Warning("Traces of %lld samples are longer than a line can be.  They are cut to %d.\n",
+                samples, reader_.line_samples());
     }
 }
 
@@ -184,22 +158,23 @@ bool SegdTapeInput::CheckParameters() const {
 }
 
 bool SegdTapeInput::LoadDefinition() {
-    definition_.attach(image_.data());
-    if (definition_.load(header_file_) != 0) {
+    const std::string path = TreePath(SystemDirectory(), "Halvern.segd");
+    if (!reader_.load({.header_path = header_file_,
+                       .description_path = path,
+                       .dialect = static_cast<Dialect>(dialect_),
+                       .blocked = blocked_ == kBlocked,
+                       .trace_length_ms = trace_length_ms_})) {
         Error("Cannot read trace header format '%s'.\n", header_file_.c_str());
         return false;
     }
-    std::ranges::transform(kWordNames, words_.begin(),
-                           [this](const char* name) { return definition_.find(name); });
-    const std::string path = TreePath(SystemDirectory(), "Halvern.segd");
-    description_ = segd::Description::read(path, definition_);
-    if (!description_.found) {
+    const segd::Description& description = reader_.description();
+    if (!description.found) {
         Message("SEGD Description file '%s' cannot be read.  No extra SEGD information read.\n",
                 path.c_str());
         return true;
     }
     Message("Reading extra SEGD header information from '%s'.\n", path.c_str());
-    for (const std::string& problem : description_.problems) Warning("%s", problem.c_str());
+    for (const std::string& problem : description.problems) Warning("%s", problem.c_str());
     return true;
 }
 
@@ -235,28 +210,21 @@ bool SegdTapeInput::SkipFiles() {
         const int step = std::min(kStep, files_to_skip_ - done);
         Message("Skipping forward %d files...", step);
         if (device_->skip_files(step) != 0) {
-            LogPrint("\n");
+            Log("\n");
             Error("ERROR forwarding to next file.  Job terminating.\n");
             return false;
         }
         done += step;
-        LogPrint("done with %d/%d\n", done, files_to_skip_);
+        Log("done with %d/%d\n", done, files_to_skip_);
     }
     return true;
 }
 
-void SegdTapeInput::StartTape() {
-    if (reader_) foreign_numbers_ += reader_->foreign_file_numbers();
-    source_.emplace(*device_);
-    reader_.emplace(*source_, static_cast<Dialect>(dialect_), blocked_ == kBlocked);
-}
-
 bool SegdTapeInput::ReadFirstHeader() {
     Message("Attempting to read 'SEG D Header' from tape: %s\n", device_name_.c_str());
-    StartTape();
-    switch (reader_->next_record()) {
+    switch (reader_.open(*source_)) {
         case Record::kRecord:
-            break;
+            return true;
         case Record::kEnd:
         case Record::kReadError:
             Error("Cannot read from tape drive: %s\n", device_name_.c_str());
@@ -264,18 +232,14 @@ bool SegdTapeInput::ReadFirstHeader() {
         case Record::kFault:
             LogHeaderFault();
             Error("Error scanning general header information\n");
-            return false;
+            break;
     }
-    // One trace ahead: how many samples it has tells whether this tape counts both ends of a trace.
-    has_first_trace_ = true;
-    first_trace_ = reader_->next_trace();
-    return true;
+    return false;
 }
 
 void SegdTapeInput::LogHeader() const {
-    const RecordHeader& header = reader_->header();
+    const RecordHeader& header = reader_.records().header();
     const segd::GeneralHeader1& general = header.general();
-    const ChannelSet& set = line_set(header);
     Message("First General Header Information:\n");
     Message("SEG-D Revision    = %3.1f\n", header.revision());
     Message("FFID              = %d\n", header.file_number());
@@ -284,7 +248,7 @@ void SegdTapeInput::LogHeader() const {
     Message("Bytes Per Scan    = %d\n", general.bytes_per_scan);
     Message("SampleRate        = %3.1f\n", header.base_interval_ms());
     Message("Trace Length      = %3.3f\n", header.record_length_ms() / 1000);
-    Message("Number of Samples = %d\n", static_cast<int>(reader_->expected_samples(set)));
+    Message("Number of Samples = %d\n", static_cast<int>(reader_.trace_samples()));
     Message("Year              = 19%d\n", general.year);
     Message("Day               = %d\n", general.day);
     Message("Time              =%02d:%02d:%02d\n", general.hour, general.minute, general.second);
@@ -309,59 +273,26 @@ void SegdTapeInput::LogHeader() const {
     }
 }
 
-void SegdTapeInput::BuildLine() {
-    const ChannelSet& set = line_set(reader_->header());
-    interval_ = reader_->header().sample_interval(set);
-    std::int64_t samples = reader_->expected_samples(set);
-    if (first_trace_ == Next::kTrace && reader_->trace().set == &set) {
-        samples = reader_->trace().samples;
-    }
-    if (trace_length_ms_ > 0) {
-        samples = std::min(samples, interval_.samples_in(trace_length_ms_));
-    }
-    if (samples > kMostLineSamples) {
-        Warning("Traces of %lld samples are longer than a line can be.  They are cut to %d.\n",
-                static_cast<long long>(samples), kMostLineSamples);
-        samples = kMostLineSamples;
-    }
-    line_samples_ = static_cast<int>(samples);
-    line_.build_from_definition(header_file_, interval_, line_samples_, SampleFormat::kIeee);
-}
-
-void SegdTapeInput::StartRecord() {
-    in_record_ = true;
-    ++files_;
-    ++records_;
-    Message("Reading File %d - FFID = %d\n", files_, reader_->header().file_number());
-}
-
-bool SegdTapeInput::EndRecord() {
-    in_record_ = false;
-    const RecordHeader& header = reader_->header();
-    if (reader_->sequence() < header.traces()) {
+void SegdTapeInput::EndRecord() {
+    const segd::RecordReader& records = reader_.records();
+    const RecordHeader& header = records.header();
+    if (records.sequence() < header.traces()) {
         Warning("FFID %d has %d of the %lld traces that its header announces.\n",
-                header.file_number(), reader_->sequence(), static_cast<long long>(header.traces()));
+                header.file_number(), records.sequence(), static_cast<long long>(header.traces()));
     }
-    if (reader_->left_over() > 0) {
-        Warning("FFID %d has %lld bytes behind its last trace that are no trace.\n",
-                header.file_number(), static_cast<long long>(reader_->left_over()));
+    if (records.left_over() > 0) {
+        Warning("FFID %d has %lld bytes that are no trace.\n", header.file_number(),
+                static_cast<long long>(records.left_over()));
     }
-    if (reader_->found_blocked() && !said_blocked_) {
+    if (reader_.found_blocked() && !said_blocked_) {
         said_blocked_ = true;
         Message("The tape is blocked, and is read so.\n");
     }
-    return !source_->stuck() || GoToNextFile();
-}
-
-bool SegdTapeInput::GoToNextFile() {
-    if (reader_->skip_file() == 0) return true;
-    Error("ERROR forwarding to next file.  Job terminating.\n");
-    return false;
 }
 
 void SegdTapeInput::LogHeaderFault() const {
-    const segd::HeaderLayout& layout = reader_->layout();
-    switch (reader_->fault()) {
+    const segd::HeaderLayout& layout = reader_.records().layout();
+    switch (reader_.records().fault()) {
         case HeaderFault::kFormat:
             Error(
                 "Data format = %d.  Only data formats 8015, 8036, 8048, and 8058 are supported.\n",
@@ -379,178 +310,74 @@ void SegdTapeInput::LogHeaderFault() const {
     }
 }
 
-// A record whose header is of no use is passed over. False when there is no going on.
-bool SegdTapeInput::SkipBadHeader(Record record) {
+// The header of a record is of no use. False after the error line that ends the job.
+bool SegdTapeInput::CountBadHeader() {
     ++files_;
-    if (record == Record::kReadError) {
-        Error("ERROR reading tape: %s\n", device_name_.c_str());
-        Error("Failure reading SEG-D General Header.\n");
-    } else {
-        LogHeaderFault();
+    if (++bad_headers_ < kMostBadHeaders) {
+        Error("ERROR reading headers at file %d.  Reading forward to next file.\n", files_);
+        return true;
     }
-    if (++bad_headers_ >= kMostBadHeaders) {
-        Error("ERROR reading 100 headers.  Job Terminating\n");
-        return false;
-    }
-    Error("ERROR reading headers at file %d.  Reading forward to next file.\n", files_);
-    return GoToNextFile();
+    Error("ERROR reading 100 headers.  Job Terminating\n");
+    return false;
 }
 
 bool SegdTapeInput::NextTape() {
     const TapeQuestion& question = resumed_ ? kTapeFinishedOnResume : kTapeFinished;
     if (!change_->next(question, question, [] { return true; })) return false;
-    StartTape();
+    source_.emplace(*device_);
+    reader_.go_on(*source_);
     return true;
 }
 
-bool SegdTapeInput::NextRecord() {
-    if (has_first_trace_) {
-        StartRecord();
-        return true;
-    }
-    for (;;) {
-        const Record record = reader_->next_record();
-        if (record == Record::kRecord) {
-            StartRecord();
-            return true;
-        }
-        if (record == Record::kEnd) {
-            if (!NextTape()) return false;
-        } else if (!SkipBadHeader(record)) {
-            TerminateJob(kJobError);
-            return false;
-        }
-    }
-}
-
 ReadResult SegdTapeInput::ReadNext() {
-    for (;;) {
-        if (!in_record_ && !NextRecord()) return ReadResult::kEnd;
-        const Next next = has_first_trace_ ? first_trace_ : reader_->next_trace();
-        has_first_trace_ = false;
-        const int ffid = reader_->header().file_number();
-        switch (next) {
-            case Next::kTrace:
-                return SendOn(reader_->trace());
-            case Next::kEndOfRecord:
-                if (EndRecord()) break;
-                TerminateJob(kJobError);
-                return ReadResult::kEnd;
-            case Next::kReadError:
-                Error("ERROR reading tape: %s\n", device_name_.c_str());
-                Error("Failure reading SEG-D Trace at FFID = %d, Channel = %d.\n", ffid,
-                      reader_->sequence());
-                break;
-            case Next::kBadHeader:
-                Error("Failure reading SEG-D Trace Header at FFID = %d, Channel = %d.\n", ffid,
-                      reader_->sequence());
-                break;
-            case Next::kBadTrace:
-                Error("ERROR scanning trace, FFID = %d, channel = %d\n", ffid,
-                      reader_->trace().header.trace_number);
-                break;
-        }
+    const Met met = reader_.next();
+    const segd::RecordReader& records = reader_.records();
+    const int ffid = records.header().file_number();
+    switch (met) {
+        case Met::kTrace:
+            return ReadResult::kTrace;
+        case Met::kOtherInterval:
+            return ReadResult::kSkipped;
+        case Met::kRecord:
+            Message("Reading File %d - FFID = %d\n", ++files_, ffid);
+            break;
+        case Met::kEndOfRecord:
+            EndRecord();
+            break;
+        case Met::kLostBlock:
+            Error("ERROR reading tape: %s\n", device_name_.c_str());
+            Error("Failure reading SEG-D Trace at FFID = %d, Channel = %d.\n", ffid,
+                  records.trace().sequence);
+            break;
+        case Met::kBadTraceHeader:
+            Error("Failure reading SEG-D Trace Header at FFID = %d, Channel = %d.\n", ffid,
+                  records.trace().sequence);
+            break;
+        case Met::kBadTrace:
+            Error("ERROR scanning trace, FFID = %d, channel = %d\n", ffid,
+                  records.trace().header.trace_number);
+            break;
+        case Met::kLostHeader:
+            Error("ERROR reading tape: %s\n", device_name_.c_str());
+            Error("Failure reading SEG-D General Header.\n");
+            if (!CountBadHeader()) return ReadResult::kFailed;
+            break;
+        case Met::kBadHeader:
+            LogHeaderFault();
+            if (!CountBadHeader()) return ReadResult::kFailed;
+            break;
+        case Met::kNoWayOn:
+            Error("ERROR forwarding to next file.  Job terminating.\n");
+            return ReadResult::kFailed;
+        case Met::kEnd:
+            if (!NextTape()) return ReadResult::kEnd;
+            break;
     }
-}
-
-ReadResult SegdTapeInput::SendOn(const segd::Trace& trace) {
-    if (reader_->header().sample_interval(*trace.set) != interval_) {
-        ++other_interval_;
-        return ReadResult::kSkipped;
-    }
-    const std::int64_t there = std::min<std::int64_t>(
-        trace.samples, segd::samples_in(reader_->header().general().format,
-                                        static_cast<std::int64_t>(trace.raw.size())));
-    // Longer than a trace length that was asked for is as asked for.
-    if (there < line_samples_ || (trace.samples > line_samples_ && trace_length_ms_ == 0)) {
-        ++other_length_;
-    }
-    FillHeader(trace);
-    FillSamples(trace);
-    return ReadResult::kTrace;
-}
-
-void SegdTapeInput::FillHeader(const segd::Trace& trace) {
-    const RecordHeader& header = reader_->header();
-    const segd::GeneralHeader1& general = header.general();
-    image_.fill(std::byte{});
-    definition_.attach(image_.data());
-    const auto set = [this](Word word, double value) {
-        definition_.set_double(words_[word], value);
-    };
-    set(kFfid, header.file_number());
-    set(kChan, trace.header.trace_number);
-    set(kChanSet, trace.set->number);
-    set(kTraceId, segd::trace_id_of(trace.set->type));
-    set(kDTime, general.day);
-    set(kHTime, general.hour);
-    set(kMTime, general.minute);
-    set(kSTime, general.second);
-    set(kSeqChan, trace.sequence);
-    set(kSeqFfid, records_);
-    if (!header.sources().empty()) {
-        const segd::GeneralHeaderN& source = header.sources().front();
-        set(kSouLine, source.source_line);
-        set(kSouPoint, source.source_point);
-        set(kSouIndex, source.source_index);
-    }
-    if (trace.receiver) {
-        set(kRecLine, trace.receiver->receiver_line);
-        set(kRecPoint, trace.receiver->receiver_point);
-        set(kRecIndex, trace.receiver->receiver_index);
-    }
-    if (description_.entries.empty()) return;
-    const auto place = [](segd::Group group) { return static_cast<std::size_t>(group); };
-    segd::GroupBytes groups;
-    groups[place(segd::Group::kG1)] = header.general_block(1);
-    if (!header.layout().revision_0()) {
-        groups[place(segd::Group::kG2)] = header.general_block(2);
-        groups[place(segd::Group::kGN)] = header.general_block(3);
-    }
-    groups[place(segd::Group::kCS)] = header.descriptor(trace.set_index);
-    groups[place(segd::Group::kTH)] = trace.bytes.first(segd::TraceHeader::kSize);
-    const std::size_t extensions =
-        std::min<std::size_t>(trace.extensions.size() / segd::kBlockBytes, 7);
-    for (std::size_t i = 0; i < extensions; ++i) {
-        groups[place(segd::Group::kTE1) + i] =
-            trace.extensions.subspan(i * segd::kBlockBytes, segd::kBlockBytes);
-    }
-    groups[place(segd::Group::kExt)] = header.extended();
-    groups[place(segd::Group::kXtn)] = header.external();
-    description_.apply(groups, definition_);
-}
-
-void SegdTapeInput::FillSamples(const segd::Trace& trace) {
-    const double descale = trace.set->descale;
-    const SampleFormat format = sample_format(reader_->header().general().format);
-    samples_.set_descale(descale);
-    samples_.set_raw(trace.raw, std::min(trace.samples, line_samples_), line_samples_,
-                     line_samples_, format);
-    if (format != SampleFormat::kIeee) return;
-    // IEEE samples know no multiplier: it is applied here, to the floats that the trace keeps.
-    const std::span<float> floats = samples_.floats(definition_);
-    segd::descale_ieee(floats, descale);
-    samples_.set_floats(floats);
+    return ReadResult::kNothing;
 }
 
 void SegdTapeInput::SourceEnded() {
-    foreign_numbers_ += reader_->foreign_file_numbers();
-    if (other_length_ > 0) {
-        Warning(
-            "%lld traces have another length than the line's %d samples: they were cut or filled "
-            "up with zeros.\n",
-            static_cast<long long>(other_length_), line_samples_);
-    }
-    if (other_interval_ > 0) {
-        Warning(
-            "%lld traces have another sample interval than the line's %.3f ms: they were left "
-            "out.\n",
-            static_cast<long long>(other_interval_), interval_.ms());
-    }
-    if (foreign_numbers_ > 0) {
-        Warning("%lld traces have another file number than their record, whose number is used.\n",
-                static_cast<long long>(foreign_numbers_));
-    }
+    for (const std::string& remark : reader_.remarks()) Warning("%s.\n", remark.c_str());
     device_->close();
 }
 

@@ -90,16 +90,17 @@ int ImageScsi::prepare_writing() {
             return tape_status::kWriteProtected;
         }
     }
-    writer_ = TapeImageWriter::open(path_, position_);
-    return writer_ ? tape_status::kGood : tape_status::kWriteError;
+    Result<TapeImageWriter> writer = TapeImageWriter::open(path_, position_);
+    if (writer) writer_ = std::move(*writer);
+    return writer ? tape_status::kGood : tape_status::kWriteError;
 }
 
 int ImageScsi::finish_writing() {
     if (!writer_) return tape_status::kGood;
-    const int finished = writer_->finish();
+    const Fault fault = writer_->finish();
     position_ = writer_->position();
     writer_.reset();
-    return finished == 0 ? tape_status::kGood : tape_status::kWriteError;
+    return !fault ? tape_status::kGood : tape_status::kWriteError;
 }
 
 int ImageScsi::ReadVariableBlock(int, std::span<std::byte> buffer, int) {
@@ -137,7 +138,7 @@ int ImageScsi::WriteFilemarks(int, int count) {
     for (int i = 0; i < count; ++i) {
         if (writer_->write_filemark() != 0) return answer(tape_status::kWriteError);
     }
-    return answer(writer_->flush() == 0 ? tape_status::kGood : tape_status::kWriteError);
+    return answer(!writer_->flush() ? tape_status::kGood : tape_status::kWriteError);
 }
 
 int ImageScsi::Rewind(int) {

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <utility>
 
 #include "platform/block_reader.h"
+#include "platform/block_writer.h"
 #include "platform/create_file.h"
+#include "platform/replace_file.h"
 #include "segy/segy_layout.h"
 #include "trace/line_header.h"
 
@@ -30,43 +31,28 @@ bool is_block(TapeImageItem item) {
     return item == TapeImageItem::kBlock || item == TapeImageItem::kBadBlock;
 }
 
-/// Removes a file again unless it has been completed.
-class UnfinishedFile {
+/// One disk file being written; removed again when it is not finished.
+class ExtractedFile {
 public:
-    explicit UnfinishedFile(std::string path) : path_(std::move(path)) {}
-    ~UnfinishedFile() {
+    explicit ExtractedFile(std::string path) : path_(std::move(path)) {
+        opened_ = !writer_.open(path_, BlockWriter::Mode::kCreate);
+    }
+    ~ExtractedFile() {
         std::error_code ignored;
         if (!complete_) fs::remove(path_, ignored);
     }
-    UnfinishedFile(const UnfinishedFile&) = delete;
-    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-    void complete() { complete_ = true; }
+    ExtractedFile(const ExtractedFile&) = delete;
+    ExtractedFile& operator=(const ExtractedFile&) = delete;
+    bool put(std::span<const std::byte> bytes) {
+        return opened_ && writer_.write(bytes) == bytes.size();
+    }
+    bool finish() { return complete_ = opened_ && !writer_.finish(); }
 
 private:
     const std::string path_;
+    BlockWriter writer_;
+    bool opened_ = false;
     bool complete_ = false;
-};
-
-/// One disk file being written.
-class ExtractedFile {
-public:
-    explicit ExtractedFile(const std::string& path)
-        : unfinished_(path), file_(std::fopen(path.c_str(), "wb")) {}
-    bool put(std::span<const std::byte> bytes) {
-        return file_ && std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) == bytes.size();
-    }
-    bool finish() {
-        if (!file_ || std::fclose(file_.release()) != 0) return false;
-        unfinished_.complete();
-        return true;
-    }
-
-private:
-    struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    UnfinishedFile unfinished_;
-    std::unique_ptr<std::FILE, Closer> file_;
 };
 
 }  // namespace
@@ -145,33 +131,24 @@ std::string make_image(std::span<const std::string> files, const std::string& im
             return quoted("", image, "cannot be made from itself");
         }
     }
-    const bool replaces = fs::exists(image, missing);
-    if (!replace && replaces) return quoted("", image, "is there already");
-    // A link stays, and what it leads to is replaced.
-    const fs::path target = replaces ? fs::canonical(image, missing) : fs::path(image);
-    const std::string beside = target.string() + ".new";
-    if (const std::error_code error = create_exclusively(beside)) {
-        if (error == std::errc::file_exists) return quoted("", beside, "is there already");
-        return quoted("", image, "cannot be written: " + error.message());
-    }
-    UnfinishedFile unfinished(beside);
-    std::optional<TapeImageWriter> writer = TapeImageWriter::open(beside, 0);
-    if (!writer) return quoted("", image, "cannot be written");
+    if (!replace && fs::exists(image, missing)) return quoted("", image, "is there already");
+    const auto failed = [&image](const Fault& fault) {
+        return quoted("", image, "cannot be written: " + fault.reason());
+    };
+    Result<ReplacedFile> made = ReplacedFile::begin(image);
+    if (!made) return failed(made.fault());
+    Result<TapeImageWriter> writer = TapeImageWriter::open(made->beside(), 0);
+    if (!writer) return failed(writer.fault());
     const auto write = [&writer](std::span<const std::byte> block) {
         return writer->write_block(block);
     };
     for (const std::string& file : files) {
         if (std::string why = split(file, write); !why.empty()) return why;
-        if (writer->write_filemark() != 0) return quoted("", image, "cannot be written");
+        if (writer->write_filemark() != 0) return failed(writer->fault());
     }
-    if (writer->write_filemark() != 0 || writer->finish() != 0) {
-        return quoted("", image, "cannot be written");
-    }
-    std::error_code failed;
-    if (replaces) fs::permissions(beside, fs::status(target, failed).permissions(), failed);
-    if (!failed) fs::rename(beside, target, failed);
-    if (failed) return quoted("", image, "cannot be written: " + failed.message());
-    unfinished.complete();
+    (void)writer->write_filemark();
+    if (const Fault fault = writer->finish()) return failed(fault);
+    if (const Fault fault = made->commit()) return failed(fault);
     return {};
 }
 

@@ -15,11 +15,11 @@ namespace halvern {
 /// sentence without its full stop, or give an empty text; a file that they had begun to write is
 /// then removed.
 
-/// Equal things that stand one after another on an image.
+/// Equal things that follow one another on an image.
 struct ImageRun {
     TapeImageItem item = TapeImageItem::kEndOfData;
     std::int64_t offset = 0;       ///< of the first, in bytes
-    int file = 1;                  ///< the tape file it stands in, from 1; a filemark ends its file
+    int file = 1;                  ///< the tape file it is in, from 1; a filemark ends its file
     std::int64_t first_block = 0;  ///< number of the first within its tape file, from 1
     std::int64_t count = 0;        ///< how many
     int length = 0;                ///< bytes of each block
@@ -53,12 +53,11 @@ using BlockSplitter = std::function<std::string(
     const std::string& file, const std::function<int(std::span<const std::byte>)>& block)>;
 
 /// Puts disk files on an image, one tape file each, with two filemarks at the end. An image that is
-/// there is replaced only when `replace` says so, and only by a whole one: until then the new image
-/// is `image`.new.
+/// there is replaced only when `replace` says so, and only by a whole one.
 [[nodiscard]] std::string make_image(std::span<const std::string> files, const std::string& image,
                                      bool replace, const BlockSplitter& split);
 
-/// A SEG-Y file as it stands on tape: a block of 3200 bytes, one of 400, one of 3200 for each
+/// A SEG-Y file as it is on tape: a block of 3200 bytes, one of 400, one of 3200 for each
 /// further text header and one for each trace.
 std::string split_segy(const std::string& file,
                        const std::function<int(std::span<const std::byte>)>& block);

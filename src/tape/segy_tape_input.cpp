@@ -104,21 +104,18 @@ bool SegyTapeInput::NextTape() {
 }
 
 ReadResult SegyTapeInput::ReadNext() {
-    for (;;) {
-        const ReadResult result = SegyInput::ReadNext();
-        for (; further_lines_said_ < source_->further_lines(); ++further_lines_said_) {
-            Message("Another line header follows on tape %s; its traces are read on.\n",
-                    device_->name().c_str());
-        }
-        if (result != ReadResult::kEnd) return result;
-        if (source_->ending().what == SegyTapeEnding::What::kEndOfTape) {
-            if (!NextTape()) return ReadResult::kEnd;
-            if (source_->go_on()) continue;
-        }
-        LogEnding();
-        TerminateJob(kJobError);
-        return ReadResult::kEnd;
+    const ReadResult result = SegyInput::ReadNext();
+    for (; further_lines_said_ < source_->further_lines(); ++further_lines_said_) {
+        Message("Another line header follows on tape %s; its traces are read on.\n",
+                device_->name().c_str());
     }
+    if (result != ReadResult::kEnd) return result;
+    if (source_->ending().what == SegyTapeEnding::What::kEndOfTape) {
+        if (!NextTape()) return ReadResult::kEnd;
+        if (source_->go_on()) return ReadResult::kNothing;
+    }
+    LogEnding();
+    return ReadResult::kFailed;
 }
 
 void SegyTapeInput::LogEnding() const {

@@ -95,25 +95,21 @@ TapeImageRecord TapeImageReader::next() {
     }
 }
 
-std::optional<TapeImageWriter> TapeImageWriter::open(const std::string& path, std::int64_t keep) {
-    constexpr std::size_t kBufferBytes = 1024 * 1024;
-    std::error_code error;
+Result<TapeImageWriter> TapeImageWriter::open(const std::string& path, std::int64_t keep) {
     if (keep > 0) {
+        std::error_code error;
         std::filesystem::resize_file(path, static_cast<std::uintmax_t>(keep), error);
-        if (error) return {};
+        if (error) return Fault::of_system(error);
     }
-    TapeImageWriter writer;
-    writer.file_.reset(std::fopen(path.c_str(), keep > 0 ? "ab" : "wb"));
-    if (!writer.file_) return {};
-    writer.buffer_ = std::make_unique<char[]>(kBufferBytes);
-    std::setvbuf(writer.file_.get(), writer.buffer_.get(), _IOFBF, kBufferBytes);
-    writer.position_ = keep;
+    TapeImageWriter writer(keep);
+    using Mode = BlockWriter::Mode;
+    Fault fault = writer.file_->open(path, keep > 0 ? Mode::kUpdate : Mode::kCreate, keep);
+    if (fault) return fault;
     return writer;
 }
 
 void TapeImageWriter::put(std::span<const std::byte> bytes) {
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) failed_ = true;
-    position_ += static_cast<std::int64_t>(bytes.size());
+    position_ += static_cast<std::int64_t>(file_->write(bytes));
 }
 
 void TapeImageWriter::put_word(std::uint32_t word) {
@@ -124,29 +120,18 @@ void TapeImageWriter::put_word(std::uint32_t word) {
 }
 
 int TapeImageWriter::write_block(std::span<const std::byte> block) {
-    if (failed_ || block.empty() || block.size() > TapeImageReader::kLongestBlock) return -1;
+    if (block.empty() || block.size() > TapeImageReader::kLongestBlock) return -1;
     const auto length = static_cast<std::uint32_t>(block.size());
     put_word(length);
     put(block);
     if (length % 2) put(std::array{std::byte{}});
     put_word(length);
-    return failed_ ? -1 : 0;
+    return file_->fault() ? -1 : 0;
 }
 
 int TapeImageWriter::write_filemark() {
-    if (failed_) return -1;
     put_word(kFilemarkWord);
-    return failed_ ? -1 : 0;
-}
-
-int TapeImageWriter::flush() {
-    if (std::fflush(file_.get()) != 0) failed_ = true;
-    return failed_ ? -1 : 0;
-}
-
-int TapeImageWriter::finish() {
-    const bool closed = file_ && std::fclose(file_.release()) == 0;
-    return std::exchange(failed_, true) || !closed ? -1 : 0;
+    return file_->fault() ? -1 : 0;
 }
 
 }  // namespace halvern

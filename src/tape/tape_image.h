@@ -2,14 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "platform/block_reader.h"
+#include "platform/block_writer.h"
 
 namespace halvern {
 
@@ -19,7 +18,7 @@ namespace halvern {
 /// without the pad byte, erase gaps, blocks marked as bad (top bit of the length), the
 /// end-of-medium word, and private or descriptive records, which are passed over.
 ///
-/// What stands at a place of an image.
+/// What is at a place of an image.
 enum class TapeImageItem {
     kBlock,
     kBadBlock,  ///< recorded with an error; its bytes may be there
@@ -46,7 +45,7 @@ public:
 
     /// The next record, which is then passed, except that the end of data and a fault stay.
     TapeImageRecord next();
-    /// Where the next record begins; the same for erase gaps and private records in front of it.
+    /// Where the next record begins; the same for erase gaps and private records before it.
     std::int64_t position() const { return file_.position(); }
     /// `offset` must be one that a record or position() gave.
     void seek(std::int64_t offset) { file_.seek(offset); }
@@ -62,38 +61,34 @@ private:
     std::string fault_;
 };
 
-/// Writes an image, behind what is kept of it. Writing is buffered; an error stays and is answered
+/// Writes an image, after what is kept of it. Writing is buffered; an error stays and is answered
 /// by every later call. Move-only.
 class TapeImageWriter {
 public:
     /// Cuts the file at byte `keep` (0: starts it anew) and goes on there; makes it when it is
-    /// missing. Nothing when that fails.
-    [[nodiscard]] static std::optional<TapeImageWriter> open(const std::string& path,
-                                                             std::int64_t keep);
+    /// missing.
+    static Result<TapeImageWriter> open(const std::string& path, std::int64_t keep);
 
     /// 0, or -1 for a block without bytes, one beyond TapeImageReader::kLongestBlock, or a write
     /// error.
     [[nodiscard]] int write_block(std::span<const std::byte> block);
     [[nodiscard]] int write_filemark();
     /// Brings everything to the file.
-    [[nodiscard]] int flush();
+    Fault flush() { return file_->flush(); }
     /// The same, and closes the file, which can still fail where storage is remote or full. Nothing
-    /// can be written behind it.
-    [[nodiscard]] int finish();
+    /// can be written after it.
+    Fault finish() { return file_->finish(); }
+    const Fault& fault() const { return file_->fault(); }
     std::int64_t position() const { return position_; }
 
 private:
-    struct Closer {  // of a file that is given up
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    TapeImageWriter() = default;
+    explicit TapeImageWriter(std::int64_t keep)
+        : file_(std::make_unique<BlockWriter>()), position_(keep) {}
     void put(std::span<const std::byte> bytes);
     void put_word(std::uint32_t word);
 
-    std::unique_ptr<char[]> buffer_;  // the stream's; must outlive it
-    std::unique_ptr<std::FILE, Closer> file_;
+    std::unique_ptr<BlockWriter> file_;  // never null
     std::int64_t position_ = 0;
-    bool failed_ = false;
 };
 
 }  // namespace halvern

@@ -8,7 +8,7 @@ namespace halvern {
 
 // Rows that the items which use tapes share.
 
-/// DEVICE: the drive or image. The word "Input" stands in the log line of outputs, too.
+/// DEVICE: the drive or image. The log line of outputs says "Input", too.
 Parameter tape_device_parameter(std::string& device, const char* prompt);
 
 /// EJECTWAIT, in seconds; 0: no eject. `position`: see Field.

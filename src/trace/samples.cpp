@@ -13,22 +13,6 @@ namespace {
 
 constexpr const char* kWeight = "WEIGHT";
 
-/// How many samples `bytes` bytes of a record hold.
-std::size_t samples_in(std::size_t bytes, SampleFormat format) {
-    switch (format) {
-        case SampleFormat::kInt16:
-            return bytes / 2;
-        case SampleFormat::kSegd8036:
-            return bytes / 3;
-        case SampleFormat::kSegd8015: {
-            const std::size_t rest = bytes % 10;  // two bytes of exponents, then two a sample
-            return bytes / 10 * 4 + (rest < 4 ? 0 : rest / 2 - 1);
-        }
-        default:
-            return bytes / 4;
-    }
-}
-
 /// 2 to the power -weight, held within what a double has: a weight from a damaged header must not
 /// turn zeros into NaN.
 double scale_of(int weight) { return std::ldexp(1.0, -std::clamp(weight, -1023, 1074)); }
@@ -39,9 +23,8 @@ void TraceSamples::set_raw(std::span<const std::byte> raw, int stored, int nomin
                            int second_count, SampleFormat format) {
     raw_ = raw;
     nominal_ = std::max(nominal, 0);
-    const auto most = static_cast<std::size_t>(nominal_);
-    stored_ =
-        std::clamp(stored, 0, static_cast<int>(std::min(most, samples_in(raw.size(), format))));
+    const std::int64_t there = samples_in(format, static_cast<std::int64_t>(raw.size()));
+    stored_ = std::clamp(stored, 0, static_cast<int>(std::min<std::int64_t>(nominal_, there)));
     second_ = second_count;
     format_ = format;
     raw_valid_ = true;

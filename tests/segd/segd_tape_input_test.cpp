@@ -186,10 +186,10 @@ TEST_F(SegdTape, BadRecordsAndTracesAreReportedAndPassed) {
                "lost") +
              filemark(),
          {"BLOCKED=1"});
-    EXPECT_THAT(job_log, HasSubstr("FFID 2 has 4 bytes behind its last trace that are no trace."));
+    EXPECT_THAT(job_log, HasSubstr("FFID 2 has 4 bytes that are no trace."));
 }
 
-// A record behind it may be whole, but cannot be reached.
+// A record after it may be whole, but cannot be reached.
 TEST_F(SegdTape, AFaultThatCannotBePassedEndsTheJob) {
     const RecordParts parts{.file = 2};
     const std::string fault = word(99) + "no block of 99 bytes" + word(98);

@@ -41,7 +41,7 @@ TEST(ImageDevice, ReadsBlocksFilemarksAndTheEnd) {
     EXPECT_EQ(read(device), "f");
     ASSERT_EQ(device.rewind(), 0);
     LogCapture log;
-    EXPECT_EQ(device.skip_blocks(2), TapeDevice::kNoData);  // stops behind the filemark
+    EXPECT_EQ(device.skip_blocks(2), TapeDevice::kNoData);  // stops after the filemark
     EXPECT_EQ(read(device), "de");
     EXPECT_EQ(device.skip_files(2), -1);
     EXPECT_EQ(log.text(), "Error Spacing Tape..  Error Code = '5' '5'\n");

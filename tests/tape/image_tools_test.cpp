@@ -95,9 +95,8 @@ TEST(ImageTools, WhatCannotBeMadeLeavesNothingBehind) {
     const std::string there = folder.write("there.tap", "data");
     EXPECT_NE(make_image(std::span(both, 1), there, false, split_segy), "");
     EXPECT_NE(make_image(both, there, true, split_segy), "");
-    for (const std::string& none : {image, image + ".new", there + ".new"}) {
-        EXPECT_FALSE(std::filesystem::exists(none)) << none;
-    }
+    const auto files = std::filesystem::directory_iterator(folder.path());
+    EXPECT_EQ(std::distance(begin(files), end(files)), 3);
     EXPECT_NE(make_image(std::span(both, 1), good, true, split_segy), "") << "made from itself";
     EXPECT_EQ(file_bytes(there), "data");
     EXPECT_EQ(file_bytes(good), small_segy());

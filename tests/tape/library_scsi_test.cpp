@@ -52,8 +52,8 @@ TEST(AspiLayer, OpensSendsAndReports) {
     EXPECT_EQ(layer.send(&request), AspiLayer::kComplete);
 }
 
-// A drive's answer to reading 32768 bytes where a block of 10240 stands (residual 0x5800), and one
-// to reading a damaged block; by the layout of fixed-format sense data.
+// A drive's answer to reading 32768 bytes where there is a block of 10240 (residual 0x5800), and
+// one to reading a damaged block; by the layout of fixed-format sense data.
 TEST(Sense, IsParsedFromItsBytesAndNamed) {
     constexpr unsigned char kShort[18] = {0xF0, 0, 0x20, 0, 0, 0x58, 0, 10};
     constexpr unsigned char kMedium[18] = {0x70, 0, 0x43, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0x11, 0x02};

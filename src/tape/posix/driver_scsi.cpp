@@ -296,7 +296,7 @@ int DriverScsi::Space(int, SpaceUnit unit, int count) {
     if (count == 0) return answer(0);
     const int status = operate(unit == SpaceUnit::kFilemarks ? MTFSF : MTFSR, count);
     block_number_ = ask_block_number();
-    // The driver says only that something stopped it; behind a filemark it stands at block 0.
+    // The driver says only that something stopped it; after a filemark it is at block 0.
     const bool at_filemark =
         unit == SpaceUnit::kBlocks && status == tape_status::kMediumError && block_number_ == 0;
     return at_filemark ? tape_status::kFilemark : status;
