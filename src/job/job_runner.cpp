@@ -73,7 +73,7 @@ void RunJob(const std::vector<std::string>& arguments) {
     OpenLog(arguments);
     std::srand(static_cast<unsigned>(std::time(nullptr)));
     Job& job = CurrentJob();
-    job.product_title = std::string("Halvern ") + kVersionText;
+    job.product_title = "Halvern " HALVERN_RELEASE;
     if (!IsLaunched(arguments)) {
         show_message_box(
             "Usage Error",

@@ -11,11 +11,10 @@ namespace halvern {
 
 /// The word that only the system's own programs put on the job program's command line.
 inline constexpr const char kLaunchToken[] = "rv3086";
-inline constexpr const char kVersionText[] = "2.6";
 
 /// Process-wide state of a job.
 struct Job {
-    std::string product_title;   ///< "Halvern 2.6"
+    std::string product_title;   ///< name and version, as in "Halvern 2.6"
     std::string extra_argument;  ///< of the command line; empty when absent
     bool has_extra_argument = false;
     std::unique_ptr<FlowParameterFile> flow;

@@ -21,9 +21,7 @@ Result<ReplacedFile> ReplacedFile::begin(const std::string& path) {
     std::error_code missing;
     const fs::path resolved = fs::canonical(path, missing);
     std::string target = missing ? path : resolved.string();
-    const fs::file_status old = fs::status(target, missing);
-    if (fs::is_directory(old)) return Fault("it is a directory");
-    if (fs::exists(old) && !fs::is_regular_file(old)) return Fault("it is no regular file");
+    if (fs::is_directory(target, missing)) return Fault("it is a directory");
     std::string beside = target + std::string(kMark) + std::to_string(current_process_id());
     const std::error_code error = create_exclusively(beside);
     // One of this name can only be what an earlier process of the same number left.

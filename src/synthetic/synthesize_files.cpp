@@ -2,13 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <span>
 
 #include "geometry/sps_record.h"
 #include "platform/block_writer.h"
-#include "platform/replace_file.h"
 #include "synthetic/synthesize_trace.h"
 #include "trace/big_endian.h"
 #include "trace/codecs.h"
@@ -20,42 +22,38 @@ namespace halvern::synthetic {
 
 namespace {
 
-/// A file that is written beside the one that it will replace. The first fault is kept.
-class Output {
+/// A text file written front to back; every failure is kept until close().
+class TextFile {
 public:
-    explicit Output(const std::string& path) : path_(path), file_(ReplacedFile::begin(path)) {
-        fault_ = file_ ? writer_.open(file_->beside(), BlockWriter::Mode::kCreate) : file_.fault();
+    explicit TextFile(const std::string& path) : path_(path) {
+        file_.reset(std::fopen(path.c_str(), "wb"));
+        if (!file_) error_ = errno;
     }
 
-    bool write(std::span<const std::byte> bytes) {
-        return !fault_ && writer_.write(bytes) == bytes.size();
-    }
     /// Writes `text` and empties it.
     void write(std::string& text) {
-        static_cast<void>(write(std::as_bytes(std::span(text))));
+        if (error_ == 0 && std::fwrite(text.data(), 1, text.size(), file_.get()) != text.size()) {
+            error_ = errno;
+        }
         text.clear();
     }
-    /// Whether all of it is with the system.
-    Fault close() {
-        if (!fault_) fault_ = writer_.finish();
-        return said();
-    }
-    /// Puts the closed file in its place.
-    Fault commit() {
-        fault_ = file_->commit();
-        return said();
+
+    /// Why the file is not what it should be; nothing when all of it is with the system.
+    std::optional<std::string> close() {
+        if (std::FILE* file = file_.release(); file && std::fclose(file) != 0 && error_ == 0) {
+            error_ = errno;
+        }
+        if (error_ == 0) return {};
+        return "cannot write '" + path_ + "': " + std::strerror(error_);
     }
 
 private:
-    Fault said() const {
-        if (!fault_) return {};
-        return Fault("cannot write '" + path_ + "': " + fault_.reason(), fault_.code());
-    }
-
+    struct Closer {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
     std::string path_;
-    Result<ReplacedFile> file_;
-    BlockWriter writer_;
-    Fault fault_;
+    std::unique_ptr<std::FILE, Closer> file_;
+    int error_ = 0;
 };
 
 /// Day of the year and hhmmss of a shot.
@@ -86,7 +84,8 @@ void append_sps_heading(std::string& text) {
     text += "\r\n";
 }
 
-void write_sources(const SyntheticLine& line, Output& file) {
+std::optional<std::string> write_sources(const SyntheticLine& line, const std::string& path) {
+    TextFile file(path);
     std::string text;
     append_sps_heading(text);
     for (int shot = 0; shot < line.shots; ++shot) {
@@ -106,9 +105,11 @@ void write_sources(const SyntheticLine& line, Output& file) {
                           .time = time.hhmmss()});
         file.write(text);
     }
+    return file.close();
 }
 
-void write_receivers(const SyntheticLine& line, Output& file) {
+std::optional<std::string> write_receivers(const SyntheticLine& line, const std::string& path) {
+    TextFile file(path);
     std::string text;
     append_sps_heading(text);
     for (int station = 0; station < line.stations(); ++station) {
@@ -124,9 +125,11 @@ void write_receivers(const SyntheticLine& line, Output& file) {
                           .day = static_cast<std::int16_t>(line.first_day())});
         file.write(text);
     }
+    return file.close();
 }
 
-void write_relations(const SyntheticLine& line, Output& file) {
+std::optional<std::string> write_relations(const SyntheticLine& line, const std::string& path) {
+    TextFile file(path);
     std::string text;
     append_sps_heading(text);
     const int left = line.channels_left();
@@ -158,6 +161,7 @@ void write_relations(const SyntheticLine& line, Output& file) {
         }
         file.write(text);
     }
+    return file.close();
 }
 
 /// The text header: what the line is, and what a stack of it must show.
@@ -323,20 +327,27 @@ private:
     std::array<int, kWords> index_{};
 };
 
-Fault write_segy(const SyntheticLine& line, const LineFiles& files, Output& file) {
+std::optional<std::string> write_segy(const SyntheticLine& line, const LineFiles& files) {
     TraceHeaderDefinition definition;
     if (definition.load(files.header_definition) != 0) {
-        return Fault("cannot read the header description '" + files.header_definition + "'");
+        return "cannot read the header description '" + files.header_definition + "'";
     }
     TraceHeader header(definition);
     if (files.format == SampleFormat::kInt16 && !header.has_weight()) {
-        return Fault("16-bit samples need the header word WEIGHT, which '" +
-                     files.header_definition + "' lacks");
+        return "16-bit samples need the header word WEIGHT, which '" + files.header_definition +
+               "' lacks";
     }
+    BlockWriter writer;
+    const auto failure = [&] {
+        return "cannot write '" + files.segy + "': " + writer.fault().reason();
+    };
     LineHeader line_header;
     write_text_header(line, line_header);
     write_binary_header(line, files.format, line_header);
-    if (!file.write(line_header.bytes())) return file.close();
+    if (writer.open(files.segy, BlockWriter::Mode::kCreate) ||
+        writer.write(line_header.bytes()) < kLineHeaderBytes) {
+        return failure();
+    }
 
     const TraceMaker maker(line);
     std::vector<float> trace(static_cast<std::size_t>(line.samples));
@@ -360,10 +371,11 @@ Fault write_segy(const SyntheticLine& line, const LineFiles& files, Output& file
                 default:
                     encode_ibm(trace, raw);
             }
-            if (!file.write(record)) return file.close();
+            if (writer.write(record) != record.size()) return failure();
         }
     }
-    return file.close();
+    if (writer.finish()) return failure();
+    return {};
 }
 
 }  // namespace
@@ -376,33 +388,22 @@ std::vector<std::string> LineFiles::paths() const {
     return paths;
 }
 
-Fault sps_fault(const SyntheticLine& line) {
-    if (line.channels > 9999) return Fault("SPS relation records hold channels up to 9999");
+std::optional<std::string> sps_fault(const SyntheticLine& line) {
+    if (line.channels > 9999) return "SPS relation records hold channels up to 9999";
     if (std::int64_t{line.first_ffid} + line.shots - 1 > 9999) {
-        return Fault("SPS relation records hold file numbers up to 9999");
+        return "SPS relation records hold file numbers up to 9999";
     }
-    if (line.station_x(line.stations()) > 9999999)
-        return Fault("SPS points hold eastings below 10000000");
+    if (line.station_x(line.stations()) > 9999999) return "SPS points hold eastings below 10000000";
     return {};
 }
 
-Fault write_line(const SyntheticLine& line, const LineFiles& files) {
-    // Nothing takes its place before all of it is written.
-    Output segy(files.segy);
-    if (Fault fault = write_segy(line, files, segy)) return fault;
+std::optional<std::string> write_line(const SyntheticLine& line, const LineFiles& files) {
     if (!files.sps.empty()) {
-        Output sources(files.sps + ".s"), receivers(files.sps + ".r"), relations(files.sps + ".x");
-        write_sources(line, sources);
-        write_receivers(line, receivers);
-        write_relations(line, relations);
-        for (Output* output : {&sources, &receivers, &relations}) {
-            if (Fault fault = output->close()) return fault;
-        }
-        for (Output* output : {&sources, &receivers, &relations}) {
-            if (Fault fault = output->commit()) return fault;
-        }
+        if (auto failure = write_sources(line, files.sps + ".s")) return failure;
+        if (auto failure = write_receivers(line, files.sps + ".r")) return failure;
+        if (auto failure = write_relations(line, files.sps + ".x")) return failure;
     }
-    return segy.commit();
+    return write_segy(line, files);
 }
 
 }  // namespace halvern::synthetic
