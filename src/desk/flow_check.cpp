@@ -350,7 +350,7 @@ const TraceHeaderDefinition* FlowCheck::definition(FlowItem& item) {
     std::string path = header ? header : "";
     if (path.empty()) {  // a dataset brings its own
         const char* input = item.GetInputName();
-        const auto parts = input ? NativeMain::read(input) : std::nullopt;
+        const auto parts = NativeMain::read(input ? input : "");
         if (!parts) return nullptr;
         path = parts->desc_path;
     }

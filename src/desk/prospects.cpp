@@ -12,6 +12,7 @@
 #include "foundation/words.h"
 #include "inspect/captured_log.h"
 #include "platform/create_file.h"
+#include "platform/replace_file.h"
 
 namespace halvern {
 
@@ -26,7 +27,8 @@ std::vector<std::string> file_names(const std::string& directory) {
     for (; !error && entry != fs::directory_iterator{}; entry.increment(error)) {
         std::error_code unknown;
         std::string name = entry->path().filename().string();
-        if (entry->is_regular_file(unknown) && !name.starts_with('.')) {
+        if (entry->is_regular_file(unknown) && !name.starts_with('.') &&
+            !unfinished_file_owner(name)) {
             names.push_back(std::move(name));
         }
     }

@@ -1,6 +1,10 @@
 #include "flow/disk_output_flow_item.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <utility>
+
+#include "platform/replace_file.h"
 
 namespace halvern {
 
@@ -116,30 +120,70 @@ bool DiskOutputFlowItem::FindInputPath(const char* item_in_capitals, std::string
 }
 
 bool DiskOutputFlowItem::CheckPath(const std::string& path) {
-    if (path == "NONE" || base_name(path) == "NONE") {
+    const std::string name = base_name(path);
+    if (path == "NONE" || name == "NONE") {
         Error("Output file '%s' has not been properly selected\n", path.c_str());
         return false;
     }
-    const char* input = GetInputName();
-    std::error_code differs;
-    if (!OverwritesInput() && input && std::filesystem::equivalent(path, input, differs)) {
+    if (unfinished_file_owner(name)) {
         Error(
-            "Output file '%s' is the input file '%s'.  "
-            "Choose another file, or the option OVERWRITE INPUT.\n",
-            path.c_str(), input);
+            "Output file '%s' has the name of a file that is being written to replace another "
+            "(.new and a number).  Choose another name.\n",
+            path.c_str());
         return false;
     }
+    const auto is_path = [&path](const std::string& other) {
+        std::error_code differs;
+        return other == path || std::filesystem::equivalent(other, path, differs);
+    };
     for (const FlowItem* item = previous(); item; item = item->previous()) {
-        const auto* output = dynamic_cast<const DiskOutputFlowItem*>(item);
-        if (output && (output->checked_path_ == path ||
-                       std::filesystem::equivalent(output->checked_path_, path, differs))) {
+        const std::vector<std::string> read = item->FilesRead();
+        const auto input = std::ranges::find_if(read, is_path);
+        if (!OverwritesInput() && input != read.end()) {
+            Error(
+                "Output file '%s' is the input file '%s'.  "
+                "Choose another file, or the option OVERWRITE INPUT.\n",
+                path.c_str(), input->c_str());
+            return false;
+        }
+        const std::string written = item->FileWritten();
+        if (!written.empty() && is_path(written)) {
             Error("Another output of this flow writes to '%s'.  Choose another file.\n",
                   path.c_str());
+            return false;
+        }
+        if (OverwritesInput() && !item->PassesEveryTrace()) {
+            Error(
+                "Every record of the input is written back to where it came from, but '%s' does "
+                "not pass on every trace once and in order.  Choose the option OVERWRITE.\n",
+                item->GetName());
             return false;
         }
     }
     checked_path_ = path;
     return true;
+}
+
+bool DiskOutputFlowItem::LockExisting(bool& exists) {
+    Result<FileLock> lock = FileLock::take(checked_path_, FileLock::Missing::kFault);
+    exists = !lock.fault().is_missing();
+    if (!lock) return !exists || FailToOpen(lock.fault());
+    if (!IsRehearsal()) lock_ = std::move(*lock);
+    return true;
+}
+
+bool DiskOutputFlowItem::LockNew() {
+    if (IsRehearsal()) {
+        std::error_code error;
+        const auto folder = std::filesystem::absolute(checked_path_, error).parent_path();
+        const bool there = std::filesystem::is_directory(folder, error);
+        return there || FailToOpen(Fault::of_system(
+                            std::make_error_code(std::errc::no_such_file_or_directory)));
+    }
+    Result<FileLock> lock = FileLock::take(checked_path_, FileLock::Missing::kCreate);
+    if (!lock) return FailToOpen(lock.fault());
+    lock_ = std::move(*lock);
+    return lock_.created() || FailToOpen(Fault("another job has just made it"));
 }
 
 bool DiskOutputFlowItem::CheckAppends(const std::string& path, SampleInterval file_interval,
@@ -169,27 +213,20 @@ bool DiskOutputFlowItem::CheckFits(SampleInterval input_interval, int input_samp
     return false;
 }
 
-bool DiskOutputFlowItem::CheckRecordWasRead(const RecordEncoder& encoder) {
-    if (!OverwritesInput() || InputTracesRead() > encoder.encoded()) return true;
-    Error("Trace %lld would be written over a record that the input has still to read.\n",
-          static_cast<long long>(encoder.encoded() + 1));
+bool DiskOutputFlowItem::CheckRecordIsItsOwn(const RecordEncoder& encoder) {
+    const std::int64_t record = encoder.encoded() + 1;
+    if (!OverwritesInput() || InputTracesRead() == record) return true;
+    Error(
+        "Trace %lld of the input would be written over record %lld.  The records before that one "
+        "are written, all others are as they were.\n",
+        static_cast<long long>(InputTracesRead()), static_cast<long long>(record));
     TerminateJob(kJobError);
     return false;
 }
 
-void DiskOutputFlowItem::LogWritten(const RecordEncoder& encoder, const std::string& path) const {
-    if (encoder.encoded() == 0) {
-        Warning("No trace came: nothing was written to '%s'.\n", path.c_str());
-    } else {
-        Message("Wrote %lld traces of %d samples to '%s'.\n",
-                static_cast<long long>(encoder.encoded()), encoder.samples(), path.c_str());
-    }
-    if (encoder.not_finite() > 0) {
-        Warning(
-            "%lld samples were not finite numbers: NaN was written as 0, an infinity as the "
-            "largest value of its sign.\n",
-            static_cast<long long>(encoder.not_finite()));
-    }
+void DiskOutputFlowItem::LogWritten(const RecordEncoder& encoder) {
+    const char* input = OverwritesInput() ? GetInputName() : nullptr;
+    encoder.log_written(*this, input ? input : file_);
 }
 
 }  // namespace halvern

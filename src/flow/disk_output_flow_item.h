@@ -5,6 +5,8 @@
 #include "flow/process_flow_item.h"
 #include "flow/record_encoder.h"
 #include "flow/shared_parameters.h"
+#include "platform/fault.h"
+#include "platform/file_lock.h"
 
 namespace halvern {
 
@@ -14,6 +16,7 @@ class DiskOutputFlowItem : public OutputFlowItem {
 public:
     void LogParameters() override;
     bool OverwritesInput() const override { return write_type_ == kOverwriteInput; }
+    std::string FileWritten() const override { return checked_path_; }
 
 protected:
     using OutputFlowItem::OutputFlowItem;
@@ -32,22 +35,33 @@ protected:
     bool CheckParameters(const LineHeader& line) const;
     /// The path of the input, which is to be overwritten, into `path`.
     bool FindInputPath(const char* item_in_capitals, std::string& path);
-    /// Whether the path was chosen, and neither the input nor another output of the flow has it.
+    /// Whether the path was chosen, no other item of the flow has it, and, to overwrite the input,
+    /// all of its traces come in their order, as far as the items can tell.
     bool CheckPath(const std::string& path);
+    /// Locks the file of that path where it exists; false when another job writes to it or it
+    /// cannot be opened.
+    bool LockExisting(bool& exists);
+    /// Makes the file and locks it. In a rehearsal: whether its directory is there.
+    bool LockNew();
     /// Whether a file of that interval and sample count takes traces of this line.
     bool CheckAppends(const std::string& path, SampleInterval file_interval, int file_samples,
                       const LineHeader& line, int samples) const;
     /// Whether overwriting would keep every record of the input where it is.
     bool CheckFits(SampleInterval input_interval, int input_samples, const LineHeader& line,
                    int samples) const;
-    /// Whether the record that the next trace goes over has been read; ends the job when not.
-    bool CheckRecordWasRead(const RecordEncoder& encoder);
+    /// Whether the next trace goes over the record that it came from; ends the job when not.
+    bool CheckRecordIsItsOwn(const RecordEncoder& encoder);
 
     /// Samples to write a trace, warning where the line has fewer than asked for.
     int OutputSamples(const LineHeader& line) const;
 
-    /// Sums up at the end of the run: traces written to `path`, samples that could not be kept.
-    void LogWritten(const RecordEncoder& encoder, const std::string& path) const;
+    /// Sums up at the end of the run: traces written, samples that could not be kept.
+    void LogWritten(const RecordEncoder& encoder);
+
+    /// Says in the item's words that the file cannot be opened, and why; always false.
+    virtual bool FailToOpen(const Fault& fault) const = 0;
+
+    FileLock lock_;  // of the file that is written, from PrepareRun on
 
 private:
     std::string file_;

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "flow/flow_file.h"
 #include "flow/flow_item_kind.h"
@@ -158,6 +159,15 @@ public:
     /// What the item says: into the job's log with its name before it, or to the reporter it was
     /// made with. Error does not end the job.
     void Take(Weight weight, std::string_view text) const override;
+
+    /// Whether every trace that arrives leaves again, as one trace and before the next one arrives,
+    /// unless its own values forbid it. Items that select, sort, stack, or in another way change
+    /// the number or the order of traces say no.
+    virtual bool PassesEveryTrace() const { return true; }
+    /// Paths of the files that the item reads, as far as it knows them when it is prepared.
+    virtual std::vector<std::string> FilesRead() const { return {}; }
+    /// Path of the file that the item writes, from PrepareRun on; empty: none.
+    virtual std::string FileWritten() const { return {}; }
 
     /// The item's parameters, declared once. The list points at the item's variables.
     virtual ParameterList Parameters() { return {}; }

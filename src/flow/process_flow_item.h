@@ -25,6 +25,7 @@ public:
     void PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples,
                     int input_traces) override = 0;
     void EndRun() override = 0;
+    bool PassesEveryTrace() const override { return false; }
 
 protected:
     using FlowItem::FlowItem;

@@ -36,6 +36,7 @@ RecordEncoder::RecordEncoder(const Reporter& report, const TraceHeaderDefinition
       reel_number_(definition.find("TRNUMR")),
       num_samps_(definition.find("NUMSAMPS")),
       samp_rate_(definition.find("SAMPRATE")),
+      weight_(definition.find("WEIGHT")),
       most_traces_(std::min(most_of(definition, line_number_), most_of(definition, reel_number_))),
       traces_before_(traces_before) {}
 
@@ -55,12 +56,37 @@ std::span<const std::byte> RecordEncoder::encode(TraceHeaderDefinition& definiti
     definition.set_double(num_samps_, samples_);
     const int interval_us = interval_.us();
     definition.set_double(samp_rate_, interval_us);
+    const bool again =
+        format_ == SampleFormat::kInt16 && samples.format() == format_ && samples.raw_valid();
+    const int weight_before = again ? definition.get_int(weight_) : 0;
     // Samples first: 16-bit ones leave their exponent in the header.
     const std::span<std::byte> record = record_;
     not_finite_ +=
         samples.to_format(definition, format_, record.subspan(kTraceHeaderBytes), samples_);
+    if (again && definition.get_int(weight_) < weight_before) ++coarser_;
     std::copy_n(definition.image(), kTraceHeaderBytes, record.begin());
     return record_;
+}
+
+void RecordEncoder::log_written(const Reporter& report, const std::string& path) const {
+    if (encoded_ == 0) {
+        report.Warning("No trace came: nothing was written to '%s'.\n", path.c_str());
+    } else {
+        report.Message("Wrote %lld traces of %d samples to '%s'.\n",
+                       static_cast<long long>(encoded_), samples_, path.c_str());
+    }
+    if (not_finite_ > 0) {
+        report.Warning(
+            "%lld samples were not finite numbers: NaN was written as 0, an infinity as the "
+            "largest value of its sign.\n",
+            static_cast<long long>(not_finite_));
+    }
+    if (coarser_ > 0) {
+        report.Warning(
+            "%lld traces of 16-bit integers hold values at the end of that range: their WEIGHT "
+            "fell, and every sample of them lost its last bit.\n",
+            static_cast<long long>(coarser_));
+    }
 }
 
 }  // namespace halvern

@@ -37,6 +37,9 @@ public:
     /// Samples so far that were not finite and could not be kept (kInt16 only).
     std::int64_t not_finite() const { return not_finite_; }
 
+    /// Sums up what was written to `path`: traces, and what of them could not be kept.
+    void log_written(const Reporter& report, const std::string& path) const;
+
 private:
     const Reporter* report_ = nullptr;  // null once it was told
     SampleFormat format_ = SampleFormat::kIeee;
@@ -47,10 +50,12 @@ private:
     int reel_number_ = -1;
     int num_samps_ = -1;
     int samp_rate_ = -1;
+    int weight_ = -1;
     std::int64_t most_traces_ = 0;  // that both words can count
     std::int64_t traces_before_ = 0;
     std::int64_t encoded_ = 0;
     std::int64_t not_finite_ = 0;
+    std::int64_t coarser_ = 0;  // 16-bit traces whose WEIGHT fell as they were encoded again
 };
 
 }  // namespace halvern

@@ -83,7 +83,7 @@ void Prospect::create_directories() const {
     std::error_code ignored;
     for (const std::string& directory : data_directories_) {
         const std::string own = TreePath(directory, name_);
-        fs::create_directories(own, ignored);
+        fs::create_directory(own, ignored);  // a disk that is not mounted is not made up
         for (const std::string_view name : ProspectSubdirectories()) {
             fs::create_directory(TreePath(own, name), ignored);
         }

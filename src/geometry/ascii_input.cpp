@@ -484,9 +484,6 @@ int AsciiInput::GetInputTraceCount() {
 std::int64_t AsciiInput::InputTracesRead() {
     return created_ ? created_->sent : ProcessFlowItem::InputTracesRead();
 }
-const char* AsciiInput::GetInputName() {
-    return created_ ? file_.c_str() : ProcessFlowItem::GetInputName();
-}
 const char* AsciiInput::GetInputHeaderName() {
     return created_ ? header_file_.c_str() : ProcessFlowItem::GetInputHeaderName();
 }

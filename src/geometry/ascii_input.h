@@ -38,8 +38,10 @@ public:
     // At the head, what the items behind may ask an input; elsewhere passed on.
     int GetInputTraceCount() override;
     std::int64_t InputTracesRead() override;
-    const char* GetInputName() override;
     const char* GetInputHeaderName() override;
+
+    // Its file is no input whose records could be written over.
+    std::vector<std::string> FilesRead() const override { return {file_}; }
 
     /// Traces that found a record.
     int matched() const { return matched_; }

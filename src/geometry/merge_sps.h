@@ -53,6 +53,7 @@ public:
 
 protected:
     /// Where one trace stands in several relations, its geometry depends on the trace before it.
+    bool PassesEveryTrace() const override { return kill_bad_ == 0; }
     bool RepeatsItself() const override { return !set_.ambiguous(); }
 
 private:

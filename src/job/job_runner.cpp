@@ -14,6 +14,7 @@
 #include "foundation/time_stamp.h"
 #include "job/catalogue.h"
 #include "job/chain.h"
+#include "native/native_writer.h"
 #include "platform/job_signals.h"
 #include "platform/message_box.h"
 #include "platform/program_path.h"
@@ -89,6 +90,8 @@ void RunJob(const std::vector<std::string>& arguments) {
     const auto open_prospect = [](const std::string& name) { return CurrentProspect().open(name); };
     // The job starts in the default prospect; one that cannot be read has said so and is left.
     (void)open_prospect("default");
+
+    remove_abandoned_datasets(NativePlaces::configured(), LogReporter(""));
 
     const std::string flow_path = arguments.size() > kFlowFile ? arguments[kFlowFile] : "";
     job.flow = std::make_unique<FlowParameterFile>(flow_path);

@@ -33,6 +33,12 @@ DialogTexts NativeDiskInput::WindowTexts() const {
             .already_up = "Halvern Disk Input Interface is already up."};
 }
 
+std::vector<std::string> NativeDiskInput::FilesRead() const {
+    std::vector<std::string> files = reader_.parts().paths();
+    files.push_back(file_);
+    return files;
+}
+
 void NativeDiskInput::OpenSource() {
     std::error_code failed;
     if (!std::filesystem::exists(file_, failed)) {

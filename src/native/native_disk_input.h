@@ -13,6 +13,7 @@ public:
     NativeDiskInput(const FlowSection& section, LogFlag log);
 
     const char* GetInputName() override { return file_.c_str(); }
+    std::vector<std::string> FilesRead() const override;
     const char* GetInputHeaderName() override { return reader_.parts().desc_path.c_str(); }
 
 protected:

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/fault.h"
+#include "platform/file_lock.h"
 #include "trace/sample_format.h"
 #include "trace/sample_interval.h"
 
@@ -25,15 +26,16 @@ struct NativeMain {
     std::string line_path;                ///< the line header values
     std::vector<NativeSegment> segments;  ///< in trace order
 
-    /// The file read; nothing when it cannot be, has no magic or lacks a path. A HEAD path without
-    /// its DATA path is left out. Lines are read kLongestPath characters at a time.
-    static std::optional<NativeMain> read(const std::string& path);
+    /// The file, read once and whole. A fault when it cannot be, has no magic, names a HEAD file
+    /// without its DATA file or a path that is too long, or lacks the DESC or LINE file.
+    static Result<NativeMain> read(const std::string& path);
     /// Characters of a listed path that `read` takes.
     static constexpr std::size_t kLongestPath = 198;
 
     /// Replaces the file by writing beside it and renaming, so that whoever reads it finds the old
-    /// or the new list, never a part. 0 or -1, also when a path is too long to be read again.
-    [[nodiscard]] int write(const std::string& path) const;
+    /// or the new list, never a part; a `lock` of the old one becomes one of the new. A fault also
+    /// when a path is too long to be read again.
+    Fault write(const std::string& path, FileLock* lock = nullptr) const;
 
     /// Every path that the file lists.
     std::vector<std::string> paths() const;
@@ -49,18 +51,19 @@ struct NativeLayout {
     SampleInterval interval;
     SampleFormat format = SampleFormat::kIeee;
 
-    /// The file read, its keys in any order; nothing when it cannot be read or a value is out of
+    /// The file read, its keys in any order; a fault when it cannot be read or a value is out of
     /// range (samples 0 to kMostSamples, interval 0 or 1 us to kMostInterval, format 0 to 2).
-    static std::optional<NativeLayout> read(const std::string& path);
-    /// 0 or -1.
-    [[nodiscard]] int write(const std::string& path) const;
+    static Result<NativeLayout> read(const std::string& path);
+    Fault write(const std::string& path) const;
 
     std::int64_t sample_bytes() const { return std::int64_t{samples} * bytes_per_sample(format); }
     std::int64_t record_bytes() const { return kTraceHeaderBytes + sample_bytes(); }
 };
 
 /// Traces of a segment: whole headers and whole sample records, whichever are fewer, because a job
-/// that was killed may have left more of the one than of the other. -1 when a file is missing.
-std::int64_t native_segment_traces(const NativeSegment& segment, const NativeLayout& layout);
+/// that was killed may have left more of the one than of the other. A fault, which names the file,
+/// when there is none.
+Result<std::int64_t> native_segment_traces(const NativeSegment& segment,
+                                           const NativeLayout& layout);
 
 }  // namespace halvern

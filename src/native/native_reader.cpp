@@ -12,24 +12,26 @@ NativeOpening NativeReader::open(const std::string& path, int progress_interval,
         return NativeOpening::kNotValid;
     };
     const auto parts = NativeMain::read(path);
-    if (!parts) return refuse("this is not the main file of a dataset");
+    if (!parts) return refuse(parts.fault().reason());
     parts_ = *parts;
     const auto layout = NativeLayout::read(parts_.line_path);
-    if (!layout) return refuse("its line header file '" + parts_.line_path + "' cannot be read");
+    if (!layout) {
+        return refuse("its line header file '" + parts_.line_path +
+                      "': " + layout.fault().reason());
+    }
     layout_ = *layout;
     segments_.clear();
     trace_count_ = 0;
     for (const NativeSegment& segment : parts_.segments) {
-        const std::int64_t traces = native_segment_traces(segment, layout_);
-        if (traces < 0) {
-            return refuse("its file '" + segment.head_path + "' or '" + segment.data_path +
-                          "' is missing");
-        }
+        const auto traces = native_segment_traces(segment, layout_);
+        if (!traces) return refuse(traces.fault().reason());
         for (const std::string& part : {segment.head_path, segment.data_path}) {
-            if (!BlockReader::open(part)) return refuse("its file '" + part + "' cannot be read");
+            if (const auto file = BlockReader::open(part); !file) {
+                return refuse("its file '" + part + "': " + file.fault().reason());
+            }
         }
-        segments_.push_back({trace_count_, traces});
-        trace_count_ += traces;
+        segments_.push_back({trace_count_, *traces});
+        trace_count_ += *traces;
     }
     std::error_code error;
     if (!std::filesystem::exists(parts_.desc_path, error)) {

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "foundation/report.h"
 #include "native/native_layout.h"
@@ -20,9 +20,17 @@ namespace halvern {
 class NativeWriter {
 public:
     enum class Mode {
-        kAppend = 0,     ///< behind the traces of a dataset; one that cannot be read is created
+        kAppend = 0,     ///< after the traces of a dataset; one that is not there is created
         kCreate = 1,     ///< a new dataset; the files of one that exists are deleted
         kOverwrite = 2,  ///< over the traces of a dataset, in place
+    };
+
+    /// The dataset to write: its main file, what that lists where it exists, and the lock of it,
+    /// which then goes with the file.
+    struct Target {
+        std::string path;
+        std::optional<NativeMain> existing;
+        FileLock lock;
     };
 
     NativeWriter() = default;
@@ -30,36 +38,44 @@ public:
     NativeWriter(const NativeWriter&) = delete;
     NativeWriter& operator=(const NativeWriter&) = delete;
 
-    /// Opens the dataset of the main file `path` for traces of that layout and description. 1, or 0
-    /// with log lines. Nothing of an existing dataset is deleted before the new one stands.
-    [[nodiscard]] int open(const std::string& path, Mode mode, const NativeLayout& layout,
+    /// Whether every part that `mode` would write over or after is a dataset's own; else with an
+    /// error line.
+    static bool may_write(const NativeMain& parts, Mode mode, const NativePlaces& places,
+                          const Reporter& report);
+
+    /// Opens the dataset for traces of that layout and description. 1, or 0 with log lines. Nothing
+    /// of an existing dataset is deleted before the new one is complete.
+    [[nodiscard]] int open(Target target, Mode mode, const NativeLayout& layout,
                            const TraceHeaderDefinition& definition, NativePlaces places,
                            const Reporter& report);
 
-    /// Writes a trace: its 240-byte header and its sample record. 0, or -1 with a log line.
+    /// Writes a trace: its 240-byte header and its sample record. 0, or -1 with log lines.
     [[nodiscard]] int write_trace(std::span<const std::byte> header,
                                   std::span<const std::byte> record);
 
-    /// Hands everything to the system and closes. 0, or -1 when that or any write before it failed.
-    [[nodiscard]] int finish();
+    /// Hands everything to the system, closes, and lets go of the lock. Gives why that or any write
+    /// before it failed.
+    Fault finish();
 
     /// Traces that were in the dataset when it was opened to append or overwrite.
     std::int64_t traces_before() const { return traces_before_; }
 
 private:
-    bool create(bool replaces);
-    bool append();
-    bool overwrite();
+    bool create(const TraceHeaderDefinition& definition);
+    bool create_parts(const TraceHeaderDefinition& definition);
+    bool take_up();
     bool open_pair(std::int64_t trace);
     bool next_pair();
-    bool close_pair();
-    void delete_parts(const NativeMain& parts) const;
+    Fault close_pair();
+    Fault flush();
+    bool fail(const char* what, const std::string& file, const Fault& fault) const;
+    bool fail_to_place(const Fault& fault) const;
+    void delete_parts(const NativeMain& parts, const NativeMain& keep) const;
 
-    std::string path_;
+    Target target_;
     const Reporter* report_ = nullptr;  // from open() on
     NativePlaces places_;
     NativeLayout layout_;
-    const TraceHeaderDefinition* definition_ = nullptr;  // while open() runs
     Mode mode_ = Mode::kCreate;
     NativeMain parts_;
     std::size_t segment_ = 0;      // the one that is written
@@ -70,5 +86,11 @@ private:
     BlockWriter head_;
     BlockWriter data_;
 };
+
+/// Removes what writers that were killed left in the data directories: main files that were to take
+/// their places, and those of their parts that no other main file there lists. Nothing of a writer
+/// that is alive, here or on another machine, and no part that is merely unlisted: its main file
+/// may be elsewhere.
+void remove_abandoned_datasets(const NativePlaces& places, const Reporter& report);
 
 }  // namespace halvern

@@ -5,7 +5,6 @@
 #include <span>
 
 #include "platform/block_writer.h"
-#include "platform/create_file.h"
 #include "platform/detached_process.h"
 #include "platform/sync_file.h"
 
@@ -23,10 +22,10 @@ Result<ReplacedFile> ReplacedFile::begin(const std::string& path) {
     std::string target = missing ? path : resolved.string();
     if (fs::is_directory(target, missing)) return Fault("it is a directory");
     std::string beside = target + std::string(kMark) + std::to_string(current_process_id());
-    const std::error_code error = create_exclusively(beside);
-    // One of this name can only be what an earlier process of the same number left.
-    if (error && error != std::errc::file_exists) return Fault::of_system(error);
-    return ReplacedFile(std::move(target), std::move(beside));
+    // One of this name that nobody has locked is what an earlier process of the same number left.
+    Result<FileLock> lock = FileLock::take(beside, FileLock::Missing::kCreate);
+    if (!lock) return lock.fault();
+    return ReplacedFile(std::move(target), std::move(beside), std::move(*lock));
 }
 
 ReplacedFile::~ReplacedFile() {
@@ -44,16 +43,11 @@ Fault ReplacedFile::commit(Reach reach, FileLock* lock) {
     if (reach == Reach::kDisk) {
         if (Fault fault = sync_file(beside_)) return fault;
     }
-    FileLock next;
-    if (lock) {
-        if (auto taken = FileLock::take(beside_, FileLock::Missing::kFault)) {
-            next = std::move(*taken);
-        }
-        if (FileLock::kBarsReplacing) lock->release();
-    }
+    if (lock && FileLock::kBarsReplacing) lock->release();
     fs::rename(beside_, target_, error);
     if (error) return Fault::of_system(error);
-    if (lock) *lock = std::move(next);
+    if (lock) *lock = std::move(lock_);
+    lock_.release();
     beside_.clear();
     return {};
 }

@@ -27,7 +27,9 @@ public:
 
     ~ReplacedFile();
     ReplacedFile(ReplacedFile&& other) noexcept
-        : target_(std::move(other.target_)), beside_(std::exchange(other.beside_, {})) {}
+        : target_(std::move(other.target_)),
+          beside_(std::exchange(other.beside_, {})),
+          lock_(std::move(other.lock_)) {}
     ReplacedFile& operator=(ReplacedFile&&) = delete;
 
     /// What to write to, by whatever writes files; closed before commit().
@@ -37,11 +39,12 @@ public:
     Fault commit(Reach reach = Reach::kSystem, FileLock* lock = nullptr);
 
 private:
-    ReplacedFile(std::string target, std::string beside)
-        : target_(std::move(target)), beside_(std::move(beside)) {}
+    ReplacedFile(std::string target, std::string beside, FileLock lock)
+        : target_(std::move(target)), beside_(std::move(beside)), lock_(std::move(lock)) {}
 
     std::string target_;
     std::string beside_;  // empty: committed
+    FileLock lock_;       // of the file beside: its writer is alive, on whatever machine
 };
 
 /// Gives the file `path` the contents `bytes` in the same way, all or nothing.

@@ -15,6 +15,8 @@ public:
 
     void LogParameters() override;
     const char* GetInputName() override { return file_.c_str(); }
+    std::vector<std::string> FilesRead() const override { return {file_}; }
+    bool PassesEveryTrace() const override { return select_word_ < 0 || ranges_.empty(); }
 
 protected:
     /// Ends the job when the file is missing or not valid, its header description cannot be loaded

@@ -33,6 +33,7 @@ void SegyTapeOutput::LogParameters() {
 
 void SegyTapeOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples&,
                                 int) {
+    if (IsRehearsal()) return;  // a tape would be moved
     device_ = make_tape_device(device_name_, TapeUse::kWrite, *this);
     Message("Attempting to open tape drive: %s\n", device_->name().c_str());
     if (device_->open() != 0) {
@@ -64,25 +65,17 @@ int SegyTapeOutput::ProcessTrace(LineHeader& line, TraceHeaderDefinition& header
 }
 
 void SegyTapeOutput::EndRun() {
-    if (encoder_.encoded() == 0) {
-        Warning("No trace came: nothing was written to '%s'.\n", device_name_.c_str());
-    } else if (device_->write_filemark() != 0 || device_->write_filemark() != 0) {
-        Error("Cannot write a filemark to file: %s\n", device_name_.c_str());
-        return TerminateJob(kJobError);
-    } else if (device_->close() != 0) {
-        Error("The end of what was written may be missing on file: %s\n", device_name_.c_str());
-        return TerminateJob(kJobError);
-    } else {
-        Message("Wrote %lld traces of %d samples to '%s'.\n",
-                static_cast<long long>(encoder_.encoded()), encoder_.samples(),
-                device_name_.c_str());
+    if (encoder_.encoded() > 0) {
+        if (device_->write_filemark() != 0 || device_->write_filemark() != 0) {
+            Error("Cannot write a filemark to file: %s\n", device_name_.c_str());
+            return TerminateJob(kJobError);
+        }
+        if (device_->close() != 0) {
+            Error("The end of what was written may be missing on file: %s\n", device_name_.c_str());
+            return TerminateJob(kJobError);
+        }
     }
-    if (encoder_.not_finite() > 0) {
-        Warning(
-            "%lld samples were not finite numbers: NaN was written as 0, an infinity as the "
-            "largest value of its sign.\n",
-            static_cast<long long>(encoder_.not_finite()));
-    }
+    encoder_.log_written(*this, device_name_);
     device_.reset();
     encoder_ = {};
 }

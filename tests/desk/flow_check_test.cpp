@@ -88,7 +88,7 @@ TEST_F(FlowChecks, LookUpWordsInTheDatasetsOwnDescription) {
     NativeMain parts{.desc_path = place.folder.file("header/default"),
                      .line_path = place.folder.file("line"),
                      .segments = {}};
-    ASSERT_EQ(parts.write(place.folder.file("ds")), 0);
+    ASSERT_FALSE(parts.write(place.folder.file("ds")));
     const std::string dataset = "$KELDARDINPUT\nFILE=" + place.folder.file("ds") + "\n";
     EXPECT_THAT(findings(dataset + "$SORT\nHEADER1=OFFSET\nHEADER2=OFSET\n"),
                 ElementsAre(HasSubstr("5 E HEADER2: the header description has no word 'OFSET'")));

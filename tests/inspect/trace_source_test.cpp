@@ -46,18 +46,20 @@ std::string write_dataset(const TemporaryFolder& folder) {
     EXPECT_EQ(definition.load(kHeader), 0);
     NativeWriter writer;
     const NativePlaces places{
-        .directories = {folder.file("parts")},
+        .roots = {folder.path().string()},
+        .prospect = "parts",
         .min_disk_space_mb = 0,
         .max_file_size_mb = 1000,
         .free_space = [](const std::string&) { return std::int64_t{1} << 40; }};
-    EXPECT_EQ(writer.open(folder.file("line"), NativeWriter::Mode::kCreate,
+    EXPECT_EQ(writer.open({.path = folder.file("line"), .existing = {}, .lock = {}},
+                          NativeWriter::Mode::kCreate,
                           {.samples = 1, .interval = SampleInterval::of_ms(4)}, definition, places,
                           testing_support::kTestReport),
               1);
     std::vector<std::byte> header(kTraceHeaderBytes), record{std::byte{0x40}, {}, {}, {}};  // 2.0
     header[15] = std::byte{9};                                                              // CHAN
     EXPECT_EQ(writer.write_trace(header, record), 0);
-    EXPECT_EQ(writer.finish(), 0);
+    EXPECT_FALSE(writer.finish());
     return folder.file("line");
 }
 

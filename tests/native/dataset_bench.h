@@ -20,18 +20,26 @@ struct DatasetBench {
     NativeLayout layout{
         .samples = 4, .interval = SampleInterval::of_ms(4), .format = SampleFormat::kIeee};
     std::int64_t free_bytes = std::int64_t{1} << 40;
-    NativePlaces places{.directories = {folder.file("disk1"), folder.file("disk2")},
+    NativePlaces places{.roots = {folder.file("disk1"), folder.file("disk2")},
+                        .prospect = "rv",
                         .min_disk_space_mb = 50,
                         .max_file_size_mb = 1000,
                         .free_space = [this](const std::string&) { return free_bytes; }};
     TraceHeaderDefinition definition;
 
-    DatasetBench() { (void)definition.load(HALVERN_SOURCE_DIR "/header/default"); }
+    DatasetBench() {
+        (void)definition.load(HALVERN_SOURCE_DIR "/header/default");
+        for (const std::string& root : places.roots) std::filesystem::create_directory(root);
+    }
 
     /// Writes `count` traces from number `first`; whether all of it went well.
     bool write(NativeWriter::Mode mode, int first, int count) {
         NativeWriter writer;
-        if (writer.open(main, mode, layout, definition, places, kTestReport) != 1) return false;
+        NativeWriter::Target target{.path = main, .existing = {}, .lock = {}};
+        if (auto parts = NativeMain::read(main)) target.existing = *parts;
+        if (writer.open(std::move(target), mode, layout, definition, places, kTestReport) != 1) {
+            return false;
+        }
         for (int n = first; n < first + count; ++n) {
             std::vector<std::byte> header(kTraceHeaderBytes), record;
             header[0] = static_cast<std::byte>(n);
@@ -39,7 +47,7 @@ struct DatasetBench {
                           static_cast<std::byte>(n));
             if (writer.write_trace(header, record) != 0) return false;
         }
-        return writer.finish() == 0;
+        return !writer.finish();
     }
 
     /// The numbers of the traces, -1 for one whose header and samples disagree; -2 alone when the
@@ -60,10 +68,10 @@ struct DatasetBench {
     }
     std::size_t parts() const {
         std::size_t files = 0;
-        for (const char* disk : {"disk1", "disk2"}) {
-            if (!std::filesystem::exists(folder.path() / disk)) continue;
-            for ([[maybe_unused]] const auto& file :
-                 std::filesystem::directory_iterator(folder.path() / disk)) {
+        for (const std::string& root : places.roots) {
+            const std::filesystem::path data = std::filesystem::path(root) / "rv/data";
+            if (!std::filesystem::exists(data)) continue;
+            for ([[maybe_unused]] const auto& file : std::filesystem::directory_iterator(data)) {
                 ++files;
             }
         }

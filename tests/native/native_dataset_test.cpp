@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 #include "native/dataset_bench.h"
+#include "platform/detached_process.h"
 #include "support/log_capture.h"
 
 namespace halvern {
@@ -75,19 +78,91 @@ TEST(NativeDataset, OverwritingDeletesTheOldPartsAndNothingElse) {
     DatasetBench bench;
     bench.places.max_file_size_mb = 0;
     EXPECT_TRUE(bench.write(Mode::kCreate, 0, 150));
-    const std::string bystander = bench.folder.write("disk2/DATAbase", "keep");
+    const std::string bystander = bench.folder.write("disk2/rv/data/DATAbase", "keep");
     NativeMain main = *NativeMain::read(bench.main);
     main.segments.push_back({bystander, bystander});
-    ASSERT_EQ(main.write(bench.main), 0);
+    ASSERT_FALSE(main.write(bench.main));
     EXPECT_TRUE(bench.write(Mode::kCreate, 7, 1));
     EXPECT_EQ(bench.read(), numbers(7, 1));
     EXPECT_EQ(bench.parts(), 5u);
+    EXPECT_THAT(bench.log.text(), HasSubstr("listed are kept (2)"));
     EXPECT_EQ(file_bytes(bystander), "keep");
+}
 
-    const std::string text = bench.folder.write("notes", "no dataset");
-    bench.main = text;
-    EXPECT_FALSE(bench.write(Mode::kCreate, 0, 1));
-    EXPECT_EQ(file_bytes(text), "no dataset");
+// A job of the same second draws the same numbers, which are free when the old files are gone.
+TEST(NativeDataset, ReplacingDeletesNoPartThatItHasJustMade) {
+    DatasetBench bench;
+    for (int first : {0, 7}) {
+        std::srand(1);
+        EXPECT_TRUE(bench.write(Mode::kCreate, first, 2));
+        EXPECT_EQ(bench.read(), numbers(first, 2));
+        const NativeMain main = *NativeMain::read(bench.main);
+        if (first == 0) {
+            for (const std::string& part : main.paths()) fs::remove(part);
+        }
+    }
+}
+
+TEST(NativeDataset, FilesGoOnlyToADataDirectoryThatIsThere) {
+    DatasetBench bench;
+    const std::string plain = bench.folder.write("plain", "");
+    bench.places.roots = {bench.places.roots[0], plain, bench.folder.file("unmounted")};
+    EXPECT_TRUE(bench.write(Mode::kCreate, 0, 2));
+    EXPECT_FALSE(fs::exists(bench.folder.file("unmounted")));
+    EXPECT_FALSE(bench.places.obstacle());
+    bench.places.roots.erase(bench.places.roots.begin());
+    EXPECT_TRUE(bench.places.obstacle());
+    EXPECT_FALSE(bench.write(Mode::kCreate, 0, 2));
+    EXPECT_THAT(bench.log.text(), HasSubstr("plain' is no directory.\n"));
+}
+
+TEST(NativeDataset, WritesOnlyToPartsOfDatasets) {
+    DatasetBench bench;
+    EXPECT_TRUE(bench.write(Mode::kCreate, 0, 2));
+    const NativeMain main = *NativeMain::read(bench.main);
+    const std::string outside = bench.folder.write("letters/DATA1", std::string(32, 'x'));
+    const std::string link = fs::path(main.desc_path).parent_path().string() + "/DATA2";
+    fs::create_symlink(outside, link);
+    for (const std::string& data : {outside, link, main.line_path, main.segments[0].head_path}) {
+        NativeMain other = main;
+        other.segments[0].data_path = data;
+        ASSERT_FALSE(other.write(bench.main));
+        const std::string before = file_bytes(data);
+        for (const Mode mode : {Mode::kAppend, Mode::kOverwrite}) {
+            EXPECT_FALSE(bench.write(mode, 5, 1)) << data;
+        }
+        EXPECT_EQ(file_bytes(data), before);
+    }
+    EXPECT_THAT(bench.log.text(), HasSubstr("DATA1', which is no DATA file of a prospect in a "));
+}
+
+TEST(NativeDataset, WhatKilledWritersLeaveGoesWithItsOwnParts) {
+    DatasetBench bench;
+    bench.main = bench.folder.file("disk2/rv/data/line1");
+    fs::create_directories(bench.folder.file("disk2/rv/data"));
+    EXPECT_TRUE(bench.write(Mode::kCreate, 0, 2));
+    const std::string kept = file_bytes(bench.main);
+    const std::string second = bench.folder.file("disk2/rv/data/line2");
+    const auto left_by = [&](const std::string& owner) {
+        bench.main = second;
+        EXPECT_TRUE(bench.write(Mode::kCreate, 0, 2));
+        fs::rename(second, second + ".new" + owner);
+    };
+    left_by("999999999");  // beyond every process number
+    NativeMain shared = *NativeMain::read(second + ".new999999999");
+    shared.segments.push_back(
+        NativeMain::read(bench.folder.file("disk2/rv/data/line1"))->segments[0]);
+    ASSERT_FALSE(shared.write(second + ".new999999999"));
+    left_by(std::to_string(current_process_id()));
+    bench.folder.write("disk2/rv/data/notes.new999999999", "no dataset");
+    bench.folder.write("disk2/rv/data/HEAD5", "unlisted");
+    EXPECT_EQ(bench.parts(), 17u);  // 4 parts and a main file of three, and the last two
+
+    remove_abandoned_datasets(bench.places, kTestReport);
+    EXPECT_EQ(bench.parts(), 12u);
+    EXPECT_FALSE(fs::exists(second + ".new999999999"));
+    bench.main = bench.folder.file("disk2/rv/data/line1");
+    EXPECT_EQ(bench.read(), numbers(0, 2));
 }
 
 TEST(NativeDataset, OverwritesInPlaceAcrossSegmentsAndNotBeyond) {
@@ -149,10 +224,10 @@ TEST(NativeDataset, WhatIsBrokenIsRefused) {
 
     NativeMain longest = parts;
     longest.line_path = std::string(NativeMain::kLongestPath, 'x');
-    EXPECT_EQ(longest.write(bench.main), 0);
+    EXPECT_FALSE(longest.write(bench.main));
     EXPECT_EQ(NativeMain::read(bench.main)->line_path, longest.line_path);
     longest.line_path += 'x';
-    EXPECT_EQ(longest.write(bench.main), -1);
+    EXPECT_TRUE(longest.write(bench.main));
 }
 
 }  // namespace

@@ -68,6 +68,57 @@ TEST(NativeItems, AppendKeepsTheFormatAndComparesTheShape) {
     EXPECT_EQ(reader.trace_count(), 2);
 }
 
+TEST(NativeItems, AppendRefusesTracesOfAnotherDescription) {
+    OutputBench bench;
+    bench.run({}, {{1, 2}});
+    const std::string desc = NativeMain::read(bench.main)->desc_path;
+    std::string text = file_bytes(desc);
+    const std::size_t place = text.find("FFID       8 1");
+    ASSERT_NE(place, std::string::npos);
+    text.replace(place, 14, "FFID      12 1");
+    bench.folder.write(std::filesystem::relative(desc, bench.folder.path()).string(), text);
+    EXPECT_JOB_ERROR(bench.run({"WRITETYPE=0"}, {{3, 4}}),
+                     "they differ in the name, the place or the type of 'FFID'");
+    EXPECT_EQ(bench.read().size(), 1u);
+}
+
+TEST(NativeItems, WhatExistsIsReplacedByTheFirstTraceAndWhatIsNoDatasetNever) {
+    OutputBench bench;
+    bench.run({}, {{1, 2}});
+    const std::string main = file_bytes(bench.main);
+    ItemBench<NativeDiskOutput> output({.samples = 2}, {"FILE=" + bench.main});
+    output.item().UsePlaces(bench.places);
+    output.prepare();
+    EXPECT_TRUE(FileLock::take(bench.main, FileLock::Missing::kFault).fault());
+    output.finish();
+    EXPECT_THAT(output.log(), HasSubstr("nothing was written to '" + bench.main + "'"));
+    EXPECT_EQ(file_bytes(bench.main), main);
+    EXPECT_EQ(bench.read().size(), 1u);
+    for (const std::string& text :
+         {std::string("notes"), main.substr(0, main.rfind('\n', main.size() - 2))}) {
+        bench.folder.write("line1", text);
+        for (const char* type : {"WRITETYPE=0", "WRITETYPE=1"}) {
+            EXPECT_JOB_ERROR(bench.run({type}, {{1, 2}}), "The file exists and is kept: it is ");
+        }
+        EXPECT_EQ(file_bytes(bench.main), text);
+    }
+}
+
+// A copy of a main file lists the same parts: they would be deleted while the flow reads them.
+TEST(NativeItems, AnOutputDoesNotReplaceWhatItsInputReads) {
+    OutputBench bench;
+    bench.run({}, {{1, 2}});
+    const std::string copy = bench.folder.write("copy", file_bytes(bench.main));
+    NativeDiskInput input(section_of(FlowItemKind::kNativeDiskInput, {"FILE=" + bench.main}),
+                          LogFlag::kQuiet);
+    auto output = std::make_unique<NativeDiskOutput>(
+        section_of(FlowItemKind::kNativeDiskOutput, {"FILE=" + copy}), LogFlag::kQuiet);
+    output->UsePlaces(bench.places);
+    input.SetNext(std::move(output));
+    EXPECT_JOB_ERROR(input.RunInput(), "is read by this flow.");
+    EXPECT_EQ(bench.read().size(), 1u);
+}
+
 TEST(NativeItems, RefuseWhatWasNotChosen) {
     OutputBench bench;
     EXPECT_JOB_ERROR(bench.run({"WRITETYPE=2"}, {{1}}),

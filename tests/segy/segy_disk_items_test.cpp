@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "platform/file_lock.h"
 #include "segy/segy_bytes.h"
 #include "segy/segy_disk_input.h"
 #include "segy/segy_disk_output.h"
@@ -156,6 +157,9 @@ TEST_F(SegyDiskFlow, WithoutAWantedTraceOutputsArePreparedAndLoseNothing) {
     }
     EXPECT_THAT(run(nothing, {"USETIME=1", "TIME=-1"}), HasSubstr("[job ended]"));
     EXPECT_THAT(run(nothing, {}), HasSubstr("No trace came"));
+    EXPECT_EQ(output(), "notes");
+    std::filesystem::remove(out_);
+    EXPECT_THAT(run(nothing, {}), HasSubstr("nothing was written to '" + out_ + "'"));
     EXPECT_EQ(output(), "");
 }
 
@@ -218,8 +222,12 @@ TEST_F(SegyDiskFlow, FailuresEndTheJobInTheirWordsAndTouchNothing) {
          header_bytes({.samples = 3}) + record_bytes({}, 4, {0, 0, 0})},
         {{},
          {"WRITETYPE=0"},
-         append + "It ends in an incomplete trace of 3 bytes.\n",
-         header_bytes({}) + trace_of(9) + "abc"},
+         out + "The file '" + out_ + "' has the format code 9.",
+         header_bytes({.code = 9}) + trace_of(9)},
+        {{"READALLTRACES=0", "SELECTHEADER=FFID", "SELECTRANGE=3-4"},
+         {"WRITETYPE=2"},
+         "'SEG-Y Disk Input' does not pass on every trace once and in order."},
+        {{}, {"FILE=" + out_ + ".new7"}, "Choose another name."},
         {{}, {"WRITETYPE=2", "USETIME=1", "TIME=8"}, "do not fit the records of the input file"},
         {{}, {"WRITETYPE=3"}, "You have entered '3'.\n"},
     };
@@ -231,6 +239,41 @@ TEST_F(SegyDiskFlow, FailuresEndTheJobInTheirWordsAndTouchNothing) {
         EXPECT_EQ(std::filesystem::exists(out_) ? output() : "", failure.existing);
         std::filesystem::remove(out_);
     }
+}
+
+TEST_F(SegyDiskFlow, AppendingTakesThePlaceOfATraceThatWasCutShort) {
+    write_input(header_bytes({}) + traces_of(1, 1));
+    folder_.write("out.sgy", header_bytes({}) + trace_of(9) + trace_of(8).substr(0, 255));
+    EXPECT_THAT(run({}, {"WRITETYPE=0"}), HasSubstr("an incomplete trace of 255 bytes"));
+    EXPECT_EQ(output(), header_bytes({}) + trace_of(9) + written_trace(2, 1));
+}
+
+TEST_F(SegyDiskFlow, AFileThatAnotherJobWritesIsRefused) {
+    write_input(header_bytes({}) + traces_of(1, 1));
+    folder_.write("out.sgy", "whole");
+    const auto other = FileLock::take(out_, FileLock::Missing::kFault);
+    for (const char* type : {"WRITETYPE=0", "WRITETYPE=1"}) {
+        EXPECT_THAT(run({}, {type}),
+                    AllOf(HasSubstr("another job is writing to it.\n"), HasSubstr("[job ended]")));
+    }
+    EXPECT_EQ(output(), "whole");
+}
+
+TEST_F(SegyDiskFlow, ARehearsalFindsFaultsAndTouchesNothing) {
+    write_input(header_bytes({}) + traces_of(1, 3));
+    const CollectedReports reports;
+    const auto rehearse = [&](Lines lines) {
+        make({}, std::move(lines), LogFlag::rehearsal(reports))->Rehearse();
+    };
+    rehearse({});
+    EXPECT_FALSE(std::filesystem::exists(out_));
+    folder_.write("out.sgy", "whole");
+    rehearse({});
+    EXPECT_EQ(output(), "whole");
+    EXPECT_THAT(reports.of(Weight::kError), testing::IsEmpty());
+    EXPECT_THROW(rehearse({"FILE=/no/such/x"}), JobEnded);
+    const auto other = FileLock::take(out_, FileLock::Missing::kFault);
+    EXPECT_THROW(rehearse({}), JobEnded);
 }
 
 TEST_F(SegyDiskFlow, TwoOutputsCannotHaveOneFile) {
@@ -290,30 +333,33 @@ TEST_F(SegyDiskFlow, OverwritesItsInputWhileItIsBeingRead) {
     EXPECT_FALSE(head.CanReplayInput());
 }
 
-TEST_F(SegyDiskFlow, OverwritingWithAPartOfTheTracesSaysWhatStays) {
-    write_input(header_bytes({}) + traces_of(1, 4));
-    EXPECT_THAT(run({"READALLTRACES=0", "SELECTHEADER=FFID", "SELECTRANGE=3-4"}, {"WRITETYPE=2"}),
-                HasSubstr("Only the first 2 of the 4 records"));
-    EXPECT_EQ(file_bytes(in_),
-              header_bytes({}) + written_trace(1, 3) + written_trace(2, 4) + traces_of(3, 4));
-}
-
-TEST_F(SegyDiskFlow, OverwritingStopsWhereTheInputIsMovedBack) {
-    class OneBack final : public ProcessFlowItem {
+TEST_F(SegyDiskFlow, OverwritingStopsBeforeATraceThatIsNotTheRecordsOwn) {
+    class At3 final : public ProcessFlowItem {
     public:
-        OneBack() : ProcessFlowItem(FlowItemKind::kTraceSelect, LogFlag::kQuiet) {}
+        explicit At3(bool drops)
+            : ProcessFlowItem(FlowItemKind::kTraceMath, LogFlag::kQuiet), drops_(drops) {}
         int ProcessTrace(LineHeader&, TraceHeaderDefinition&, TraceSamples&) override {
-            if (GetReceivedCount() == 3) SetInputPosition(2);
-            return kPassOn;
+            if (GetReceivedCount() != 3) return kPassOn;
+            if (!drops_) SetInputPosition(2);  // the input is moved back
+            return drops_ ? kKeepBack : kPassOn;
         }
+
+    private:
+        bool drops_;
     };
-    write_input(header_bytes({}) + traces_of(1, 4));
-    const auto head = make({}, {});
-    head->SetNext(std::make_unique<OneBack>())
-        .SetNext(std::make_unique<SegyDiskOutput>(FlowSection{.lines = {"WRITETYPE=2"}},
-                                                  LogFlag::kQuiet));
-    EXPECT_JOB_ERROR(head->RunInput(),
-                     "Trace 3 would be written over a record that the input has still to read.");
+    for (const auto& [drops, words] :
+         {std::pair(true, "Trace 4 of the input would be written over record 3."),
+          {false, "Trace 2 of the input would be written over record 3."}}) {
+        write_input(header_bytes({}) + traces_of(1, 5));
+        const auto head = make({}, {});
+        head->SetNext(std::make_unique<At3>(drops))
+            .SetNext(std::make_unique<SegyDiskOutput>(FlowSection{.lines = {"WRITETYPE=2"}},
+                                                      LogFlag::kQuiet));
+        EXPECT_JOB_ERROR(head->RunInput(), words);
+        head->DeleteChain();
+        EXPECT_EQ(file_bytes(in_),
+                  header_bytes({}) + written_trace(1, 1) + written_trace(2, 2) + traces_of(3, 5));
+    }
 }
 
 TEST_F(SegyDiskFlow, OverwriteInputNeedsASegyInput) {
@@ -328,6 +374,15 @@ TEST_F(SegyDiskFlow, WarnsOfOwnCountsAndOfSamplesThatAreNotFinite) {
     EXPECT_THAT(run({}, {"OUTPUTFORMAT=2"}),
                 AllOf(HasSubstr("*** WARNING in SEG-Y Disk Input: 1 traces give"),
                       HasSubstr("*** WARNING in SEG-Y Disk Output: 1 samples were not finite")));
+}
+
+// By hand: -32768 / 2^3 has the magnitude 4096, which comes to 16384 with an exponent of 2.
+TEST_F(SegyDiskFlow, CountsSixteenBitTracesThatBecomeCoarser) {
+    write_input(
+        header_bytes({.samples = 2, .code = 3}) + record_bytes({{168, 2, 3}}, 2, {0x8000, 1}) +
+        record_bytes({{168, 2, 3}}, 2, {0x7FFF, 1}) + record_bytes({{168, 2, 3}}, 2, {100, 1}));
+    EXPECT_THAT(run({}, {"OUTPUTFORMAT=2"}), HasSubstr(" traces of 16-bit integers"));
+    EXPECT_EQ(big_endian(output(), 3600 + 168, 2), 2u);
 }
 
 TEST_F(SegyDiskFlow, LogsItsParametersInOrder) {
