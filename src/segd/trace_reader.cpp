@@ -89,18 +89,23 @@ bool TraceReader::load(TraceReaderOptions options) {
 
 TraceReader::Sight TraceReader::look_ahead(bool blocked) {
     constexpr std::int64_t kFarthest = 256 * 1024 * 1024;
+    constexpr int kMostLost = 100;  // a tape of bad blocks is not worth more
     RecordReader reader(*source_, options_.dialect, blocked);
     Sight sight{.record = reader.next_record()};
     if (sight.record != Record::kRecord) return sight;
     const std::size_t own = line_set(reader.header());
     bool cut = false;
-    for (int steps = 0; source_->remembered() < kFarthest; ++steps) {
+    int lost = 0;
+    for (int steps = 0; source_->remembered() < kFarthest && lost < kMostLost; ++steps) {
         if (sight.samples > 0 && steps >= 2) break;
         const Next next = reader.next_trace();
         if (next == Next::kEndOfRecord) break;
         // A block in which a trace begins, and one that begins with none.
         if (steps == 1) sight.astray = cut && (next != Next::kTrace || !reader.in_order());
-        if (next != Next::kTrace) continue;
+        if (next != Next::kTrace) {
+            ++lost;
+            continue;
+        }
         if (steps == 0) {
             const std::int64_t there = samples_there(reader);
             cut = there < reader.trace().samples ||

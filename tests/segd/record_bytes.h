@@ -107,6 +107,7 @@ public:
         return next_++ < blocks_.size() ? 0 : -1;
     }
     bool marks_blocks() const override { return marks_; }
+    std::size_t left() const { return blocks_.size() - next_; }
 
 private:
     std::vector<std::string> blocks_;

@@ -85,6 +85,15 @@ TEST(TraceReader, TheLineHasAsManySamplesAsItsOwnSetsFirstTrace) {
     }
     EXPECT_EQ(read(tape(7, 1, 7)).traces.at(2).size(), 7u);
     EXPECT_EQ(read({parts.header(), kLostBlock, ""}).samples, 5);
+    // Nobody can stop what is read ahead: it does not go on for ever.
+    std::vector<std::string> lost(1000, kLostBlock);
+    lost.insert(lost.begin(), parts.header());
+    ListSource source(lost);
+    TraceReader reader;
+    const LogCapture quiet;
+    ASSERT_TRUE(reader.load({.header_path = HALVERN_SOURCE_DIR "/header/default"}));
+    EXPECT_EQ(reader.open(source), Record::kRecord);
+    EXPECT_GT(source.left(), 800u);
 }
 
 // 100 samples of 4 bytes and a header of 20: a trace begins in one block and ends in another.
