@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/say.h"
 #include "cli/table.h"
 #include "foundation/system_paths.h"
 #include "foundation/words.h"
@@ -47,17 +49,48 @@ struct Options {
     bool reads_headers() const { return ranges || survey || samples || !headers.empty(); }
 };
 
-/// Names and values, one a line.
-void print_facts(const std::vector<std::pair<std::string, std::string>>& facts, bool csv) {
-    if (csv) {
-        Table table({"name", "value"});
-        for (const auto& [name, value] : facts) table.add({name, value});
-        return table.print(true);
+/// The shortest number that is read back as the same one.
+std::string number_text(double value) {
+    char text[40];
+    const auto single = static_cast<float>(value);
+    const bool whole = value == std::floor(value) && std::fabs(value) < 1e15;
+    const std::to_chars_result end =
+        whole             ? std::to_chars(text, std::end(text), static_cast<long long>(value))
+        : single == value ? std::to_chars(text, std::end(text), single)
+                          : std::to_chars(text, std::end(text), value);
+    return {text, end.ptr};
+}
+
+/// Names and values, one a line; as CSV, one number a line.
+void print_facts(const std::vector<Fact>& facts, bool csv) {
+    Table table({"name", "value"});
+    for (const auto& [name, text, numbers] : facts) {
+        if (!csv) {
+            const std::string gap(name.size() < kNameColumn ? kNameColumn - name.size() : 1, ' ');
+            say("  %s%s%s\n", name.c_str(), gap.c_str(), text.c_str());
+        } else if (numbers.empty()) {
+            table.add({name, text});
+        }
+        for (const auto& [number, value] : numbers) {
+            table.add({number, std::isnan(value) ? "" : number_text(value)});
+        }
     }
-    for (const auto& [name, value] : facts) {
-        const std::string dots(name.size() < kNameColumn ? kNameColumn - name.size() : 1, ' ');
-        std::printf("  %s%s%s\n", name.c_str(), dots.c_str(), value.c_str());
+    if (csv) table.print(true);
+}
+
+/// What a file says of itself: "1,270,800 bytes" is a number, too.
+Fact stated(const std::string& name, const std::string& text) {
+    Fact fact{name, text, {}};
+    std::string digits = text;
+    std::erase(digits, ',');
+    double value = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [rest, error] = std::from_chars(digits.data(), end, value);
+    const std::string_view unit(rest, end);
+    if (error == std::errc() && (unit.empty() || unit == " bytes")) {
+        fact.numbers.emplace_back(name + std::string(unit), value);
     }
+    return fact;
 }
 
 /// The 40 lines of the text header, in the code that makes more of it readable, without the blank
@@ -82,11 +115,11 @@ void print_text_header(const LineHeader& line) {
     }
     while (!lines.empty() && lines.back().empty()) lines.pop_back();
     if (lines.empty()) {
-        std::printf("Text header: blank\n");
+        say("Text header: blank\n");
         return;
     }
-    std::printf("Text header (%s):\n", ebcdic ? "EBCDIC" : "ASCII");
-    for (const std::string& text : lines) std::printf("%s\n", text.c_str());
+    say("Text header (%s):\n", ebcdic ? "EBCDIC" : "ASCII");
+    for (const std::string& text : lines) say("%s\n", text.c_str());
 }
 
 /// What was read of one file.
@@ -96,13 +129,6 @@ struct Findings {
     std::optional<SurveyStatistics> survey;
     SampleStatistics samples;
 };
-
-std::string number_text(double value) {
-    const bool whole = value == std::floor(value) && std::fabs(value) < 1e15;
-    char text[40];
-    std::snprintf(text, sizeof text, whole ? "%.0f" : "%.6g", value);
-    return text;
-}
 
 void print_headers(const Options& options, TraceSelection& selection, TraceSource& source,
                    Findings& findings, const std::string& file) {
@@ -159,70 +185,91 @@ void print_ranges(const HeaderRanges& ranges, const TraceHeaderDefinition& defin
     table.print(csv);
 }
 
-void print_samples(const SampleStatistics& samples, bool csv) {
-    const auto part = [](std::int64_t count, std::int64_t of) {
-        const double percent =
-            of > 0 ? 100.0 * static_cast<double>(count) / static_cast<double>(of) : 0;
-        return in_words(count) + (count > 0 ? " (" + in_words(percent, 3) + " %)" : "");
+std::vector<Fact> sample_facts(const SampleStatistics& samples) {
+    std::vector<Fact> facts;
+    const auto say_count = [&](const char* name, std::int64_t count, std::int64_t of = 0) {
+        std::string text = in_words(count);
+        if (count > 0 && of > 0) {
+            const double percent = 100.0 * static_cast<double>(count) / static_cast<double>(of);
+            text += " (" + in_words(percent, 3) + " %)";
+        }
+        facts.push_back({name, text, {{name, static_cast<double>(count)}}});
     };
-    std::vector<std::pair<std::string, std::string>> facts{
-        {"samples read", in_words(samples.samples())},
-        {"minimum", in_words(double{samples.minimum()})},
-        {"maximum", in_words(double{samples.maximum()})},
-        {"mean", in_words(samples.mean())},
-        {"root mean square", in_words(samples.root_mean_square())},
-        {"zeros", part(samples.zeros(), samples.samples())},
-        {"NaN", part(samples.nans(), samples.samples())},
-        {"infinite", part(samples.infinities(), samples.samples())},
-        {"dead traces", part(samples.dead_traces(), samples.traces())}};
-    if (samples.first_not_finite() > 0) {
-        facts.emplace_back("first not finite",
-                           "the " + in_words(samples.first_not_finite()) + ". trace read");
+    const auto say_value = [&](const char* name, double value) {
+        facts.push_back({name, in_words(value), {{name, value}}});
+    };
+    say_count("samples read", samples.samples());
+    say_value("minimum", samples.minimum());
+    say_value("maximum", samples.maximum());
+    say_value("mean", samples.mean());
+    say_value("root mean square", samples.root_mean_square());
+    say_count("zeros", samples.zeros(), samples.samples());
+    say_count("NaN", samples.nans(), samples.samples());
+    say_count("infinite", samples.infinities(), samples.samples());
+    say_count("dead traces", samples.dead_traces(), samples.traces());
+    if (const std::int64_t first = samples.first_not_finite(); first > 0) {
+        facts.push_back({"first not finite",
+                         "trace " + in_words(first) + " of those read",
+                         {{"first not finite", static_cast<double>(first)}}});
     }
-    print_facts(facts, csv);
+    return facts;
 }
 
-std::string samples_text(LineHeader& line) {
+Fact length_fact(const LineHeader& line) {
     const double interval_ms = line.sample_interval().ms();
     const int samples = line.samples();
-    std::string text = in_words(std::int64_t{samples}) + " every " + in_words(interval_ms) + " ms";
-    if (samples > 1) text += ", " + in_words((samples - 1) * interval_ms, 9) + " ms long";
-    return text;
+    Fact fact{"samples", in_words(samples), {{"samples", samples}}};
+    fact.numbers.emplace_back("sample interval ms", interval_ms);
+    if (!line.sample_interval()) {
+        fact.text += ", no sample interval";
+    } else {
+        fact.text += " every " + in_words(interval_ms) + " ms";
+        if (samples > 1) {
+            fact.text += ", " + in_words((samples - 1) * interval_ms, 9) + " ms long";
+        }
+    }
+    return fact;
 }
 
 void inspect(const Options& options, TraceSelection selection, const std::string& file) {
     TraceOpening opening = open_trace_source(file, options.header_path);
     if (!opening.source) command_failed("info", opening.failure);
     TraceSource& source = *opening.source;
-    if (const std::string fault = selection.start(source); !fault.empty()) {
-        command_failed("info", "'" + file + "': " + fault);
+    if (const Fault fault = selection.start(source)) {
+        command_failed("info", "'" + file + "': " + fault.reason());
     }
     source.set_samples_wanted(options.samples);
     Findings findings;
     if (options.ranges) findings.ranges.emplace(source.definition());
     if (options.survey) findings.survey.emplace(source.definition());
     const bool reads = options.reads_headers() || source.trace_count() < 0;
+    if (options.text && !source.has_text()) {
+        command_failed("info", "'" + file + "' has no text header");
+    }
     const bool show_text = source.has_text() && (options.text || !options.reads_headers());
     const bool show_facts = !options.csv || !options.reads_headers();
 
-    if (!options.csv) std::printf("%s: %s\n", file.c_str(), source.kind().c_str());
+    if (!options.csv) say("%s: %s\n", file.c_str(), source.kind().c_str());
     if (show_text && !options.csv) print_text_header(source.line());
     if (reads) print_headers(options, selection, source, findings, file);
     if (show_facts) {
-        std::vector<std::pair<std::string, std::string>> facts{
-            {"traces", in_words(source.trace_count() < 0 ? findings.traces : source.trace_count())},
-            {"samples", samples_text(source.line())},
-            {"sample format", source.sample_format()}};
-        if (options.csv) facts.insert(facts.begin(), {{"file", file}, {"kind", source.kind()}});
-        std::ranges::move(source.facts(), std::back_inserter(facts));
-        if (!selection.everything())
-            facts.emplace_back("traces looked at", in_words(findings.traces));
+        const auto traces =
+            static_cast<double>(source.trace_count() < 0 ? findings.traces : source.trace_count());
+        std::vector<Fact> facts{
+            {"traces", in_words(static_cast<std::int64_t>(traces)), {{"traces", traces}}},
+            length_fact(source.line()),
+            {"sample format", source.sample_format(), {}}};
+        if (options.csv) {
+            facts.insert(facts.begin(), {{"file", file, {}}, {"kind", source.kind(), {}}});
+        }
+        for (const auto& [name, text] : source.facts()) facts.push_back(stated(name, text));
+        if (!selection.everything()) {
+            facts.push_back({"traces looked at", in_words(findings.traces), {}});
+        }
         print_facts(facts, options.csv);
     }
-    bool begun = !options.csv || !options.headers.empty();  // tables are told apart by a blank line
     const auto heading = [&](const char* text) {
-        if (std::exchange(begun, true)) std::printf("\n");
-        if (!options.csv) std::printf("%s\n", text);
+        if (!options.csv) say("\n%s\n", text);
     };
     if (findings.ranges) {
         heading("Header words that are not always zero");
@@ -234,20 +281,39 @@ void inspect(const Options& options, TraceSelection selection, const std::string
     }
     if (options.samples) {
         heading("Samples");
-        print_samples(findings.samples, options.csv);
+        print_facts(sample_facts(findings.samples), options.csv);
     }
     print_notes(source);
 }
 
+/// Options that nothing asked for would heed are wrong usage.
+void check_usage(const Options& options) {
+    const int tables = !options.headers.empty() + options.ranges + options.survey + options.samples;
+    if (options.csv && tables > 1) {
+        throw CLI::ValidationError(
+            "--csv writes one table: choose --headers, --ranges, --survey or --samples");
+    }
+    if (options.csv && options.files.size() > 1) {
+        throw CLI::ValidationError("--csv", "writes the table of one file");
+    }
+    if (options.csv && options.text) throw CLI::ValidationError("--csv", "has no text header");
+    if (tables == 0 && !(options.range.empty() && options.select.empty())) {
+        throw CLI::ValidationError(
+            "--range and --select choose the traces of --headers, --ranges, "
+            "--survey or --samples");
+    }
+}
+
 void info(Options options) {
+    check_usage(options);
     if (options.header_path.empty()) options.header_path = DefaultHeaderPath();
     TraceSelection selection;
-    if (const std::string fault = selection.parse(options.range, options.select); !fault.empty()) {
-        throw CLI::ValidationError(fault);
+    if (const Fault fault = selection.parse(options.range, options.select)) {
+        throw CLI::ValidationError(fault.reason());
     }
     int status = EXIT_SUCCESS;
     for (const std::string& file : options.files) {
-        if (&file != &options.files.front()) std::printf("\n");
+        if (&file != &options.files.front()) say("\n");
         try {
             inspect(options, selection, file);
         } catch (const CLI::RuntimeError& failure) {  // said; the other files are worth a look
@@ -263,7 +329,7 @@ void info(Options options) {
 void print_notes(const TraceSource& source) {
     std::fflush(stdout);
     for (const std::string& note : source.notes()) {
-        std::fprintf(stderr, "Note: %s.\n", note.c_str());
+        say_error("Note: %s.\n", note.c_str());
     }
 }
 

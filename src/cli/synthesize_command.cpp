@@ -1,8 +1,5 @@
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <memory>
@@ -11,7 +8,9 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/say.h"
 #include "foundation/system_paths.h"
+#include "platform/replace_file.h"
 #include "synthetic/synthesize_files.h"
 #include "synthetic/synthesize_line.h"
 
@@ -29,7 +28,7 @@ constexpr const char* kExample = R"(Example:
       of 120 channels, 12,000 traces of 3 s. What is printed says where a stack
       must show its reflections.)";
 
-/// What stands on the command line, in its units.
+/// The command line, in its units.
 struct Options {
     SyntheticLine line;
     LineFiles files;
@@ -66,10 +65,11 @@ SyntheticLine asked_line(const Options& options) {
         line.reflections = synthetic::reflections_at(options.reflections_ms);
     }
     line.apply_velocity_function();
-    if (const auto fault = line.fault()) throw CLI::ValidationError(*fault);
+    if (const Fault fault = line.fault()) throw CLI::ValidationError(fault.reason());
     if (!options.files.sps.empty()) {
-        if (const auto fault = synthetic::sps_fault(line)) {
-            throw CLI::ValidationError("--sps", *fault + ": make a shorter line or leave SPS out");
+        if (const Fault fault = synthetic::sps_fault(line)) {
+            throw CLI::ValidationError("--sps",
+                                       fault.reason() + ": make a shorter line or leave SPS out");
         }
     }
     return line;
@@ -93,15 +93,6 @@ void check_outputs(const Options& options) {
     }
 }
 
-void write_model(const std::string& path, const std::string& description) {
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    bool written = file && std::fputs(description.c_str(), file) >= 0;
-    if (file) written = std::fclose(file) == 0 && written;
-    if (!written) {
-        command_failed("synthesize", "cannot write '" + path + "': " + std::strerror(errno));
-    }
-}
-
 void synthesize(Options options) {
     const SyntheticLine line = asked_line(options);
     if (options.files.header_definition.empty()) {
@@ -112,12 +103,16 @@ void synthesize(Options options) {
                                                       : SampleFormat::kInt16;
     check_outputs(options);
     const std::string description = line.description();
-    if (const auto failure = synthetic::write_line(line, options.files)) {
-        command_failed("synthesize", *failure);
+    if (const Fault fault = synthetic::write_line(line, options.files)) {
+        command_failed("synthesize", fault.reason());
     }
-    if (!options.model.empty()) write_model(options.model, description);
-    std::fputs(description.c_str(), stdout);
-    for (const std::string& path : options.files.paths()) std::printf("wrote %s\n", path.c_str());
+    if (!options.model.empty()) {
+        if (const Fault fault = replace_file(options.model, description, Reach::kSystem)) {
+            command_failed("synthesize", "cannot write '" + options.model + "': " + fault.reason());
+        }
+    }
+    say("%s", description.c_str());
+    for (const std::string& path : options.files.paths()) say("wrote %s\n", path.c_str());
 }
 
 }  // namespace

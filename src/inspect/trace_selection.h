@@ -4,6 +4,7 @@
 #include <string>
 
 #include "inspect/trace_source.h"
+#include "platform/fault.h"
 #include "trace/ranges.h"
 
 namespace halvern {
@@ -12,12 +13,11 @@ namespace halvern {
 /// both, or all.
 class TraceSelection {
 public:
-    /// `numbers` is a range list, `word` is "WORD=RANGES"; either may be empty. What is wrong with
-    /// them, in the user's words, or an empty text.
-    [[nodiscard]] std::string parse(const std::string& numbers, const std::string& word);
+    /// `numbers` is a range list, `word` is "WORD=RANGES"; either may be empty.
+    Fault parse(const std::string& numbers, const std::string& word);
 
-    /// Selects from `source`, which must stay. What is wrong, or an empty text.
-    [[nodiscard]] std::string start(TraceSource& source);
+    /// Selects from `source`, which must stay. A fault: it has no such word, or not so many traces.
+    Fault start(TraceSource& source);
     /// Reads the next trace that is selected.
     bool next();
     std::int64_t number() const { return number_; }  ///< of the current trace, from 1

@@ -146,11 +146,6 @@ double KeyCounts::mean() const {
     return counts_.empty() ? 0 : static_cast<double>(total_) / static_cast<double>(counts_.size());
 }
 
-double coordinate_scale(double scalar) {
-    if (scalar > 0) return scalar;
-    return scalar < 0 ? -1 / scalar : 1;
-}
-
 void SurveyStatistics::Extent::add(double value) {
     if (std::isnan(value)) return;
     low = any ? std::min(low, value) : value;
@@ -208,7 +203,7 @@ void SurveyStatistics::add() {
     inlines_.add(line);
     crosslines_.add(cross);
     bins_.add(pair_key(line, cross));
-    const double scale = coordinate_scale(definition_.get_double(scalar_));
+    const double scale = scalar_factor(definition_.get_double(scalar_));
     add_position(source_, scale);
     add_position(receiver_, scale);
     add_position(midpoint_, scale);
@@ -220,72 +215,98 @@ void SurveyStatistics::add() {
 
 namespace {
 
-std::string count_text(const KeyCounts& counts) {
-    return (counts.complete() ? "" : "more than ") + in_words(counts.keys());
-}
+/// A finding that grows part by part: "4, FFID 3 to 6".
+class Growing {
+public:
+    Growing(std::vector<Fact>& all, const char* name) : found_(all.emplace_back()) {
+        found_.name = name;
+    }
+    void absent() {
+        found_.text = "not in the headers";
+        found_.numbers.emplace_back(found_.name, std::numeric_limits<double>::quiet_NaN());
+    }
+    Growing& count(const KeyCounts& counts) {
+        found_.text += (counts.complete() ? "" : "more than ") + in_words(counts.keys());
+        found_.numbers.emplace_back(found_.name, static_cast<double>(counts.keys()));
+        return *this;
+    }
+    /// `what` names the numbers; it is in the text, too, where another part is before it.
+    Growing& span(const std::string& what, double low, double high) {
+        if (!found_.text.empty()) found_.text += ", " + what + " ";
+        found_.text += in_words(low, 10) + (low == high ? "" : " to " + in_words(high, 10));
+        const std::string name = what == found_.name ? what : found_.name + " " + what;
+        found_.numbers.emplace_back(name + " minimum", low);
+        found_.numbers.emplace_back(name + " maximum", high);
+        return *this;
+    }
+    /// How many traces there are with one key: "48", "1 to 60, 52.3 on average".
+    void traces(const KeyCounts& counts) {
+        span(found_.name, static_cast<double>(counts.fewest()), static_cast<double>(counts.most()));
+        if (counts.fewest() != counts.most()) {
+            found_.text += ", " + in_words(counts.mean(), 4) + " on average";
+        }
+        found_.numbers.emplace_back(found_.name + " mean", counts.mean());
+    }
 
-std::string span_text(double low, double high) {
-    return low == high ? in_words(low, 10) : in_words(low, 10) + " to " + in_words(high, 10);
-}
-
-/// "48 traces", "1 to 60 traces, 52.3 on average".
-std::string traces_text(const KeyCounts& counts) {
-    const std::int64_t fewest = counts.fewest(), most = counts.most();
-    if (fewest == most) return in_words(most);
-    return in_words(fewest) + " to " + in_words(most) + ", " + in_words(counts.mean(), 4) +
-           " on average";
-}
+private:
+    Fact& found_;
+};
 
 }  // namespace
 
-std::string SurveyStatistics::place_text(const Position& position) const {
-    return count_text(position.places) + ", x " +
-           span_text(position.x_extent.low, position.x_extent.high) + ", y " +
-           span_text(position.y_extent.low, position.y_extent.high);
-}
-
-std::vector<std::pair<std::string, std::string>> SurveyStatistics::findings() const {
-    std::vector<std::pair<std::string, std::string>> found;
+std::vector<Fact> SurveyStatistics::findings() const {
+    std::vector<Fact> found;
+    if (traces_ == 0) return found;
     const auto set = [](const Extent& extent) { return extent.low != 0 || extent.high != 0; };
     const auto filled = [&](const Position& position) {
         return set(position.x_extent) || set(position.y_extent);
     };
-    const auto say = [&](const char* name, const std::string& value) {
-        found.emplace_back(name, value);
+    const auto say = [&](const char* name) { return Growing(found, name); };
+    const auto say_place = [&](const char* name, const Position& position) {
+        if (!filled(position)) return say(name).absent();
+        const Extent &x = position.x_extent, &y = position.y_extent;
+        say(name).count(position.places).span("x", x.low, x.high).span("y", y.low, y.high);
     };
-    if (traces_ == 0) return found;
+    const auto say_span = [&](const char* name, const Extent& extent) {
+        say(name).span(name, extent.low, extent.high);
+    };
     if (set(ffids_)) {
-        say("shots", count_text(shots_) + ", FFID " + span_text(ffids_.low, ffids_.high));
-        say("traces a shot", traces_text(shots_));
+        say("shots").count(shots_).span("FFID", ffids_.low, ffids_.high);
+        say("traces a shot").traces(shots_);
     } else {
-        say("shots", "not in the headers");
+        say("shots").absent();
     }
-    if (set(channels_)) say("channels", span_text(channels_.low, channels_.high));
-    say("source positions", filled(source_) ? place_text(source_) : "not in the headers");
-    say("receiver positions", filled(receiver_) ? place_text(receiver_) : "not in the headers");
+    if (set(channels_)) say_span("channels", channels_);
+    say_place("source positions", source_);
+    say_place("receiver positions", receiver_);
     if (set(offsets_)) {
-        say("offsets", span_text(offsets_.low, offsets_.high));
+        say_span("offsets", offsets_);
     } else {
-        say("offsets", "not in the headers");
+        say("offsets").absent();
     }
     if (filled(source_) && filled(receiver_)) {
-        say("offsets by coordinates",
-            span_text(std::round(distances_.low * 10) / 10, std::round(distances_.high * 10) / 10));
+        constexpr const char* kName = "offsets by coordinates";
+        say(kName).span(kName, std::round(distances_.low * 10) / 10,
+                        std::round(distances_.high * 10) / 10);
     }
     if (set(cdp_numbers_)) {
-        say("CDPs", count_text(cdps_) + ", " + span_text(cdp_numbers_.low, cdp_numbers_.high));
-        say("fold", traces_text(cdps_));
+        say("CDPs").count(cdps_).span("number", cdp_numbers_.low, cdp_numbers_.high);
+        say("fold").traces(cdps_);
     } else {
-        say("CDPs", "not in the headers");
+        say("CDPs").absent();
     }
-    if (filled(midpoint_)) say("CDP positions", place_text(midpoint_));
+    if (filled(midpoint_)) say_place("CDP positions", midpoint_);
     if (set(inlines_) || set(crosslines_)) {
-        say("inlines", span_text(inlines_.low, inlines_.high));
-        say("crosslines", span_text(crosslines_.low, crosslines_.high));
-        say("bins", count_text(bins_));
-        say("traces a bin", traces_text(bins_));
+        say_span("inlines", inlines_);
+        say_span("crosslines", crosslines_);
+        say("bins").count(bins_);
+        say("traces a bin").traces(bins_);
     }
-    if (flagged_dead_ > 0) say("marked as dead", counted(flagged_dead_, "trace"));
+    if (flagged_dead_ > 0) {
+        found.push_back({"marked as dead",
+                         counted(flagged_dead_, "trace"),
+                         {{"marked as dead", static_cast<double>(flagged_dead_)}}});
+    }
     return found;
 }
 

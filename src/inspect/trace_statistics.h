@@ -119,13 +119,18 @@ private:
     bool complete_ = true;
 };
 
+/// One thing that was found: in words for a person, and its numbers by names of their own.
+struct Fact {
+    std::string name, text;
+    std::vector<std::pair<std::string, double>> numbers;  ///< NaN: the headers do not say
+};
+
 /// The geometry that headers hold.
 class SurveyStatistics {
 public:
     explicit SurveyStatistics(const TraceHeaderDefinition& definition);
     void add();  ///< the trace whose header is attached
-    /// What was found, name and value, ready to print.
-    std::vector<std::pair<std::string, std::string>> findings() const;
+    std::vector<Fact> findings() const;
 
 private:
     struct Extent {
@@ -139,7 +144,6 @@ private:
         KeyCounts places = {};
     };
     void add_position(Position& position, double scale);
-    std::string place_text(const Position& position) const;
 
     const TraceHeaderDefinition& definition_;
     int ffid_, chan_, cdp_, offset_, inline_, crossline_, scalar_, trace_id_;
@@ -149,8 +153,5 @@ private:
     std::int64_t traces_ = 0;
     std::int64_t flagged_dead_ = 0;
 };
-
-/// What a coordinate in a header is multiplied by: the scalar's value, or 1 over it when negative.
-double coordinate_scale(double scalar);
 
 }  // namespace halvern

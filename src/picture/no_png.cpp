@@ -2,8 +2,8 @@
 
 namespace halvern::picture {
 
-std::string png_problem() { return "this program was built without libpng, which pictures need"; }
+Fault png_problem() { return Fault("this program was built without libpng, which pictures need"); }
 
-std::string write_png(const std::string&, const Canvas&) { return png_problem(); }
+Fault write_png(const std::string&, const Canvas&) { return png_problem(); }
 
 }  // namespace halvern::picture

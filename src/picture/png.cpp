@@ -3,14 +3,11 @@
 #include <png.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
+
+#include "platform/replace_file.h"
 
 namespace halvern::picture {
 
@@ -38,15 +35,11 @@ bool index_colours(std::span<const Colour> pixels, Indexed& indexed) {
     return true;
 }
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 }  // namespace
 
-std::string png_problem() { return {}; }
+Fault png_problem() { return {}; }
 
-std::string write_png(const std::string& path, const Canvas& canvas) {
+Fault write_png(const std::string& path, const Canvas& canvas) {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = static_cast<png_uint_32>(canvas.width());
@@ -67,16 +60,15 @@ std::string write_png(const std::string& path, const Canvas& canvas) {
         image.format = PNG_FORMAT_RGB;
         for (const Colour& p : pixels) bytes.insert(bytes.end(), {p.red, p.green, p.blue});
     }
-    std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "wb"));
-    if (!file) return "cannot write '" + path + "': " + std::strerror(errno);
-    bool written = png_image_write_to_stdio(&image, file.get(), 0, bytes.data(), 0,
-                                            indexed.colours.data()) != 0;
-    written = std::fclose(file.release()) == 0 && written;
-    if (written) return {};
-    const std::string reason = image.message[0] != '\0' ? image.message : std::strerror(errno);
-    std::error_code ignored;
-    if (std::filesystem::is_regular_file(path, ignored)) std::filesystem::remove(path, ignored);
-    return "cannot write '" + path + "': " + reason;
+    std::string encoded;
+    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+    encoded.resize(size);
+    if (!png_image_write_to_memory(&image, encoded.data(), &size, 0, bytes.data(), 0,
+                                   indexed.colours.data())) {
+        return Fault(image.message);
+    }
+    encoded.resize(size);
+    return replace_file(path, encoded, Reach::kSystem);
 }
 
 }  // namespace halvern::picture

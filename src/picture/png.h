@@ -3,14 +3,14 @@
 #include <string>
 
 #include "picture/canvas.h"
+#include "platform/fault.h"
 
 namespace halvern::picture {
 
-/// Why this program cannot write PNG at all; empty when it can.
-std::string png_problem();
+/// Why this program cannot write PNG at all, if so.
+Fault png_problem();
 
-/// Writes a picture as PNG, replacing the file. Why that failed, or an empty text; there is no file
-/// then.
-[[nodiscard]] std::string write_png(const std::string& path, const Canvas& canvas);
+/// Writes a picture as PNG beside `path` and renames it, so that a fault leaves what was there.
+Fault write_png(const std::string& path, const Canvas& canvas);
 
 }  // namespace halvern::picture

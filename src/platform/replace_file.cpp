@@ -20,7 +20,9 @@ Result<ReplacedFile> ReplacedFile::begin(const std::string& path) {
     std::error_code missing;
     const fs::path resolved = fs::canonical(path, missing);
     std::string target = missing ? path : resolved.string();
-    if (fs::is_directory(target, missing)) return Fault("it is a directory");
+    const fs::file_status old = fs::status(target, missing);
+    if (fs::is_directory(old)) return Fault("it is a directory");
+    if (fs::exists(old) && !fs::is_regular_file(old)) return Fault("it is no regular file");
     std::string beside = target + std::string(kMark) + std::to_string(current_process_id());
     // One of this name that nobody has locked is what an earlier process of the same number left.
     Result<FileLock> lock = FileLock::take(beside, FileLock::Missing::kCreate);

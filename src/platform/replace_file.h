@@ -22,7 +22,7 @@ enum class Reach { kDisk, kSystem };
 class ReplacedFile {
 public:
     /// Makes the empty file beside() it. A link stays, and its target is replaced. A fault when
-    /// `path` is a directory or nothing can be made beside it.
+    /// `path` is a directory or device, or nothing can be made beside it.
     static Result<ReplacedFile> begin(const std::string& path);
 
     ~ReplacedFile();

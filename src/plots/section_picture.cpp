@@ -1,5 +1,3 @@
-#include "plots/section_picture.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,6 +7,7 @@
 #include "picture/axes.h"
 #include "picture/font.h"
 #include "picture/palette.h"
+#include "plots/section_plot.h"
 
 namespace halvern {
 
@@ -24,8 +23,6 @@ constexpr int kLeft = 70;
 constexpr int kBottom = 14;
 constexpr int kRight = 18;
 constexpr int kColourBar = 96;  // with its labels
-
-bool has_colour_bar(const SectionLook& look) { return look.style != SectionStyle::kWiggle; }
 
 /// One sample a pixel, or the pixel's strongest where there are more.
 class TraceRows {
@@ -62,7 +59,7 @@ private:
     int samples_, rows_;
 };
 
-void draw_density(Canvas& canvas, const Rect& area, const Section& section, const SectionLook& look,
+void draw_density(Canvas& canvas, const Rect& area, const Section& section, double full_scale,
                   const picture::Palette& palette) {
     const TraceRows rows(section.samples, area.height);
     const auto traces = std::int64_t{section.traces()};
@@ -77,7 +74,7 @@ void draw_density(Canvas& canvas, const Rect& area, const Section& section, cons
                 column[static_cast<std::size_t>(y)] += rows.amplitude(section.trace(trace), y);
             }
         }
-        const double scale = 0.5 / (look.full_scale * (end - first));
+        const double scale = 0.5 / (full_scale * (end - first));
         for (int y = 0; y < area.height; ++y) {
             canvas.set(area.x + x, area.y + y,
                        palette.at(0.5 + column[static_cast<std::size_t>(y)] * scale));
@@ -85,11 +82,10 @@ void draw_density(Canvas& canvas, const Rect& area, const Section& section, cons
     }
 }
 
-void draw_wiggles(Canvas& canvas, const Rect& area, const Section& section,
-                  const SectionLook& look) {
+void draw_wiggles(Canvas& canvas, const Rect& area, const Section& section, double full_scale) {
     constexpr int kParts = 4;  // of a pixel row
     const double distance = static_cast<double>(area.width) / section.traces();
-    const double swing = 1 / look.full_scale;
+    const double swing = 1 / full_scale;
     // In distances of traces: where they are far apart, they need not reach across each other.
     const double most_swing = distance > 40 ? 0.95 : 1.6;
     const TraceRows rows(section.samples, area.height);
@@ -170,7 +166,7 @@ private:
                             .anchor = picture::Anchor::kMiddle});
     }
 
-    // Traces of one value that stand together have it in their middle, and a mark between groups.
+    // Neighbours of one value have it in their middle, and a mark between groups.
     void label_runs() const {
         double free_from = area_.x - 20;
         for (std::size_t first = 0, end; first < values_.size(); first = end) {
@@ -242,42 +238,74 @@ private:
 
 }  // namespace
 
-picture::Rect section_area(const Section& section, const SectionLook& look) {
-    const int top = kTop + kRow * static_cast<int>(section.words.size()) + 8;
-    const int right = has_colour_bar(look) ? kColourBar : kRight;
-    return {kLeft, top, std::max(look.size.width - kLeft - right, 10),
-            std::max(look.size.height - top - kBottom, 10)};
+Rect SectionPlot::area(const Canvas& canvas) const {
+    const int top = kTop + kRow * static_cast<int>(section_.words.size()) + 8;
+    const int right = has_colour_bar() ? kColourBar : kRight;
+    return {kLeft, top, canvas.width() - kLeft - right, canvas.height() - top - kBottom};
 }
 
-picture::Canvas draw_section(const Section& section, const SectionLook& look) {
-    Canvas canvas(look.size.width, look.size.height);
-    const Rect area = section_area(section, look);
-    const picture::Palette& palette = look.style == SectionStyle::kRedBlue
+std::string SectionPlot::caption(int columns) const {
+    const std::int64_t first = section_.numbers.front(), last = section_.numbers.back();
+    const int traces = section_.traces();
+    std::string text;
+    if (traces == 1) {
+        text = "trace " + in_words(first);
+    } else if (last - first + 1 == traces) {
+        text = "traces " + in_words(first) + " to " + in_words(last);
+    } else {
+        text = in_words(traces) + " traces from " + in_words(first) + " to " + in_words(last);
+    }
+    if (section_.interval_ms == 0) text += ", no sample interval";
+    if (options_.agc_ms > 0) text += ", AGC of " + in_words(options_.agc_ms) + " ms";
+    if (options_.balance) text += ", traces balanced";
+    text += ", full scale " + in_words(full_scale_, 3);
+    if (look_.gain != 1) text += ", gain " + in_words(look_.gain, 3);
+    if (has_colour_bar() && traces > columns) text += ", a column of pixels is a mean of traces";
+    return text;
+}
+
+std::string SectionPlot::advice(const Canvas& canvas) const {
+    const int width = area(canvas).width;
+    if (look_.style != SectionStyle::kWiggle || section_.traces() * 3 <= width) return {};
+    return counted(section_.traces(), "trace") + " in " + std::to_string(width) +
+           " pixels run into each other; grey shows them better, or a wider picture";
+}
+
+Fault SectionPlot::draw(Canvas& canvas, const std::string& title) const {
+    constexpr int kLeast = 40;  // pixels
+    const Rect area = this->area(canvas);
+    if (area.width < kLeast || area.height < kLeast) {
+        return Fault("the picture is too small for that many header words");
+    }
+    const picture::Palette& palette = look_.style == SectionStyle::kRedBlue
                                           ? picture::Palette::red_white_blue()
                                           : picture::Palette::grey();
-    picture::draw_title(canvas, look.title, look.subtitle);
-    const double end_ms =
-        section.samples > 1 ? section.end_ms() : section.start_ms + section.interval_ms;
-    const picture::Axes axes(
-        canvas, area, {},
-        {.low = section.start_ms, .high = end_ms, .label = "Time (ms)", .downward = true});
-    if (look.style == SectionStyle::kWiggle) {
+    picture::draw_title(canvas, title, caption(area.width));
+    const bool timed = section_.interval_ms > 0;
+    const double step = timed ? section_.interval_ms : 1;
+    const picture::Axes axes(canvas, area, {},
+                             {.low = section_.start_ms,
+                              .high = section_.start_ms + std::max(section_.samples - 1, 1) * step,
+                              .label = timed ? "Time (ms)" : "Sample (from 0)",
+                              .downward = true,
+                              .whole = !timed});
+    if (look_.style == SectionStyle::kWiggle) {
         axes.draw_y_grid();
-        draw_wiggles(canvas, area, section, look);
+        draw_wiggles(canvas, area, section_, full_scale_);
     } else {
-        draw_density(canvas, area, section, look, palette);
+        draw_density(canvas, area, section_, full_scale_, palette);
         picture::draw_colour_bar(canvas,
                                  {area.right() + 16, area.y, 12, std::min(area.height, 220)},
-                                 palette, -look.full_scale, look.full_scale, "Amplitude");
+                                 palette, -full_scale_, full_scale_, "Amplitude");
     }
     axes.draw_frame();
     axes.draw_y_axis();
     int baseline = kTop + kRow - 4;
-    for (const Section::Word& word : section.words) {
-        const WordRow row(canvas, area, word, baseline, &word == &section.words.back());
+    for (const Section::Word& word : section_.words) {
+        const WordRow row(canvas, area, word, baseline, &word == &section_.words.back());
         baseline += kRow;
     }
-    return canvas;
+    return {};
 }
 
 }  // namespace halvern

@@ -2,15 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <cstdio>
-#include <cstring>
-#include <memory>
 #include <span>
 
 #include "geometry/sps_record.h"
 #include "platform/block_writer.h"
+#include "platform/replace_file.h"
 #include "synthetic/synthesize_trace.h"
 #include "trace/big_endian.h"
 #include "trace/codecs.h"
@@ -22,38 +20,42 @@ namespace halvern::synthetic {
 
 namespace {
 
-/// A text file written front to back; every failure is kept until close().
-class TextFile {
+/// A file that is written beside the one that it will replace. The first fault is kept.
+class Output {
 public:
-    explicit TextFile(const std::string& path) : path_(path) {
-        file_.reset(std::fopen(path.c_str(), "wb"));
-        if (!file_) error_ = errno;
+    explicit Output(const std::string& path) : path_(path), file_(ReplacedFile::begin(path)) {
+        fault_ = file_ ? writer_.open(file_->beside(), BlockWriter::Mode::kCreate) : file_.fault();
     }
 
+    bool write(std::span<const std::byte> bytes) {
+        return !fault_ && writer_.write(bytes) == bytes.size();
+    }
     /// Writes `text` and empties it.
     void write(std::string& text) {
-        if (error_ == 0 && std::fwrite(text.data(), 1, text.size(), file_.get()) != text.size()) {
-            error_ = errno;
-        }
+        static_cast<void>(write(std::as_bytes(std::span(text))));
         text.clear();
     }
-
-    /// Why the file is not what it should be; nothing when all of it is with the system.
-    std::optional<std::string> close() {
-        if (std::FILE* file = file_.release(); file && std::fclose(file) != 0 && error_ == 0) {
-            error_ = errno;
-        }
-        if (error_ == 0) return {};
-        return "cannot write '" + path_ + "': " + std::strerror(error_);
+    /// Whether all of it is with the system.
+    Fault close() {
+        if (!fault_) fault_ = writer_.finish();
+        return said();
+    }
+    /// Puts the closed file in its place.
+    Fault commit() {
+        fault_ = file_->commit();
+        return said();
     }
 
 private:
-    struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
+    Fault said() const {
+        if (!fault_) return {};
+        return Fault("cannot write '" + path_ + "': " + fault_.reason(), fault_.code());
+    }
+
     std::string path_;
-    std::unique_ptr<std::FILE, Closer> file_;
-    int error_ = 0;
+    Result<ReplacedFile> file_;
+    BlockWriter writer_;
+    Fault fault_;
 };
 
 /// Day of the year and hhmmss of a shot.
@@ -84,8 +86,7 @@ void append_sps_heading(std::string& text) {
     text += "\r\n";
 }
 
-std::optional<std::string> write_sources(const SyntheticLine& line, const std::string& path) {
-    TextFile file(path);
+void write_sources(const SyntheticLine& line, Output& file) {
     std::string text;
     append_sps_heading(text);
     for (int shot = 0; shot < line.shots; ++shot) {
@@ -105,11 +106,9 @@ std::optional<std::string> write_sources(const SyntheticLine& line, const std::s
                           .time = time.hhmmss()});
         file.write(text);
     }
-    return file.close();
 }
 
-std::optional<std::string> write_receivers(const SyntheticLine& line, const std::string& path) {
-    TextFile file(path);
+void write_receivers(const SyntheticLine& line, Output& file) {
     std::string text;
     append_sps_heading(text);
     for (int station = 0; station < line.stations(); ++station) {
@@ -125,11 +124,9 @@ std::optional<std::string> write_receivers(const SyntheticLine& line, const std:
                           .day = static_cast<std::int16_t>(line.first_day())});
         file.write(text);
     }
-    return file.close();
 }
 
-std::optional<std::string> write_relations(const SyntheticLine& line, const std::string& path) {
-    TextFile file(path);
+void write_relations(const SyntheticLine& line, Output& file) {
     std::string text;
     append_sps_heading(text);
     const int left = line.channels_left();
@@ -161,7 +158,6 @@ std::optional<std::string> write_relations(const SyntheticLine& line, const std:
         }
         file.write(text);
     }
-    return file.close();
 }
 
 /// The text header: what the line is, and what a stack of it must show.
@@ -327,27 +323,20 @@ private:
     std::array<int, kWords> index_{};
 };
 
-std::optional<std::string> write_segy(const SyntheticLine& line, const LineFiles& files) {
+Fault write_segy(const SyntheticLine& line, const LineFiles& files, Output& file) {
     TraceHeaderDefinition definition;
     if (definition.load(files.header_definition) != 0) {
-        return "cannot read the header description '" + files.header_definition + "'";
+        return Fault("cannot read the header description '" + files.header_definition + "'");
     }
     TraceHeader header(definition);
     if (files.format == SampleFormat::kInt16 && !header.has_weight()) {
-        return "16-bit samples need the header word WEIGHT, which '" + files.header_definition +
-               "' lacks";
+        return Fault("16-bit samples need the header word WEIGHT, which '" +
+                     files.header_definition + "' lacks");
     }
-    BlockWriter writer;
-    const auto failure = [&] {
-        return "cannot write '" + files.segy + "': " + writer.fault().reason();
-    };
     LineHeader line_header;
     write_text_header(line, line_header);
     write_binary_header(line, files.format, line_header);
-    if (writer.open(files.segy, BlockWriter::Mode::kCreate) ||
-        writer.write(line_header.bytes()) < kLineHeaderBytes) {
-        return failure();
-    }
+    if (!file.write(line_header.bytes())) return file.close();
 
     const TraceMaker maker(line);
     std::vector<float> trace(static_cast<std::size_t>(line.samples));
@@ -371,11 +360,10 @@ std::optional<std::string> write_segy(const SyntheticLine& line, const LineFiles
                 default:
                     encode_ibm(trace, raw);
             }
-            if (writer.write(record) != record.size()) return failure();
+            if (!file.write(record)) return file.close();
         }
     }
-    if (writer.finish()) return failure();
-    return {};
+    return file.close();
 }
 
 }  // namespace
@@ -388,22 +376,33 @@ std::vector<std::string> LineFiles::paths() const {
     return paths;
 }
 
-std::optional<std::string> sps_fault(const SyntheticLine& line) {
-    if (line.channels > 9999) return "SPS relation records hold channels up to 9999";
+Fault sps_fault(const SyntheticLine& line) {
+    if (line.channels > 9999) return Fault("SPS relation records hold channels up to 9999");
     if (std::int64_t{line.first_ffid} + line.shots - 1 > 9999) {
-        return "SPS relation records hold file numbers up to 9999";
+        return Fault("SPS relation records hold file numbers up to 9999");
     }
-    if (line.station_x(line.stations()) > 9999999) return "SPS points hold eastings below 10000000";
+    if (line.station_x(line.stations()) > 9999999)
+        return Fault("SPS points hold eastings below 10000000");
     return {};
 }
 
-std::optional<std::string> write_line(const SyntheticLine& line, const LineFiles& files) {
+Fault write_line(const SyntheticLine& line, const LineFiles& files) {
+    // Nothing takes its place before all of it is written.
+    Output segy(files.segy);
+    if (Fault fault = write_segy(line, files, segy)) return fault;
     if (!files.sps.empty()) {
-        if (auto failure = write_sources(line, files.sps + ".s")) return failure;
-        if (auto failure = write_receivers(line, files.sps + ".r")) return failure;
-        if (auto failure = write_relations(line, files.sps + ".x")) return failure;
+        Output sources(files.sps + ".s"), receivers(files.sps + ".r"), relations(files.sps + ".x");
+        write_sources(line, sources);
+        write_receivers(line, receivers);
+        write_relations(line, relations);
+        for (Output* output : {&sources, &receivers, &relations}) {
+            if (Fault fault = output->close()) return fault;
+        }
+        for (Output* output : {&sources, &receivers, &relations}) {
+            if (Fault fault = output->commit()) return fault;
+        }
     }
-    return write_segy(line, files);
+    return segy.commit();
 }
 
 }  // namespace halvern::synthetic

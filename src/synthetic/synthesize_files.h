@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,12 +19,11 @@ struct LineFiles {
     std::vector<std::string> paths() const;
 };
 
-/// What keeps a line from being written as SPS, whose columns are narrow; nothing when it fits.
-std::optional<std::string> sps_fault(const SyntheticLine& line);
+/// What keeps a line from being written as SPS, whose columns are narrow.
+Fault sps_fault(const SyntheticLine& line);
 
 /// Writes a line without fault, trace by trace: memory does not grow with their number. Files that
-/// exist are replaced. Gives what went wrong, in the user's words; nothing when all is written.
-[[nodiscard]] std::optional<std::string> write_line(const SyntheticLine& line,
-                                                    const LineFiles& files);
+/// exist are replaced once all are written; until then a fault leaves them as they were.
+Fault write_line(const SyntheticLine& line, const LineFiles& files);
 
 }  // namespace halvern::synthetic

@@ -64,41 +64,45 @@ void SyntheticLine::apply_velocity_function() {
     }
 }
 
-std::optional<std::string> SyntheticLine::fault() const {
+Fault SyntheticLine::fault() const {
     const auto within = [](double value, double least, double most) {
         return value >= least && value <= most;  // false for NaN
     };
-    if (shots < 1 || channels < 1) return "a line needs at least one shot and one channel";
+    if (shots < 1 || channels < 1) return Fault("a line needs at least one shot and one channel");
     if (traces() > std::numeric_limits<int>::max()) {
-        return "shots times channels must not exceed 2147483647";
+        return Fault("shots times channels must not exceed 2147483647");
     }
-    if (!within(samples, 1, 32767)) return "the samples of a trace must be 1 to 32767";
-    if (!within(interval_us, 1, 65535)) return "the sample interval must be 0.001 to 65.535 ms";
-    if (!within(spacing_m, 1, 1000)) return "the spacing must be 1 to 1000 m";
-    if (!within(shot_stations, 1, 1000)) return "shots must be 1 to 1000 stations apart";
-    if (!within(gap, 0, 1000)) return "the gap must be 0 to 1000 stations";
+    if (!within(samples, 1, 32767)) return Fault("the samples of a trace must be 1 to 32767");
+    if (!within(interval_us, 1, 65535))
+        return Fault("the sample interval must be 0.001 to 65.535 ms");
+    if (!within(spacing_m, 1, 1000)) return Fault("the spacing must be 1 to 1000 m");
+    if (!within(shot_stations, 1, 1000)) return Fault("shots must be 1 to 1000 stations apart");
+    if (!within(gap, 0, 1000)) return Fault("the gap must be 0 to 1000 stations");
     const std::int64_t length =
         std::int64_t{channels} + 2 * gap + std::int64_t{shot_stations} * shots;
-    if (length * spacing_m > 9000000) return "the line is longer than 9000 km";
+    if (length * spacing_m > 9000000) return Fault("the line is longer than 9000 km");
     if (!within(first_ffid, 0, std::numeric_limits<int>::max() - shots)) {
-        return "the first file number must not be negative";
+        return Fault("the first file number must not be negative");
     }
     if (!within(wavelet_hz, 1, 500000.0 / interval_us)) {
-        return "the wavelet's frequency must be between 1 Hz and half the sampling frequency";
+        return Fault(
+            "the wavelet's frequency must be between 1 Hz and half the sampling frequency");
     }
     if (1e6 / wavelet_hz > 2000.0 * interval_us) {
-        return "a period of the wavelet must not have more than 2000 samples";
+        return Fault("a period of the wavelet must not have more than 2000 samples");
     }
-    if (!within(statics_ms, 0, 100)) return "the statics must be 0 to 100 ms";
-    if (!within(dip_ms_per_km, -1000, 1000)) return "the dip must be -1000 to 1000 ms/km";
-    if (!within(noise, 0, 1e6)) return "the noise must be 0 to 1000000";
-    if (!within(ground_roll, 0, 1e6)) return "the ground roll must be 0 to 1000000";
-    if (!within(dead_part, 0, 1)) return "the dead traces must be 0 to 100 percent";
-    if (!within(reversed_part, 0, 1)) return "the reversed stations must be 0 to 100 percent";
+    if (!within(statics_ms, 0, 100)) return Fault("the statics must be 0 to 100 ms");
+    if (!within(dip_ms_per_km, -1000, 1000)) return Fault("the dip must be -1000 to 1000 ms/km");
+    if (!within(noise, 0, 1e6)) return Fault("the noise must be 0 to 1000000");
+    if (!within(ground_roll, 0, 1e6)) return Fault("the ground roll must be 0 to 1000000");
+    if (!within(dead_part, 0, 1)) return Fault("the dead traces must be 0 to 100 percent");
+    if (!within(reversed_part, 0, 1))
+        return Fault("the reversed stations must be 0 to 100 percent");
     for (const Reflection& reflection : reflections) {
-        if (!within(reflection.t0_ms, 0, 1e6)) return "reflection times must be 0 to 1000000 ms";
+        if (!within(reflection.t0_ms, 0, 1e6))
+            return Fault("reflection times must be 0 to 1000000 ms");
         if (!within(reflection.velocity, 1, 1e6)) {
-            return "every reflection's velocity must be 1 to 1000000 m/s";
+            return Fault("every reflection's velocity must be 1 to 1000000 m/s");
         }
     }
     return {};

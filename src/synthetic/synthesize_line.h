@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
+
+#include "platform/fault.h"
 
 namespace halvern::synthetic {
 
@@ -58,7 +59,7 @@ struct SyntheticLine {
     std::uint64_t seed = 1;
 
     /// What is wrong with the numbers above, in the user's words; nothing when a line can be made.
-    std::optional<std::string> fault() const;
+    Fault fault() const;
     /// Gives every reflection the velocity of the function above. Once, after setting either.
     void apply_velocity_function();
 

@@ -74,4 +74,10 @@ private:
     std::byte* image_ = nullptr;
 };
 
+/// What a scalar in a header multiplies its words by: its value, or 1 over it when it is negative.
+inline double scalar_factor(double scalar) {
+    if (scalar > 0) return scalar;
+    return scalar < 0 ? -1 / scalar : 1;
+}
+
 }  // namespace halvern

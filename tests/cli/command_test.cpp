@@ -153,17 +153,26 @@ TEST_F(Command, ShowsDataToPeopleAndPrograms) {
             {"info no.sgy", 1, "there is no file 'no.sgy'"},
             {"info in.sgy --headers NOSUCH", 1, "no word 'NOSUCH'"},
             {"info in.sgy --header none", 1, "cannot read the header description 'none'"},
-            {"info in.sgy --range 3-1", 2, "backwards"},
+            {"info in.sgy --ranges --range 3-1", 2, "backwards"},
+            {"info in.sgy --range 1", 2, "choose the traces of --headers"},
+            {"info in.sgy --ranges --samples --csv", 2, "one table"},
+            {"info in.sgy in.sgy --csv", 2, "one file"},
+            {"info in.sgy --csv", 0, "\nsamples,4\nsample interval ms,4\n"},
+            {"info in.sgy --survey --csv", 0, "\noffsets minimum,-50\noffsets maximum,50\n"},
+            {"info in.sgy --samples --csv", 0, "\nzeros,5\n"},
             {"info in.sgy --ranges --range 7", 1, "only 2 traces"}});
 }
 
 TEST_F(Command, DrawsPictures) {
-    if (!picture::png_problem().empty()) GTEST_SKIP() << "built without PNG";
+    if (picture::png_problem()) GTEST_SKIP() << "built without PNG";
     expect({{"plot in.sgy", 2, "output"},
             {"plot in.sgy -o in.sgy", 1, "is the file to be shown"},
             {"plot in.sgy -o p.png --style pink", 2, "--style"},
             {"plot in.sgy -o p.png --gain nan", 2, "above 0"},
             {"plot in.sgy -o p.png --map --fold", 2, "pictures of their own"},
+            {"plot in.sgy -o p.png --map --time 0-8", 2, "--time"},
+            {"plot in.sgy -o p.png --fold --agc 10", 2, "--agc: is for pictures of traces"},
+            {"plot in.sgy -o p.png --scale 2 --percentile 90", 2, "--percentile"},
             {"plot in.sgy -o p.png --map", 1, "hold no positions"},
             {"plot in.sgy -o p.png --fold", 1, "no CDP numbers"},
             {"plot in.sgy -o p.png --select CHAN=9", 1, "no trace is selected"},

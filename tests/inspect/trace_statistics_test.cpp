@@ -126,7 +126,16 @@ TEST(SurveyStatistics, TellsWhatTheHeadersHold) {
     SurveyStatistics survey(source->definition());
     while (source->next()) survey.add();
     std::map<std::string, std::string> found;
-    for (const auto& [name, value] : survey.findings()) found[name] = value;
+    std::map<std::string, double> numbers;
+    for (const Fact& finding : survey.findings()) {
+        found[finding.name] = finding.text;
+        numbers.insert(finding.numbers.begin(), finding.numbers.end());
+    }
+    EXPECT_EQ(numbers["shots"], 2);
+    EXPECT_EQ(numbers["shots FFID maximum"], 8);
+    EXPECT_EQ(numbers["traces a shot mean"], 2.5);
+    EXPECT_EQ(numbers["offsets maximum"], 150);
+    EXPECT_TRUE(std::isnan(numbers["CDPs"]));
     EXPECT_EQ(found["shots"], "2, FFID 7 to 8");
     EXPECT_EQ(found["traces a shot"], "2 to 3, 2.5 on average");
     EXPECT_EQ(found["channels"], "1 to 3");
@@ -148,22 +157,22 @@ TEST(TraceSelection, ByNumberAndByWord) {
                            {"3-9", "OFFSET=100-125", {4, 5}}};
     for (const auto& [numbers, word, expected] : kCases) {
         TraceSelection selection;
-        ASSERT_EQ(selection.parse(numbers, word), "");
+        ASSERT_FALSE(selection.parse(numbers, word));
         const auto source = open_trace_source(path, HALVERN_SOURCE_DIR "/header/default").source;
-        ASSERT_EQ(selection.start(*source), "");
+        ASSERT_FALSE(selection.start(*source));
         std::vector<std::int64_t> found;
         while (selection.next()) found.push_back(selection.number());
         EXPECT_EQ(found, expected) << numbers << ' ' << word;
     }
     for (const auto& [numbers, word] :
          {std::pair{"x", ""}, {"0-3", ""}, {"5-2", ""}, {"", "FFID"}, {"", "=3"}}) {
-        EXPECT_NE(TraceSelection().parse(numbers, word), "") << numbers << word;
+        EXPECT_TRUE(TraceSelection().parse(numbers, word)) << numbers << word;
     }
     const auto source = open_trace_source(path, HALVERN_SOURCE_DIR "/header/default").source;
     for (const auto& [numbers, word] : {std::pair{"6", ""}, {"", "NOSUCH=1"}}) {
         TraceSelection selection;
-        ASSERT_EQ(selection.parse(numbers, word), "");
-        EXPECT_NE(selection.start(*source), "") << numbers << word;
+        ASSERT_FALSE(selection.parse(numbers, word));
+        EXPECT_TRUE(selection.start(*source)) << numbers << word;
     }
 }
 

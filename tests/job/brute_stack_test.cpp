@@ -45,10 +45,9 @@ protected:
             }
         }
         raw.close();
-        EXPECT_EQ(synthetic::write_line(line, {.segy = folder.file("raw.sgy"),
-                                               .sps = folder.file("line"),
-                                               .header_definition = folder.file("raw-header")}),
-                  std::nullopt);
+        EXPECT_FALSE(synthetic::write_line(line, {.segy = folder.file("raw.sgy"),
+                                                  .sps = folder.file("line"),
+                                                  .header_definition = folder.file("raw-header")}));
     }
     int run_here(const std::string& flow) {
         return start("cd " + quoted(folder.path().string()) + " && bin/halvern2 log1 rv3086 " +

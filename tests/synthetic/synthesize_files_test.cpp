@@ -47,7 +47,7 @@ TEST(SyntheticFiles, AllThreeFormatsHoldTheTraces) {
         const std::string path = folder.file("line.sgy");
         const auto failure = write_line(
             line, {.segy = path, .format = c.format, .header_definition = standard_header()});
-        ASSERT_FALSE(failure) << *failure;
+        ASSERT_FALSE(failure) << failure.reason();
         const std::string text = file_bytes(path);
         const auto bytes = std::as_bytes(std::span(text));
         const std::size_t record = 240 + 101 * c.sample_bytes;
@@ -90,7 +90,7 @@ TEST(SyntheticFiles, SpsAgreesWithTheHeaders) {
                               .sps = folder.file("line"),
                               .header_definition = standard_header()};
         const auto failure = write_line(line, files);
-        ASSERT_FALSE(failure) << *failure;
+        ASSERT_FALSE(failure) << failure.reason();
         SpsDataSet sps(kTestReport);
         ASSERT_EQ(sps.read_sources(files.sps + ".s"), 0);
         ASSERT_EQ(sps.read_receivers(files.sps + ".r"), 0);
@@ -129,7 +129,7 @@ TEST(SyntheticFiles, SpsAgreesWithTheHeaders) {
 TEST(SyntheticFiles, SaysWhyALineCannotBeWritten) {
     const TemporaryFolder folder;
     const SyntheticLine line{.shots = 1, .channels = 1, .samples = 1};
-    const std::string good = folder.file("line.sgy");
+    const std::string good = folder.write("line.sgy", "old");
     const std::string header = standard_header();
     const std::string bare = folder.write("bare", "");
     const struct {
@@ -144,8 +144,9 @@ TEST(SyntheticFiles, SaysWhyALineCannotBeWritten) {
     for (const auto& [files, words] : kCases) {
         const auto failure = write_line(line, files);
         ASSERT_TRUE(failure) << words;
-        EXPECT_NE(failure->find(words), std::string::npos) << *failure;
+        EXPECT_NE(failure.reason().find(words), std::string::npos) << failure.reason();
     }
+    EXPECT_EQ(file_bytes(good), "old");
     EXPECT_FALSE(sps_fault(line));
     EXPECT_TRUE(sps_fault({.shots = 10000}));
     EXPECT_TRUE(sps_fault({.channels = 10000}));

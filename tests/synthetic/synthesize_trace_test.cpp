@@ -104,7 +104,7 @@ TEST(TraceMaker, ShortTracesHoldWhatFits) {
                                .interval_us = interval,
                                .spacing_m = 1000};
             line.wavelet_hz = interval > 10000 ? 2 : interval < 100 ? 600 : 30;
-            ASSERT_FALSE(line.fault()) << *line.fault();
+            ASSERT_FALSE(line.fault()) << line.fault().reason();
             const TraceMaker maker(line);
             std::vector<float> trace(static_cast<std::size_t>(samples));
             for (int channel = 0; channel < 6; ++channel) {

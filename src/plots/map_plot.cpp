@@ -1,11 +1,12 @@
+#include "plots/map_plot.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "inspect/trace_statistics.h"
+#include "foundation/words.h"
 #include "picture/axes.h"
 #include "picture/font.h"
-#include "plots/survey_pictures.h"
 #include "trace/big_endian.h"
 
 namespace halvern {
@@ -18,13 +19,6 @@ using picture::Rect;
 
 constexpr std::size_t kMostPlaces = 2'000'000;
 constexpr const char* kNames[] = {"Sources", "Receivers", "CDPs"};
-
-/// The sum of a header word over the traces at one place.
-struct Sum {
-    double x = 0, y = 0, value = 0;
-    std::int64_t traces = 0;
-};
-using Places = std::unordered_map<std::int64_t, Sum>;
 
 std::string unit_of(const LineHeader& line) {
     constexpr std::size_t kMeasurementSystem = 3254;
@@ -53,7 +47,7 @@ struct Extent {
     }
 };
 
-void draw_marker(Canvas& canvas, SurveyMap::Kind kind, Point at, picture::Colour colour) {
+void draw_marker(Canvas& canvas, MapPlot::Kind kind, Point at, picture::Colour colour) {
     const picture::Colour edge{60, 60, 60};
     const auto triangle = [&](double r, picture::Colour c) {
         const Point corners[] = {
@@ -61,97 +55,100 @@ void draw_marker(Canvas& canvas, SurveyMap::Kind kind, Point at, picture::Colour
         canvas.polygon(corners, c);
     };
     switch (kind) {
-        case SurveyMap::kSource:
+        case MapPlot::kSource:
             canvas.disc(at, 4.4, edge);
             canvas.disc(at, 3.6, colour);
             break;
-        case SurveyMap::kReceiver:
+        case MapPlot::kReceiver:
             triangle(5.6, edge);
             triangle(4.1, colour);
             break;
-        case SurveyMap::kCdp:
+        case MapPlot::kCdp:
             canvas.disc(at, 1.9, colour);
             break;
     }
 }
 
-void draw_legend(Canvas& canvas, const SurveyMap& map, int right) {
+}  // namespace
+
+void MapPlot::draw_legend(Canvas& canvas, int right) const {
     double x = right;
-    for (int kind = SurveyMap::kKinds - 1; kind >= 0; --kind) {
-        if (map.places[kind].empty()) continue;
+    for (int kind = kKinds - 1; kind >= 0; --kind) {
+        if (places_[kind].empty()) continue;
         picture::draw_text(canvas, {x, 39}, kNames[kind],
                            {.size = picture::kTextSize, .anchor = picture::Anchor::kEnd});
         x -= picture::text_width(kNames[kind], picture::kTextSize) + 11;
-        draw_marker(canvas, static_cast<SurveyMap::Kind>(kind), {x, 35}, {150, 150, 150});
+        draw_marker(canvas, static_cast<Kind>(kind), {x, 35}, {150, 150, 150});
         x -= 22;
     }
 }
 
-}  // namespace
-
-std::string read_map(TraceSource& source, TraceSelection& selection, const std::string& word,
-                     SurveyMap& map) {
-    const TraceHeaderDefinition& definition = source.definition();
-    const int index = definition.find(word);
-    if (index < 0 && !word.empty()) return "the header description has no word '" + word + "'";
+Fault MapPlot::begin(const LineHeader& line, const TraceHeaderDefinition& definition) {
+    *this = MapPlot(options_);
+    word_ = definition.find(options_.word);
+    if (word_ < 0 && !options_.word.empty()) {
+        return Fault("the header description has no word '" + options_.word + "'");
+    }
     constexpr std::pair<const char*, const char*> kWords[] = {
         {"SRCX", "SRCY"}, {"RECX", "RECY"}, {"CDPX", "CDPY"}};
-    const int scalar = definition.find("COORSCAL");
-    std::pair<int, int> words[SurveyMap::kKinds];
-    for (int kind = 0; kind < SurveyMap::kKinds; ++kind) {
-        words[kind] = {definition.find(kWords[kind].first), definition.find(kWords[kind].second)};
+    scalar_ = definition.find("COORSCAL");
+    for (int kind = 0; kind < kKinds; ++kind) {
+        position_[kind] = {definition.find(kWords[kind].first),
+                           definition.find(kWords[kind].second)};
     }
-    source.set_samples_wanted(false);
-    Places places[SurveyMap::kKinds];
-    while (selection.next()) {
-        ++map.traces;
-        const double scale = coordinate_scale(definition.get_double(scalar));
-        for (int kind = 0; kind < SurveyMap::kKinds; ++kind) {
-            const int x = definition.get_int(words[kind].first);
-            const int y = definition.get_int(words[kind].second);
-            Sum& sum = places[kind][std::int64_t{x} * (std::int64_t{1} << 32) + y];
-            sum.x = x * scale;
-            sum.y = y * scale;
-            sum.value += definition.get_double(index);
-            ++sum.traces;
-        }
-        if (std::ranges::any_of(places, [](const Places& p) { return p.size() > kMostPlaces; })) {
-            return "there are more than 2,000,000 positions; select some of the traces";
-        }
-    }
-    if (map.traces == 0) return selection.nothing();
-    bool any = false;
-    for (int kind = 0; kind < SurveyMap::kKinds; ++kind) {
-        // One place at (0, 0) is no place: the words were not filled.
-        if (places[kind].size() == 1 && places[kind].contains(0)) continue;
-        any = true;
-        for (const auto& [key, sum] : places[kind]) {
-            const auto traces = static_cast<double>(sum.traces);
-            map.places[kind].push_back(
-                {.x = sum.x, .y = sum.y, .value = index < 0 ? traces : sum.value / traces});
-        }
-        std::ranges::sort(map.places[kind], {},
-                          [](const SurveyMap::Place& p) { return std::pair(p.x, p.y); });
-    }
-    if (!any) return "the headers hold no positions (SRCX, SRCY, RECX, RECY, CDPX, CDPY)";
-    map.unit = unit_of(source.line());
+    unit_ = unit_of(line);
     return {};
 }
 
-picture::Canvas draw_map(const SurveyMap& map, const std::string& word, const PictureSize& size,
-                         const std::string& title, const std::string& subtitle) {
+Fault MapPlot::add(const TraceHeaderDefinition& definition, TraceSamples&, std::int64_t) {
+    ++traces_;
+    const double scale = scalar_factor(definition.get_double(scalar_));
+    for (int kind = 0; kind < kKinds; ++kind) {
+        const int x = definition.get_int(position_[kind].first);
+        const int y = definition.get_int(position_[kind].second);
+        Sum& sum = sums_[kind][std::int64_t{x} * (std::int64_t{1} << 32) + y];
+        sum.x = x * scale;
+        sum.y = y * scale;
+        sum.value += definition.get_double(word_);
+        ++sum.traces;
+        if (sums_[kind].size() > kMostPlaces) {
+            return Fault("there are more than 2,000,000 positions; select some of the traces");
+        }
+    }
+    return {};
+}
+
+Fault MapPlot::finish() {
+    if (traces_ == 0) return Fault("there is no trace");
+    bool any = false;
+    for (int kind = 0; kind < kKinds; ++kind) {
+        // One place at (0, 0) is no place: the words were not filled.
+        if (sums_[kind].size() == 1 && sums_[kind].contains(0)) continue;
+        any = true;
+        for (const auto& [key, sum] : sums_[kind]) {
+            const auto traces = static_cast<double>(sum.traces);
+            places_[kind].push_back(
+                {.x = sum.x, .y = sum.y, .value = word_ < 0 ? traces : sum.value / traces});
+        }
+        std::ranges::sort(places_[kind], {},
+                          [](const Place& place) { return std::pair(place.x, place.y); });
+    }
+    if (any) return {};
+    return Fault("the headers hold no positions (SRCX, SRCY, RECX, RECY, CDPX, CDPY)");
+}
+
+Fault MapPlot::draw(Canvas& canvas, const std::string& title) const {
     constexpr double kMostStretch = 8;  // of one axis, for positions that show as a thin line
-    Canvas canvas(size.width, size.height);
-    picture::draw_title(canvas, title, subtitle);
-    const Rect whole{88, 60, size.width - 88 - 104, size.height - 60 - 48};
-    draw_legend(canvas, map, whole.right());
+    picture::draw_title(canvas, title, "positions of " + counted(traces_, "trace"));
+    const Rect whole{88, 60, canvas.width() - 88 - 104, canvas.height() - 60 - 48};
+    draw_legend(canvas, whole.right());
 
     Extent x, y, value;
-    std::vector<SurveyMap::Kind> kinds;
-    for (const SurveyMap::Kind kind : {SurveyMap::kCdp, SurveyMap::kReceiver, SurveyMap::kSource}) {
-        if (map.places[kind].empty()) continue;
+    std::vector<Kind> kinds;
+    for (const Kind kind : {kCdp, kReceiver, kSource}) {
+        if (places_[kind].empty()) continue;
         kinds.push_back(kind);
-        for (const SurveyMap::Place& place : map.places[kind]) {
+        for (const Place& place : places_[kind]) {
             x.add(place.x);
             y.add(place.y);
             value.add(place.value);
@@ -173,7 +170,7 @@ picture::Canvas draw_map(const SurveyMap& map, const std::string& word, const Pi
         x.widen((whole.width * scale - x.length()) / 2);
         y.widen((whole.height * scale - y.length()) / 2);
     }
-    const std::string unit = map.unit.empty() ? "" : " (" + map.unit + ")";
+    const std::string unit = unit_.empty() ? "" : " (" + unit_ + ")";
     const picture::Palette& palette = picture::Palette::quantity();
     const int count = strips ? static_cast<int>(kinds.size()) : 1;
     const int height = (whole.height - 22 * (count - 1)) / count;
@@ -189,7 +186,7 @@ picture::Canvas draw_map(const SurveyMap& map, const std::string& word, const Pi
         axes.draw_grid();
         for (std::size_t i = 0; i < kinds.size(); ++i) {
             if (strips && i != chosen) continue;
-            for (const SurveyMap::Place& place : map.places[kinds[i]]) {
+            for (const Place& place : places_[kinds[i]]) {
                 draw_marker(canvas, kinds[i], {axes.x_of(place.x), axes.y_of(place.y)},
                             palette.at((place.value - value.low) / value.length()));
             }
@@ -200,8 +197,9 @@ picture::Canvas draw_map(const SurveyMap& map, const std::string& word, const Pi
     }
     picture::draw_colour_bar(canvas, {whole.right() + 16, whole.y, 12, std::min(whole.height, 220)},
                              palette, value.low, value.high,
-                             word.empty() ? "Traces at a position" : word, word.empty());
-    return canvas;
+                             options_.word.empty() ? "Traces at a position" : options_.word,
+                             options_.word.empty());
+    return {};
 }
 
 }  // namespace halvern
