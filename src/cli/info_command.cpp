@@ -339,7 +339,7 @@ void add_info_command(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     command->add_option("files", options->files, "SEG-Y, dataset, SEG-D or tape image files")
         ->required();
-    command->add_flag("--text", options->text, "The text header, also beside other options");
+    command->add_flag("--text", options->text, "The text header, with other options too");
     command->add_option("--headers", options->headers, "A table of these header words: W1,W2,...");
     command->add_flag("--ranges", options->ranges, "What every header word holds");
     command->add_flag("--survey", options->survey, "The geometry that the headers hold");

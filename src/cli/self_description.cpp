@@ -14,6 +14,9 @@
 #include "desk/jobs.h"
 #include "desk/prospects.h"
 #include "desk/workplace.h"
+#include "foundation/system_paths.h"
+#include "foundation/words.h"
+#include "trace/header_definition.h"
 
 namespace halvern {
 
@@ -120,6 +123,28 @@ Words flow_values(const Typed& typed) {
     return {};
 }
 
+// The choices that an option has, or header words for those that take some.
+Words option_values(const CLI::Option& option, const std::string& typed) {
+    const std::string type = option.get_type_name();  // "TEXT:{grey,red-blue,wiggle}"
+    const std::size_t open = type.find('{'), close = type.find('}');
+    if (open < close && close != std::string::npos) {
+        return split_list(type.substr(open + 1, close - open - 1));
+    }
+    const bool one = option.check_name("--colour"), selects = option.check_name("--select");
+    if (!one && !selects && !option.check_name("--headers") && !option.check_name("--words")) {
+        return {};  // a file or a number
+    }
+    TraceHeaderDefinition definition;
+    if (definition.load(DefaultHeaderPath()) != 0) return {};
+    const std::size_t comma = one || selects ? std::string::npos : typed.rfind(',');
+    const std::string before = comma == std::string::npos ? "" : typed.substr(0, comma + 1);
+    Words words;
+    for (const HeaderWord& word : definition.words()) {
+        words.push_back(before + word.name + (selects ? "=" : ""));
+    }
+    return words;
+}
+
 Words values(const Typed& typed) {
     const bool prospect = typed.awaits && typed.awaits->check_name("--prospect");
     const bool names_prospect = typed.path == "prospect use" || typed.path == "prospect show" ||
@@ -128,7 +153,7 @@ Words values(const Typed& typed) {
         open_system_directory();
         return prospect_names();
     }
-    if (typed.awaits) return {};  // a file or a number
+    if (typed.awaits) return option_values(*typed.awaits, typed.last);
     if (typed.last.starts_with('-')) {
         Words words;
         for (CLI::App* at = typed.command; at; at = at->get_parent()) {

@@ -147,7 +147,7 @@ void add_synthesize_command(CLI::App& app) {
                      "Distance of shots, m [twice the spacing]")
         ->check(CLI::Range(1, std::numeric_limits<int>::max()))
         ->group("The survey");
-    survey("--gap", line.gap, "Stations left free beside the source");
+    survey("--gap", line.gap, "Stations left free next to the source");
     survey("--spread", options->spread, "Receivers on both sides or only ahead")
         ->check(CLI::IsMember({"split", "end-on"}));
     survey("--first-ffid", line.first_ffid, "File number of the first shot");

@@ -119,7 +119,7 @@ std::string Table::text(std::size_t width) const {
         }
         for (std::size_t k = 0; k < height; ++k) {
             std::string line;
-            std::size_t column = 0;  // characters that should stand before the next cell
+            std::size_t column = 0;  // characters that should come before the next cell
             std::size_t there = 0;   // that do
             for (std::size_t i = 0; i < cells.size(); ++i) {
                 const std::string cell = k < cells[i].size() ? cells[i][k] : "";

@@ -21,7 +21,7 @@ std::string counted(std::int64_t number, std::string_view singular);
 /// "FFID,CHAN" as its two parts; blanks around them do not count.
 std::vector<std::string> split_list(std::string_view text);
 
-/// Whether a name or path can stand in a line of the files that the commands keep.
+/// Whether a name or path can be a line of the files that the commands keep.
 bool is_one_line(std::string_view text);
 
 /// Takes the first character off UTF-8 text that is not empty. A byte that belongs to none comes as

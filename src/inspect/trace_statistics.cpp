@@ -32,7 +32,7 @@ void WordRange::add_new(double value) {
 }
 
 void WordRange::count_distinct(double value) {
-    // Open addressing; one value's bits stand for an empty place: those of a NaN.
+    // Open addressing; an empty place holds one value's bits, those of a NaN.
     constexpr std::uint64_t kEmpty = ~std::uint64_t{0};
     constexpr std::size_t kPlaces = 2 * kMostDistinct;
     if (seen_.empty()) seen_.assign(kPlaces, kEmpty);

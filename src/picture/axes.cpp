@@ -13,6 +13,7 @@ constexpr int kTick = 5;          // length, pixels
 constexpr double kBetweenX = 80;  // pixels that an x tick's label wants
 constexpr double kBetweenY = 45;
 constexpr double kMostTicks = 1e4;
+constexpr double kOver = 16;  // by which an upright label may be longer than its axis
 }  // namespace
 
 double tick_step(double low, double high, int most, bool whole) {
@@ -114,7 +115,8 @@ void Axes::draw_y_axis() const {
         draw_text(canvas_, {area_.x - kTick - 5.0, y + kTextSize / 2}, text,
                   {.size = kTextSize, .colour = kInk, .anchor = Anchor::kEnd});
     }
-    draw_text(canvas_, {area_.x - kTick - 14.0 - widest, area_.y + area_.height / 2.0}, y_.label,
+    draw_text(canvas_, {area_.x - kTick - 14.0 - widest, area_.y + area_.height / 2.0},
+              fitted(y_.label, kTextSize, area_.height + kOver),
               {.size = kTextSize, .colour = kInk, .anchor = Anchor::kMiddle, .upward = true});
 }
 
@@ -133,11 +135,15 @@ void Axes::draw_x_axis() const {
               x_.label, {.size = kTextSize, .colour = kInk, .anchor = Anchor::kMiddle});
 }
 
-void draw_title(Canvas& canvas, const std::string& title, const std::string& subtitle) {
+void draw_title(Canvas& canvas, const std::string& title, const std::string& subtitle,
+                double kept) {
     constexpr double kTitleSize = 11;
-    constexpr double kLeft = 12;
-    draw_text(canvas, {kLeft, 22}, title, {.size = kTitleSize, .colour = kInk, .bold = true});
-    draw_text(canvas, {kLeft, 39}, subtitle, {.size = kTextSize, .colour = kPaleInk});
+    constexpr double kEdge = 12;
+    const double width = canvas.width() - 2 * kEdge;
+    draw_text(canvas, {kEdge, 22}, fitted(title, kTitleSize, width),
+              {.size = kTitleSize, .colour = kInk, .bold = true});
+    draw_text(canvas, {kEdge, 39}, fitted(subtitle, kTextSize, width - kept),
+              {.size = kTextSize, .colour = kPaleInk});
 }
 
 void draw_colour_bar(Canvas& canvas, const Rect& area, const Palette& palette, double low,
@@ -159,9 +165,10 @@ void draw_colour_bar(Canvas& canvas, const Rect& area, const Palette& palette, d
         draw_text(canvas, {area.right() + kTick + 5.0, y + kTextSize / 2}, text,
                   {.size = kTextSize, .colour = kInk});
     }
-    draw_text(
-        canvas, {area.right() + kTick + 5.0 + widest + kTextSize + 6, area.y + area.height / 2.0},
-        label, {.size = kTextSize, .colour = kInk, .anchor = Anchor::kMiddle, .upward = true});
+    draw_text(canvas,
+              {area.right() + kTick + 5.0 + widest + kTextSize + 6, area.y + area.height / 2.0},
+              fitted(label, kTextSize, area.height + kOver),
+              {.size = kTextSize, .colour = kInk, .anchor = Anchor::kMiddle, .upward = true});
 }
 
 }  // namespace halvern::picture

@@ -50,8 +50,10 @@ private:
     Axis x_, y_;
 };
 
-/// A title and a smaller second line, above everything.
-void draw_title(Canvas& canvas, const std::string& title, const std::string& subtitle);
+/// A title and a smaller second line, above everything. What does not fit is cut; the second line
+/// ends `kept` pixels before the right edge.
+void draw_title(Canvas& canvas, const std::string& title, const std::string& subtitle,
+                double kept = 0);
 
 /// The scale of colours, upright in `area`, with ticks to its right.
 void draw_colour_bar(Canvas& canvas, const Rect& area, const Palette& palette, double low,

@@ -5,6 +5,8 @@
 #include <numbers>
 #include <string>
 
+#include "foundation/words.h"
+
 namespace halvern::picture {
 
 namespace {
@@ -114,14 +116,140 @@ constexpr const char* kGlyphs[] = {
 };
 static_assert(std::size(kGlyphs) == '~' - ' ' + 1);
 
-const char* glyph_of(char character) {
-    return kGlyphs[character >= ' ' && character <= '~' ? character - ' ' : '?' - ' '];
+/// A letter of two strings: its strokes, and those of a mark, which are about the middle of the
+/// letter and above its height, or below the baseline.
+struct Glyph {
+    const char* letter;
+    const char* mark = nullptr;
+    double mark_height = 0;
+    double width() const { return std::strtod(letter, nullptr); }
+};
+
+// From U+00C0 on: a letter and the sign that its mark looks like, or the strokes of a letter that
+// is not made of two.
+constexpr const char* kLatin[] = {
+    "A`",
+    "A'",
+    "A^",
+    "A~",
+    "A:",
+    "Ao",
+    "16 0 0 7.5 14 15.5 14; 8.5 14 8.5 0 15.5 0; 8.5 7.4 14.5 7.4; 3 5 8.5 5",  // AE
+    "C,",
+    "E`",
+    "E'",
+    "E^",
+    "E:",
+    "I`",
+    "I'",
+    "I^",
+    "I:",
+    "12 1.5 0 1.5 14 5 14 a 5 7 6.5 7 90 -90 1.5 0; 0 7.4 5.5 7.4",  // Eth
+    "N~",
+    "O`",
+    "O'",
+    "O^",
+    "O~",
+    "O:",
+    "10 1.5 2.5 8.5 9.5; 1.5 9.5 8.5 2.5",  // times
+    "12 a 6 7 6 7 0 360; 1 -0.5 11 14.5",   // O with a stroke
+    "U`",
+    "U'",
+    "U^",
+    "U:",
+    "Y'",
+    "10 0 0 0 14; 0 11 5 11 a 5 7.25 4 3.75 90 -90 0 3.5",                         // Thorn
+    "9 0 0 0 10.5 a 3.8 10.5 3.8 3.5 180 -90 4.5 7 a 4.5 3.5 4 3.5 90 -90 2.5 0",  // sharp s
+    "a`",
+    "a'",
+    "a^",
+    "a~",
+    "a:",
+    "ao",
+    "15.4 a 4.2 5 4.2 5 0 360; 6.7 5.3 15.3 5.3 a 11 5 4.4 5 4 318",  // ae
+    "c,",
+    "e`",
+    "e'",
+    "e^",
+    "e:",
+    "i`",
+    "i'",
+    "i^",
+    "i:",
+    "9 a 4.4 4.6 4.4 4.6 0 360; 8.7 5 2 14; 1.5 10.5 7 13.5",  // eth
+    "n~",
+    "o`",
+    "o'",
+    "o^",
+    "o~",
+    "o:",
+    "10 1 6 9 6; 5 10 5 10.4; 5 1.6 5 2",          // divided by
+    "8.8 a 4.4 5 4.4 5 0 360; 0.6 -0.5 8.2 10.5",  // o with a stroke
+    "u`",
+    "u'",
+    "u^",
+    "u:",
+    "y'",
+    "8.6 0 14 0 -4; a 4.4 5 4.4 5 0 360",  // thorn
+    "y:",
+};
+static_assert(std::size(kLatin) == 0xFF - 0xC0 + 1);
+
+constexpr const char* kBox = "9 0 0 0 14 9 14 9 0 0 0";
+constexpr const char* kDotless = "2 1 0 1 10";
+
+const char* mark_of(char sign) {
+    switch (sign) {
+        case '`':
+            return "0 -2 4.6 0.8 1.8";
+        case '\'':
+            return "0 2 4.6 -0.8 1.8";
+        case '^':
+            return "0 -3 1.8 0 4.6 3 1.8";
+        case '~':
+            return "0 -3.6 2 -2.2 3.4 -0.8 3.2 0.8 2.4 2.2 2.2 3.6 3.6";
+        case ':':
+            return "0 -2.4 2.6 -2.4 3; 2.4 2.6 2.4 3";
+        case 'o':
+            return "0 a 0 3 1.9 1.9 0 360";
+        default:  // a cedilla
+            return "0 0.2 0 -0.3 -1.4 1.2 -2 1 -3.4 -1.2 -3.7";
+    }
 }
 
-/// The bytes behind the first of a character that is not ASCII.
-bool continues(char byte) { return (byte & 0xC0) == 0x80; }
-
-double glyph_width(char character) { return std::strtod(glyph_of(character), nullptr); }
+/// Printable ASCII, Latin-1's letters, and a few signs; a box for any other character.
+Glyph glyph_of(char32_t character) {
+    if (character >= ' ' && character <= '~') return {kGlyphs[character - ' ']};
+    if (character >= 0xC0 && character <= 0xFF) {
+        const char* entry = kLatin[character - 0xC0];
+        if (entry[2] != '\0') return {entry};
+        const char letter = entry[0], sign = entry[1];
+        constexpr double kSmall = 10;
+        const double height = sign == ',' ? 0 : letter >= 'a' ? kSmall : kCapital;
+        return {letter == 'i' ? kDotless : kGlyphs[letter - ' '], mark_of(sign), height};
+    }
+    switch (character) {
+        case 0xA0:  // no break
+            return {kGlyphs[0]};
+        case 0xB0:  // degrees
+            return {"5 a 2.5 11.5 2.5 2.5 0 360"};
+        case 0xB1:  // plus or minus
+            return {"10 5 4 5 12; 1 8 9 8; 1 1 9 1"};
+        case 0xB2:  // squared
+            return {"6 a 3 11.6 2.6 2.4 165 -35 0.3 6 6 6"};
+        case 0xB5:  // micro
+            return {"8 0 10 0 -4; 0 4 a 4 4 4 4 180 360 8 10; 8 4 8 0"};
+        case 0xB7:  // middle dot
+            return {"2 1 5 1 5.4"};
+        case 0x2013:
+        case 0x2014:  // dashes
+            return {"11 0.5 5.5 10.5 5.5"};
+        case 0x2019:  // apostrophe
+            return {kGlyphs['\'' - ' ']};
+        default:
+            return {kBox};
+    }
+}
 
 /// Appends the strokes of a character; its coordinates go through `place`.
 template <class Place>
@@ -160,11 +288,24 @@ void append_strokes(const char* glyph, std::vector<Polyline>& strokes, Place&& p
 }  // namespace
 
 double text_width(std::string_view text, double size) {
-    double width = 0;
-    for (const char c : text) {
-        if (!continues(c)) width += glyph_width(c) + kGap;
+    if (text.empty()) return 0;
+    double width = -kGap;
+    while (!text.empty()) width += glyph_of(next_character(text)).width() + kGap;
+    return width * size / kCapital;
+}
+
+std::string fitted(std::string_view text, double size, double width) {
+    if (text_width(text, size) <= width) return std::string(text);
+    constexpr std::string_view kMore = "...";
+    std::string_view rest = text;
+    std::string part;
+    while (true) {
+        next_character(rest);
+        const std::string_view longer = text.substr(0, text.size() - rest.size());
+        std::string next = std::string(longer).append(kMore);
+        if (rest.empty() || text_width(next, size) > width) return part;
+        part = std::move(next);
     }
-    return text.empty() ? 0 : (width - kGap) * size / kCapital;
 }
 
 void draw_text(Canvas& canvas, Point at, std::string_view text, const TextStyle& style) {
@@ -173,19 +314,25 @@ void draw_text(Canvas& canvas, Point at, std::string_view text, const TextStyle&
     const double before = style.anchor == Anchor::kStart    ? 0
                           : style.anchor == Anchor::kMiddle ? width / 2
                                                             : width;
-    // Stems and baselines stand on whole pixels, where they are sharpest.
+    // Stems and baselines are on whole pixels, where they are sharpest.
     Point origin = style.upward ? Point{at.x, at.y + before} : Point{at.x - before, at.y};
     origin = {std::floor(origin.x) + 0.5, std::floor(origin.y) + 0.5};
     std::vector<Polyline> strokes;
     double pen = 0;
-    for (const char c : text) {
-        if (continues(c)) continue;
-        append_strokes(glyph_of(c), strokes, [&](double x, double y) {
-            const double along = (pen + x) * scale, above = y * scale;
-            return style.upward ? Point{origin.x - above, origin.y - along}
-                                : Point{origin.x + along, origin.y - above};
-        });
-        pen += glyph_width(c) + kGap;
+    const auto place = [&](double x, double y) {
+        const double along = (pen + x) * scale, above = y * scale;
+        return style.upward ? Point{origin.x - above, origin.y - along}
+                            : Point{origin.x + along, origin.y - above};
+    };
+    while (!text.empty()) {
+        const Glyph glyph = glyph_of(next_character(text));
+        append_strokes(glyph.letter, strokes, place);
+        if (glyph.mark) {
+            append_strokes(glyph.mark, strokes, [&](double x, double y) {
+                return place(glyph.width() / 2 + x, glyph.mark_height + y);
+            });
+        }
+        pen += glyph.width() + kGap;
     }
     const double weight = std::max(1.0, style.size * 0.125) * (style.bold ? 1.45 : 1);
     canvas.stroke(strokes, weight, style.colour);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "picture/canvas.h"
@@ -16,12 +17,15 @@ struct TextStyle {
     bool bold = false;
 };
 
-/// The letters are lines and arcs of a fixed weight, so that they can be of any size and stand
-/// upright. Printable ASCII; any other character is shown as a question mark.
+/// The letters are lines and arcs of a fixed weight, so that they can be of any size and read
+/// upward. Text is UTF-8: printable ASCII, the letters of Latin-1 and a few signs; a box for any
+/// other character.
 ///
 /// Draws `text` on the baseline through `at`.
 void draw_text(Canvas& canvas, Point at, std::string_view text, const TextStyle& style = {});
 /// Width of `text`, pixels.
 double text_width(std::string_view text, double size);
+/// `text`, or as many of its characters as fit `width` pixels with "..." after them.
+std::string fitted(std::string_view text, double size, double width);
 
 }  // namespace halvern::picture

@@ -71,7 +71,7 @@ void draw_marker(Canvas& canvas, MapPlot::Kind kind, Point at, picture::Colour c
 
 }  // namespace
 
-void MapPlot::draw_legend(Canvas& canvas, int right) const {
+double MapPlot::draw_legend(Canvas& canvas, int right) const {
     double x = right;
     for (int kind = kKinds - 1; kind >= 0; --kind) {
         if (places_[kind].empty()) continue;
@@ -81,6 +81,7 @@ void MapPlot::draw_legend(Canvas& canvas, int right) const {
         draw_marker(canvas, static_cast<Kind>(kind), {x, 35}, {150, 150, 150});
         x -= 22;
     }
+    return x;
 }
 
 Fault MapPlot::begin(const LineHeader& line, const TraceHeaderDefinition& definition) {
@@ -139,9 +140,10 @@ Fault MapPlot::finish() {
 
 Fault MapPlot::draw(Canvas& canvas, const std::string& title) const {
     constexpr double kMostStretch = 8;  // of one axis, for positions that show as a thin line
-    picture::draw_title(canvas, title, "positions of " + counted(traces_, "trace"));
     const Rect whole{88, 60, canvas.width() - 88 - 104, canvas.height() - 60 - 48};
-    draw_legend(canvas, whole.right());
+    const double left = draw_legend(canvas, canvas.width() - 12);
+    picture::draw_title(canvas, title, "positions of " + counted(traces_, "trace"),
+                        canvas.width() - left);
 
     Extent x, y, value;
     std::vector<Kind> kinds;

@@ -40,7 +40,7 @@ private:
         std::int64_t traces = 0;
     };
 
-    void draw_legend(picture::Canvas& canvas, int right) const;
+    double draw_legend(picture::Canvas& canvas, int right) const;  // gives its left edge
 
     MapOptions options_;
     int word_ = -1, scalar_ = -1;           // header words

@@ -24,7 +24,7 @@ std::vector<Reflection> reflections_at(const std::vector<double>& t0_ms);
 
 /// A straight 2-D land line from west to east and everything that can be known of it: where sources
 /// and receivers are, when every event arrives, which traces are bad. Shots, channels, stations and
-/// reflections are counted from 0 here; numbers as they stand in headers begin at first_….
+/// reflections are counted from 0 here; numbers as headers have them begin at first_….
 /// Distances are whole metres, so that header words and SPS columns hold them exactly.
 struct SyntheticLine {
     // The survey.
@@ -66,7 +66,7 @@ struct SyntheticLine {
     // Where things are.
     std::int64_t traces() const { return std::int64_t{shots} * channels; }
     int stations() const;
-    int source_station(int shot) const;  ///< the source stands half a spacing east of it
+    int source_station(int shot) const;  ///< the source is half a spacing east of it
     int receiver_station(int shot, int channel) const;
     int station_x(int station) const;
     int source_x(int shot) const;

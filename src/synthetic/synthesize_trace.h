@@ -26,7 +26,7 @@ private:
                    std::span<float> trace) const;
 
     const SyntheticLine& line_;
-    int reach_;  // samples of a wavelet before and behind its middle
+    int reach_;  // samples of a wavelet before and after its middle
     std::vector<float>
         wavelets_;              // [kPhases + 1][2 x reach_ + 2], each a fraction of a sample later
     std::vector<float> noise_;  // [2 x kNoisePeriod], the second half repeats the first

@@ -122,14 +122,18 @@ TEST_F(Command, HasHelpWithAnExampleForEveryCommandThatTheManualTakesOver) {
 }
 
 TEST_F(CommandAtWork, CompletesWhatIsTyped) {
-    const std::pair<const char*, const char*> kLines[] = {{"flow s", "set\nshow\n"},
-                                                          {"flow show g", "gain\n"},
-                                                          {"flow set gain AGC ''", "WINDOWSIZE=\n"},
-                                                          {"run gain AGC.", "AGC.WINDOWSIZE=\n"},
-                                                          {"flow new x AG", "AGC\n"},
-                                                          {"--root . prospect use ''", "default\n"},
-                                                          {"jobs --c", "--csv\n"},
-                                                          {"flow show nothing ''", ""}};
+    const std::pair<const char*, const char*> kLines[] = {
+        {"flow s", "set\nshow\n"},
+        {"flow show g", "gain\n"},
+        {"flow set gain AGC ''", "WINDOWSIZE=\n"},
+        {"run gain AGC.", "AGC.WINDOWSIZE=\n"},
+        {"flow new x AG", "AGC\n"},
+        {"--root . prospect use ''", "default\n"},
+        {"jobs --c", "--csv\n"},
+        {"plot x --style w", "wiggle\n"},
+        {"info x --headers FFID,CHAN", "FFID,CHAN\nFFID,CHANSET\n"},
+        {"info --select FF", "FFID=\n"},
+        {"flow show nothing ''", ""}};
     for (const auto& [line, words] : kLines) {
         EXPECT_EQ(run(std::string("__complete ") + line), 0);
         EXPECT_EQ(said, words) << line;

@@ -94,7 +94,7 @@ TEST(TraceMaker, DeadTracesAreZeroAndReversedStationsAreNegative) {
     EXPECT_EQ(trace_of(line, 3, 3), std::vector<float>(1500, 0.0f));
 }
 
-// Wavelets and trains that begin before or end behind a trace of any length stay inside it.
+// Wavelets and trains that begin before or end after a trace of any length stay inside it.
 TEST(TraceMaker, ShortTracesHoldWhatFits) {
     for (const int samples : {1, 2, 17, 300}) {
         for (const int interval : {1, 125, 2000, 65535}) {
