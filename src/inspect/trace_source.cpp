@@ -1,130 +1,32 @@
 #include "inspect/trace_source.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
-#include <fstream>
+#include <iterator>
 
 #include "foundation/report.h"
 #include "foundation/words.h"
-#include "inspect/captured_log.h"
 #include "inspect/segd_trace_source.h"
 #include "native/native_reader.h"
-#include "segd/record_header.h"
 #include "segy/segy_reader.h"
 #include "tape/segy_tape_source.h"
 #include "tape/tape_drives.h"
-#include "trace/big_endian.h"
-#include "trace/ebcdic.h"
+#include "trace/file_kind.h"
 
 namespace halvern {
 
 namespace {
 
-enum class FileKind { kSegy, kNative, kTapeImage, kSegd, kUnknown };
-
-/// The first bytes of a file, and its size.
-struct Beginning {
-    std::vector<std::byte> bytes;
-    std::int64_t size = 0;
-};
-
-std::uint32_t little_endian(std::span<const std::byte> bytes) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 4; i-- > 0;) value = value << 8 | std::to_integer<std::uint32_t>(bytes[i]);
-    return value;
-}
-
-/// Whether an image in the layout of tape blocks begins here: the first block's length is
-/// before and after it.
-bool begins_tape_image(const std::string& path, const Beginning& file) {
-    if (file.bytes.size() < 8) return false;
-    const std::uint32_t length = little_endian(file.bytes) & 0x7FFFFFFF;
-    if (length == 0 || length > TapeImageReader::kLongestBlock || length + 8 > file.size) {
-        return false;
-    }
-    std::optional<TapeImageReader> reader = TapeImageReader::open(path);
-    if (!reader) return false;
-    const TapeImageItem item = reader->next().item;
-    return item == TapeImageItem::kBlock || item == TapeImageItem::kBadBlock;
-}
-
-bool begins_segd(std::span<const std::byte> bytes) {
-    if (segd::StorageUnitLabel::is_one(bytes)) return true;
-    segd::HeaderLayout layout{};
-    const std::span<const std::byte> header =
-        bytes.first(std::min(bytes.size(), segd::HeaderLayout::kMostGeneralBytes));
-    switch (segd::HeaderLayout::parse(header, segd::Dialect::kOther, layout)) {
-        case segd::HeaderFault::kNone:
-        case segd::HeaderFault::kChannelSet:
-            return segd::sample_format_of(layout.general.format).has_value();
-        case segd::HeaderFault::kFormat:  // one of the standard's that is not read
-            return layout.general.format / 100 == 80;
-        case segd::HeaderFault::kRevision3:
-            return true;
-        default:
-            return false;
-    }
-}
-
-/// Whether most of the text header is letters, digits and blanks.
-bool is_text(std::span<const std::byte> bytes) {
-    const auto share = [&](auto&& character_of) {
-        return std::ranges::count_if(bytes, [&](std::byte byte) {
-            const int c = std::to_integer<int>(character_of(byte));
-            return c >= ' ' && c <= '~';
-        });
-    };
-    const auto ebcdic = share([](std::byte byte) { return ebcdic_to_ascii(byte); });
-    const auto ascii = share([](std::byte byte) { return byte; });
-    return std::max(ebcdic, ascii) * 10 >= static_cast<std::ptrdiff_t>(bytes.size()) * 9;
-}
-
-/// What the 400 bytes of a binary header say, read in either byte order.
-bool makes_sense(std::span<const std::byte> binary, bool swapped) {
-    const auto field = [&](std::size_t at) {
-        const int high = std::to_integer<int>(binary[at + (swapped ? 1 : 0)]);
-        return high << 8 | std::to_integer<int>(binary[at + (swapped ? 0 : 1)]);
-    };
-    const int interval = field(16), samples = field(20), format = field(24);
-    return interval > 0 && samples > 0 && samples < 32768 && format >= 1 && format <= 16;
-}
-
-struct Recognised {
-    FileKind kind;
-    std::string failure = {};
-};
-
-Recognised recognise(const std::string& path, const Beginning& file) {
-    const std::span<const std::byte> bytes = file.bytes;
-    const std::string_view magic = NativeMain::kMagic;
-    if (bytes.size() >= magic.size() &&
-        std::ranges::equal(bytes.first(magic.size()), std::as_bytes(std::span(magic)))) {
-        return {FileKind::kNative};
-    }
-    if (begins_tape_image(path, file)) return {FileKind::kTapeImage};
-    if (begins_segd(bytes)) return {FileKind::kSegd};
-    if (bytes.size() < kLineHeaderBytes) {
-        return {FileKind::kUnknown, "'" + path + "' holds " + in_words(file.size) +
-                                        " bytes and is neither a dataset nor SEG-D nor a tape "
-                                        "image; the headers of a SEG-Y file alone take 3,600"};
-    }
-    const std::span<const std::byte> binary = bytes.subspan(kTextHeaderBytes, kBinaryHeaderBytes);
-    if (makes_sense(binary, false)) return {FileKind::kSegy};
-    if (makes_sense(binary, true)) {
-        return {
-            FileKind::kUnknown,
-            "'" + path + "' looks like SEG-Y with its bytes the wrong way round (little-endian)"};
-    }
-    if (is_text(bytes.first(kTextHeaderBytes))) return {FileKind::kSegy};
-    return {FileKind::kUnknown,
-            "'" + path + "' is of no kind that is known: SEG-Y, dataset, SEG-D or tape image"};
-}
-
-/// Why trace `index` of `count`, from 0, is not there although the file had it when it was opened.
-std::string lost_text(std::int64_t index, std::int64_t count) {
-    return "trace " + in_words(index + 1) + " of " + in_words(count) +
-           " cannot be read: the file has become shorter, or its disk fails";
+/// Whether a file that nothing speaks against has text or numbers where SEG-Y has them, or is too
+/// short for either.
+bool may_be_segy(BlockReader& file) {
+    file.seek(0);
+    LineHeader line;
+    const std::span<const std::byte> bytes = file.next(kLineHeaderBytes);
+    if (bytes.size() < kLineHeaderBytes || is_text(bytes.first(kTextHeaderBytes))) return true;
+    std::ranges::copy(bytes, line.bytes().begin());
+    return line.sample_interval() && line.samples() > 0 && line.format_code() >= 1 &&
+           line.format_code() <= 16;
 }
 
 /// Why the traces of a tape end before its end; empty when they do not.
@@ -156,24 +58,14 @@ std::string ending_text(const SegyTapeEnding& ending) {
 template <class Reader>
 class ReaderTraceSource : public TraceSource {
 public:
-    bool next() override {
-        if (reader_.read_next() == 1) {
-            ++next_;
-            return true;
-        }
-        if (next_ < trace_count()) ended_ = lost_text(next_, trace_count());
-        return false;
-    }
-    bool move_to(std::int64_t index) override {
-        if (!reader_.move_to(index)) return false;
-        next_ = index;
-        return true;
-    }
+    bool next() override { return reader_.read_next() == 1; }
+    bool move_to(std::int64_t index) override { return reader_.move_to(index); }
     std::int64_t trace_count() const override { return reader_.trace_count(); }
     LineHeader& line() override { return reader_.line(); }
     TraceHeaderDefinition& definition() override { return reader_.definition(); }
     TraceSamples& samples() override { return reader_.samples(); }
-    std::string ended_early() const override { return ended_; }
+    std::vector<std::string> oddities() const override { return reports_.of(Weight::kWarning); }
+    std::string ended_early() const override { return reader_.fault().reason(); }
 
 protected:
     bool lacks_weight() {
@@ -181,20 +73,21 @@ protected:
                reader_.definition().find("WEIGHT") < 0;
     }
 
-    LogReporter report_{"reader"};
-    Reader reader_;
+    /// What the reader said last when it refused the file.
+    std::string refusal(const std::string& path) const {
+        const std::vector<std::string> errors = reports_.of(Weight::kError);
+        return errors.empty() ? "'" + path + "' cannot be read" : errors.back();
+    }
 
-private:
-    std::int64_t next_ = 0;  // index of the trace to read next
-    std::string ended_;
+    CollectedReports reports_;
+    Reader reader_;
 };
 
 class SegyTraceSource final : public ReaderTraceSource<SegyReader> {
 public:
     /// Why it cannot be opened, or an empty text. `image`: the file is a tape image.
     std::string open(const std::string& path, const std::string& header_path, bool image) {
-        const SegyReaderOptions options{.header_path = header_path, .report = &report_};
-        const CapturedLog log;
+        const SegyReaderOptions options{.header_path = header_path, .report = &reports_};
         SegyOpening opening = SegyOpening::kNotValid;
         if (image) {
             device_ = make_image_device(path, TapeUse::kRead, quiet_);
@@ -209,12 +102,9 @@ public:
             return "cannot read the header description '" + header_path + "'";
         }
         if (opening == SegyOpening::kNotValid) {
-            const std::vector<std::string> errors = log.errors();
-            if (!errors.empty()) return errors.front();
-            const std::string reason = image_ ? ": " + image_->ending().why : "";
-            return "'" + path + "' cannot be read as SEG-Y" + reason;
+            const std::string why = image_ ? image_->ending().why : "";
+            return why.empty() ? refusal(path) : "'" + path + "' cannot be read as SEG-Y: " + why;
         }
-        oddities_ = log.warnings();
         if (lacks_weight()) {
             return "the header description '" + header_path +
                    "' has no word WEIGHT, which 16-bit samples need";
@@ -251,12 +141,8 @@ public:
         return facts;
     }
     std::vector<std::string> oddities() const override {
-        std::vector<std::string> all = oddities_;
-        if (const std::int64_t traces = reader_.contradictions(); traces > 0) {
-            all.push_back(in_words(traces) +
-                          " of the traces read give a number of samples or an interval that the "
-                          "binary header does not; the binary header counts");
-        }
+        std::vector<std::string> all = ReaderTraceSource::oddities();
+        std::ranges::copy(reader_.remarks(), std::back_inserter(all));
         if (image_ && image_->longer_blocks() > 0) {
             all.push_back(counted(image_->longer_blocks(), "block") +
                           " hold more than a trace, whose rest is not read");
@@ -271,21 +157,17 @@ private:
     SilentReporter quiet_;                // what the device would say, ending_text says
     std::unique_ptr<TapeDevice> device_;  // of an image
     SegyTapeSource* image_ = nullptr;     // the reader's source; null: a disk file
-    std::vector<std::string> oddities_;
 };
 
 class NativeTraceSource final : public ReaderTraceSource<NativeReader> {
 public:
     std::string open(const std::string& path) {
-        const CapturedLog log;
-        switch (reader_.open(path, 0, report_)) {
+        switch (reader_.open(path, 0, reports_)) {
             case NativeOpening::kNoDefinition:
                 return "cannot read the dataset's header description '" +
                        reader_.parts().desc_path + "'";
-            case NativeOpening::kNotValid: {
-                const std::vector<std::string> errors = log.errors();
-                return errors.empty() ? "'" + path + "' cannot be read" : errors.front();
-            }
+            case NativeOpening::kNotValid:
+                return refusal(path);
             default:
                 break;
         }
@@ -365,25 +247,22 @@ TraceOpening open_trace_source(const std::string& path, const std::string& heade
     }
     Result<BlockReader> reader = BlockReader::open(path);
     if (!reader) return {nullptr, "'" + path + "' cannot be read"};
-    Beginning file{.size = reader->size()};
-    if (file.size == 0) return {nullptr, "'" + path + "' is empty"};
-    const std::span<const std::byte> bytes =
-        reader->next(static_cast<std::size_t>(std::min<std::int64_t>(file.size, kLineHeaderBytes)));
-    file.bytes.assign(bytes.begin(), bytes.end());
-
-    const Recognised recognised = recognise(path, file);
-    switch (recognised.kind) {
-        case FileKind::kNative:
+    if (reader->size() == 0) return {nullptr, "'" + path + "' is empty"};
+    switch (file_kind(*reader)) {
+        case FileKind::kDataset:
             return opened<NativeTraceSource>(path);
         case FileKind::kTapeImage:
             return open_image(path, header_path);
         case FileKind::kSegd:
             return open_segd_source(path, header_path, false);
-        case FileKind::kSegy:
-            return opened<SegyTraceSource>(path, header_path, false);
         default:
-            return {nullptr, recognised.failure};
+            break;
     }
+    if (!refuse_segy(*reader) && !may_be_segy(*reader)) {
+        return {nullptr,
+                "'" + path + "' is of no kind that is known: SEG-Y, dataset, SEG-D or tape image"};
+    }
+    return opened<SegyTraceSource>(path, header_path, false);
 }
 
 }  // namespace halvern

@@ -59,7 +59,10 @@ void NativeDiskInput::OpenSource() {
 }
 
 ReadResult NativeDiskInput::ReadNext() {
-    return reader_.read_next() == 1 ? ReadResult::kTrace : ReadResult::kEnd;
+    if (reader_.read_next() == 1) return ReadResult::kTrace;
+    if (!reader_.fault()) return ReadResult::kEnd;
+    Error("'%s': %s.\n", file_.c_str(), reader_.fault().reason().c_str());
+    return ReadResult::kFailed;
 }
 
 }  // namespace halvern

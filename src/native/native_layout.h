@@ -6,6 +6,7 @@
 
 #include "platform/fault.h"
 #include "platform/file_lock.h"
+#include "trace/file_kind.h"
 #include "trace/sample_format.h"
 #include "trace/sample_interval.h"
 
@@ -20,7 +21,7 @@ struct NativeSegment {
 
 /// The main file of a native dataset: a magic line, then the paths of the parts, one a line.
 struct NativeMain {
-    static constexpr char kMagic[] = "KDFILE001";  ///< readers compare these 9 characters
+    static constexpr const char* kMagic = kDatasetMagic;
 
     std::string desc_path;                ///< the trace header description
     std::string line_path;                ///< the line header values

@@ -37,12 +37,15 @@ public:
     [[nodiscard]] NativeOpening open(const std::string& path, int progress_interval,
                                      const Reporter& report);
 
-    /// 1, or 0 at the end of the data.
+    /// 1, or 0 at the end of the data or when reading fails, as fault() says.
     int read_next();
     /// Reads trace `index`, from 0. 1, or 0 when there is none.
     int read_trace(std::int64_t index) { return move_to(index) ? read_next() : 0; }
-    /// Makes trace `index` the next one. The place behind the last trace is its end.
+    /// Makes trace `index` the next one. The place after the last trace is its end.
     [[nodiscard]] bool move_to(std::int64_t index);
+
+    /// Why there is no trace where there was one when the dataset was opened.
+    const Fault& fault() const { return fault_; }
 
     std::int64_t trace_count() const { return trace_count_; }
     const NativeMain& parts() const { return parts_; }
@@ -56,7 +59,7 @@ private:
         std::int64_t first;  // index of its first trace
         std::int64_t traces;
     };
-    bool open_segment(std::size_t index);
+    Fault open_segment(std::size_t index);
 
     const Reporter* report_ = nullptr;  // from open() on
     NativeMain parts_;
@@ -67,6 +70,7 @@ private:
     std::optional<BlockReader> data_;
     std::int64_t trace_count_ = 0;
     std::int64_t next_ = 0;
+    Fault fault_;
     int progress_interval_ = 0;
     LineHeader line_;
     TraceHeaderDefinition definition_;

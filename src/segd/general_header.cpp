@@ -1,7 +1,8 @@
 #include "segd/general_header.h"
 
 #include <algorithm>
-#include <string_view>
+
+#include "trace/file_kind.h"
 
 namespace halvern::segd {
 
@@ -13,12 +14,6 @@ constexpr std::byte kEscape{0xFF};
 int get_count(std::byte b) { return b == kEscape ? kExtended : get_bcd(Bytes<1>(&b, 1)); }
 
 bool is_decimal(std::byte b) { return high_nibble(b) <= 9 && low_nibble(b) <= 9; }
-
-bool has_text(std::span<const std::byte> bytes, std::size_t offset, std::string_view text) {
-    return bytes.size() >= offset + text.size() &&
-           std::equal(text.begin(), text.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset),
-                      [](char c, std::byte b) { return static_cast<std::byte>(c) == b; });
-}
 
 }  // namespace
 
@@ -105,7 +100,7 @@ GeneralHeaderN GeneralHeaderN::parse(Bytes<kSize> bytes) {
 }
 
 bool StorageUnitLabel::is_one(std::span<const std::byte> bytes) {
-    return bytes.size() >= kSize && has_text(bytes, 4, "SD") && has_text(bytes, 9, "RECORD");
+    return begins_storage_label(bytes);
 }
 
 }  // namespace halvern::segd

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "flow/shared_parameters.h"
+#include "foundation/words.h"
 #include "segy/segy_paths.h"
 
 namespace halvern {
@@ -103,7 +104,7 @@ void SegyDiskInput::OpenSource() {
         Error("Input file '%s' does not exist.\n", file_.c_str());
         return TerminateJob(kJobError);
     }
-    if (!OpenReader(file_, open_segy_file(file_))) return;
+    if (!OpenReader(file_)) return;
     if (read_all_ != kAllTraces) StartSelection();
 }
 
@@ -144,13 +145,23 @@ void SegyDiskInput::FastForward() {
     }
     // Numbers count from 1, positions from 0; a number beyond an end means that end.
     const auto last = static_cast<double>(SourceTraceCount());
+    if (start > 1 && start <= last) forward_to_ = start;
     MoveTo(start > 1 ? static_cast<std::int64_t>(std::min(start - 1, last)) : 0);
 }
 
 ReadResult SegyDiskInput::ReadNext() {
-    if (reader_.read_next() == 0) return ReadResult::kEnd;
-    if (select_word_ < 0) return ReadResult::kTrace;
+    const ReadResult result = SegyInput::ReadNext();
+    if (result != ReadResult::kTrace || select_word_ < 0) return result;
     const double value = reader_.definition().get_double(select_word_);
+    if (forward_to_) {
+        if (value != *forward_to_) {
+            Warning(
+                "The fast-forward goes by positions: trace #%.0f of the file has %s %s.  Traces "
+                "before it are not read.\n",
+                *forward_to_, select_header_.c_str(), in_words(value).c_str());
+        }
+        forward_to_.reset();
+    }
     return in_ranges(value, ranges_) ? ReadResult::kTrace : ReadResult::kSkipped;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "segy/segy_input.h"
@@ -38,7 +39,8 @@ private:
     std::string select_range_;   // as entered
 
     RangeList ranges_;
-    int select_word_ = -1;  // index; -1: every trace passes
+    int select_word_ = -1;              // index; -1: every trace passes
+    std::optional<double> forward_to_;  // number of the next trace, which a fast-forward went to
 };
 
 }  // namespace halvern

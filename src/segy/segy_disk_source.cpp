@@ -33,6 +33,12 @@ public:
         return file_.next(static_cast<std::size_t>(wanted));
     }
 
+    Fault fault() const override { return file_.fault(); }
+    SegyRefusal refusal() override {
+        SegyRefusal found = refuse_segy(file_);
+        file_.seek(0);
+        return found;
+    }
     std::int64_t size() const override { return file_.size(); }
 
     bool seek(std::int64_t offset) override {
@@ -68,10 +74,10 @@ private:
 
 }  // namespace
 
-std::unique_ptr<SegySource> open_segy_file(const std::string& path) {
+Result<std::unique_ptr<SegySource>> open_segy_file(const std::string& path) {
     Result<BlockReader> file = BlockReader::open(path);
-    if (!file) return nullptr;
-    return std::make_unique<SegyDiskSource>(path, std::move(*file));
+    if (!file) return file.fault();
+    return std::unique_ptr<SegySource>(std::make_unique<SegyDiskSource>(path, std::move(*file)));
 }
 
 }  // namespace halvern

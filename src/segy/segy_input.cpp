@@ -9,7 +9,8 @@ constexpr int kProgressInterval = 1000;
 bool SegyInput::OpenReader(const std::string& name, std::unique_ptr<SegySource> source) {
     const SegyReaderOptions options{
         .header_path = header_file_, .progress_interval = kProgressInterval, .report = this};
-    switch (reader_.open(name, std::move(source), options)) {
+    name_ = name;
+    switch (source ? reader_.open(name, std::move(source), options) : reader_.open(name, options)) {
         case SegyOpening::kOpened:
             return true;
         case SegyOpening::kNotValid:
@@ -17,7 +18,7 @@ bool SegyInput::OpenReader(const std::string& name, std::unique_ptr<SegySource> 
             break;
         case SegyOpening::kNoDefinition:
             // The data is named, for which the description was meant; the description's own path
-            // stands in the line before.
+            // is in the line before.
             Error("Cannot read trace header format '%s'.\n", name.c_str());
             break;
     }
@@ -25,12 +26,15 @@ bool SegyInput::OpenReader(const std::string& name, std::unique_ptr<SegySource> 
     return false;
 }
 
+ReadResult SegyInput::ReadNext() {
+    if (reader_.read_next() == 1) return ReadResult::kTrace;
+    if (!reader_.fault()) return ReadResult::kEnd;
+    Error("'%s': %s.\n", name_.c_str(), reader_.fault().reason().c_str());
+    return ReadResult::kFailed;
+}
+
 void SegyInput::SourceEnded() {
-    if (reader_.contradictions() == 0) return;
-    Warning(
-        "%lld traces give a number of samples or a sample rate in their own headers that differs "
-        "from the binary header's, which was used.\n",
-        static_cast<long long>(reader_.contradictions()));
+    for (const std::string& remark : reader_.remarks()) Warning("%s.\n", remark.c_str());
 }
 
 }  // namespace halvern

@@ -20,17 +20,18 @@ protected:
     LineHeader& SourceLine() override { return reader_.line(); }
     TraceHeaderDefinition& SourceHeader() override { return reader_.definition(); }
     TraceSamples& SourceSamples() override { return reader_.samples(); }
-    ReadResult ReadNext() override {
-        return reader_.read_next() == 1 ? ReadResult::kTrace : ReadResult::kEnd;
-    }
+    ReadResult ReadNext() override;
     void SourceEnded() override;
 
-    /// Opens the stream that the log knows as `name`. False after an error line and the end of the
-    /// job.
-    bool OpenReader(const std::string& name, std::unique_ptr<SegySource> source);
+    /// Opens the stream that the log knows as `name`: `source`, or else the disk file of that name.
+    /// False after an error line and the end of the job.
+    bool OpenReader(const std::string& name, std::unique_ptr<SegySource> source = nullptr);
 
     SegyReader reader_;
     std::string header_file_;
+
+private:
+    std::string name_;  // of the stream
 };
 
 }  // namespace halvern

@@ -1,7 +1,8 @@
 #include "segy/segy_reader.h"
 
 #include <algorithm>
-#include <vector>
+
+#include "trace/lost_trace.h"
 
 namespace halvern {
 
@@ -12,18 +13,23 @@ constexpr int kShortenedTrace = 101;  // TRACEID of a trace that stores fewer sa
 }  // namespace
 
 SegyOpening SegyReader::open(const std::string& path, const SegyReaderOptions& options) {
-    return open(path, open_segy_file(path), options);
+    Result<std::unique_ptr<SegySource>> source = open_segy_file(path);
+    if (source) return open(path, std::move(*source), options);
+    valid_ = false;
+    if (options.report) {
+        options.report->Error("'%s' is not a file that can be read: %s.\n", path.c_str(),
+                              source.fault().reason().c_str());
+    }
+    return SegyOpening::kNotValid;
 }
 
 SegyOpening SegyReader::open(const std::string& path, std::unique_ptr<SegySource> source,
                              const SegyReaderOptions& options) {
     report_ = options.report ? options.report : &silent_;
-    source_ = std::move(source);
     valid_ = false;
-    if (!source_) {
-        report_->Error("'%s' is not a file that can be read.\n", path.c_str());
-        return SegyOpening::kNotValid;
-    }
+    fault_ = {};
+    refusal_ = {};
+    source_ = std::move(source);
     if (!read_headers(path)) return SegyOpening::kNotValid;
     definition_.attach(image_.data());
     if (definition_.load(options.header_path) != 0) return SegyOpening::kNoDefinition;
@@ -37,7 +43,7 @@ SegyOpening SegyReader::open(const std::string& path, std::unique_ptr<SegySource
     shortened_known_ = trace_id_ > 0 && total_samples_ >= 0 && start_sample_ >= 0;
     us_ = layout_.interval.us();
     progress_interval_ = options.progress_interval;
-    next_ = next_progress_ = contradictions_ = 0;
+    next_ = next_progress_ = contradictions_ = odd_stored_counts_ = 0;
     current_ = false;
     valid_ = true;
     log_statistics(path);
@@ -47,9 +53,16 @@ SegyOpening SegyReader::open(const std::string& path, std::unique_ptr<SegySource
 
 bool SegyReader::read_headers(const std::string& path) {
     file_size_ = source_->size();
+    refusal_ = source_->refusal();
+    if (refusal_) {
+        report_->Error("'%s' %s.\n", path.c_str(), refusal_.text().c_str());
+        return false;
+    }
     if (!source_->read_line_header(line_.bytes())) {
         line_ = LineHeader();
-        if (file_size_ >= 0) {
+        if (const Fault fault = source_->fault()) {
+            report_->Error("'%s' cannot be read: %s.\n", path.c_str(), fault.reason().c_str());
+        } else if (file_size_ >= 0) {
             report_->Error("'%s' holds %lld bytes; the headers of a SEG-Y file take %d.\n",
                            path.c_str(), static_cast<long long>(file_size_), kLineHeaderBytes);
         }
@@ -86,7 +99,7 @@ void SegyReader::log_statistics(const std::string& path) const {
 
 void SegyReader::log_oddities(const std::string& path) const {
     if (layout_.text_headers > 0) {
-        report_->Message("The traces are read from behind %d extended text headers.\n",
+        report_->Message("The traces are read from after %d extended text headers.\n",
                          layout_.text_headers);
     }
     if (const int code = layout_.format_code; code != 1 && code != 3 && code != 5) {
@@ -97,7 +110,7 @@ void SegyReader::log_oddities(const std::string& path) const {
     }
     if (left_over_ > 0) {
         report_->Warning(
-            "%lld bytes are left over behind the last whole trace of '%s'; "
+            "%lld bytes are left over after the last whole trace of '%s'; "
             "they are not read.\n",
             static_cast<long long>(left_over_), path.c_str());
     }
@@ -108,14 +121,19 @@ int SegyReader::read_next() {
     if (!valid_ || (file_size_ >= 0 && next_ >= trace_count_)) return 0;
     const std::int64_t wanted = samples_wanted_ ? record_bytes_ : kTraceHeaderBytes;
     const std::span<const std::byte> record = source_->next_record(record_bytes_, wanted);
-    if (static_cast<std::int64_t>(record.size()) < wanted) return 0;
+    if (static_cast<std::int64_t>(record.size()) < wanted) {
+        if (file_size_ >= 0) fault_ = lost_trace(next_, trace_count_, source_->fault());
+        return 0;
+    }
 
     std::copy_n(record.begin(), kTraceHeaderBytes, image_.begin());
     definition_.attach(image_.data());
-    int stored = samples_wanted_ ? layout_.samples : 0;
-    if (samples_wanted_ && shortened_known_ && definition_.get_int(trace_id_) == kShortenedTrace) {
+    int stored = layout_.samples;
+    if (shortened_known_ && definition_.get_int(trace_id_) == kShortenedTrace) {
         stored = definition_.get_int(total_samples_);
+        if (stored <= 0 || stored > layout_.samples) ++odd_stored_counts_;
     }
+    if (!samples_wanted_) stored = 0;
     samples_.set_raw(record.subspan(kTraceHeaderBytes), stored, layout_.samples, layout_.samples,
                      layout_.format);
     if (contradicts()) ++contradictions_;
@@ -136,6 +154,22 @@ bool SegyReader::contradicts() const {
         return value != 0 && static_cast<std::uint16_t>(value) != expected;
     };
     return differs(num_samps_, layout_.samples) || differs(samp_rate_, us_);
+}
+
+std::vector<std::string> SegyReader::remarks() const {
+    std::vector<std::string> all;
+    if (contradictions_ > 0) {
+        all.push_back(std::to_string(contradictions_) +
+                      " traces give a number of samples or a sample rate in their own headers that "
+                      "differs from the binary header's, which was used");
+    }
+    if (odd_stored_counts_ > 0) {
+        all.push_back(std::to_string(odd_stored_counts_) +
+                      " traces are marked as shortened, with a stored count of 0 or above the "
+                      "line's " +
+                      std::to_string(layout_.samples) + " samples");
+    }
+    return all;
 }
 
 bool SegyReader::move_to(std::int64_t index) {

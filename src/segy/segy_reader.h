@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "foundation/report.h"
 #include "segy/segy_layout.h"
@@ -43,11 +44,11 @@ public:
                                    const SegyReaderOptions& options);
     bool valid() const { return valid_; }
 
-    /// Reads the next trace: 1, or 0 at the end of the data or when reading fails.
+    /// Reads the next trace: 1, or 0 at the end of the data or when reading fails, as fault() says.
     int read_next();
     /// Reads trace `index`, counted from 0; disk only. 1, or 0 when there is none.
     int read_trace(std::int64_t index);
-    /// Makes trace `index` the next one; disk only. The place behind the last trace is its end.
+    /// Makes trace `index` the next one; disk only. The place after the last trace is its end.
     [[nodiscard]] bool move_to(std::int64_t index);
     /// Writes the current trace's header, and its samples when they are wanted, over its record in
     /// the file; disk only. 0, or -1 when there is no current trace or it cannot be written.
@@ -57,17 +58,21 @@ public:
     /// trace has 0 stored samples.
     void set_samples_wanted(bool wanted) { samples_wanted_ = wanted; }
 
+    /// Why a file gives no trace although it had one there when it was opened.
+    const Fault& fault() const { return fault_; }
+    /// Why the file was not opened although it can be read.
+    const SegyRefusal& refusal() const { return refusal_; }
+
     std::int64_t trace_count() const { return trace_count_; }  ///< 0 where it is not known (a tape)
     std::int64_t file_size() const { return file_size_; }      ///< -1 likewise
-    /// Bytes behind the last whole record of a file, which are not read.
+    /// Bytes after the last whole record of a file, which are not read.
     std::int64_t left_over() const { return left_over_; }
     const SegyLayout& layout() const { return layout_; }
     LineHeader& line() { return line_; }
     TraceHeaderDefinition& definition() { return definition_; }
     TraceSamples& samples() { return samples_; }
-    /// Traces read so far whose NUMSAMPS or SAMPRATE says something else than the binary header;
-    /// 0 says nothing.
-    std::int64_t contradictions() const { return contradictions_; }
+    /// What the headers of the traces read so far say that was not followed, a sentence each.
+    std::vector<std::string> remarks() const;
 
 private:
     bool read_headers(const std::string& path);
@@ -87,9 +92,12 @@ private:
     std::int64_t trace_count_ = 0;
     std::int64_t file_size_ = -1;
     std::int64_t left_over_ = 0;
-    std::int64_t next_ = 0;           // index of the trace to read next
-    std::int64_t next_progress_ = 0;  // multiple of the interval at or behind next_
-    std::int64_t contradictions_ = 0;
+    std::int64_t next_ = 0;               // index of the trace to read next
+    std::int64_t next_progress_ = 0;      // multiple of the interval at or after next_
+    std::int64_t contradictions_ = 0;     // traces whose own count or interval differs
+    std::int64_t odd_stored_counts_ = 0;  // shortened traces of 0 samples, or more than the line's
+    Fault fault_;
+    SegyRefusal refusal_;
     int progress_interval_ = 0;
     bool samples_wanted_ = true;
     bool valid_ = false;

@@ -188,6 +188,7 @@ TEST(NativeDataset, APairOfUnequalLengthReadsAsTheShorterAndAppendsThere) {
         fs::resize_file(segment.head_path, static_cast<std::uintmax_t>(head));
         fs::resize_file(segment.data_path, static_cast<std::uintmax_t>(data));
         EXPECT_EQ(bench.read(), numbers(0, 10));
+        EXPECT_THAT(bench.log.text(), HasSubstr("2 headers of"));
         EXPECT_TRUE(bench.write(Mode::kAppend, 10, 5));
         EXPECT_EQ(bench.read(), numbers(0, 15));
     }

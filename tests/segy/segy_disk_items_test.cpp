@@ -127,6 +127,7 @@ TEST_F(SegyDiskFlow, SelectionPassesOnlyItsTraces) {
              {"NOWORD", "102", all, "'NOWORD' is not defined"},
              {"TRNUML", "6-7", {106, 107}, "Fast-forward to trace #6\n"},
              {"TRNUML", "6,2", {106}, "also name traces before #6"},
+             {"TRNUMR", "5,0", {105, 106, 107, 108}, "trace #5 of the file has TRNUMR 0"},
              {"TRNUMR", "-3-0", {101, 102, 103, 104, 105, 106, 107, 108}, "to trace #-3\n"},
          }) {
         SCOPED_TRACE(testing::Message() << header << ' ' << ranges);
@@ -136,6 +137,28 @@ TEST_F(SegyDiskFlow, SelectionPassesOnlyItsTraces) {
                     HasSubstr(log));
         EXPECT_EQ(ffids(), passed);
     }
+}
+
+TEST_F(SegyDiskFlow, AFileThatShrinksWhileItIsReadEndsTheJob) {
+    class Cutting final : public ProcessFlowItem {
+    public:
+        explicit Cutting(std::string path)
+            : ProcessFlowItem(FlowItemKind::kAgc, LogFlag::kQuiet), path_(std::move(path)) {}
+        int ProcessTrace(LineHeader&, TraceHeaderDefinition&, TraceSamples&) override {
+            std::filesystem::resize_file(path_, 5000);
+            return kKeepBack;
+        }
+
+    private:
+        std::string path_;
+    };
+    const std::string path = folder_.write("in.sgy", header_bytes({}));
+    std::filesystem::resize_file(path, 3600 + 256 * 20'000);  // beyond what is read at once
+    SegyDiskInput input(
+        {.lines = {"FILE=" + path, "HEADERFILE=" HALVERN_SOURCE_DIR "/header/default"}},
+        LogFlag::kQuiet);
+    input.SetNext(std::make_unique<Cutting>(path));
+    EXPECT_JOB_ERROR(input.RunInput(), "cannot be read: the file has become shorter");
 }
 
 TEST_F(SegyDiskFlow, FastForwardBehindTheEndReadsNothingAndWritesNothing) {
