@@ -53,13 +53,17 @@ struct Field {
 /// Rows that repeat one key, such as offset and time pairs: the item reads and writes them itself.
 struct Rows {
     std::function<void()> clear;                 ///< SetDefaults
-    std::function<bool(const char* rest)> read;  ///< the text behind "KEY="; false: malformed
+    std::function<bool(const char* rest)> read;  ///< the text after "KEY="; false: malformed
     std::function<void(std::FILE*, const char* key)> write;  ///< one "KEY=…\n" a row
     /// The rows as a spreadsheet for the window: column titles, and the cells as text.
     std::vector<const char*> columns = {};
     std::function<std::vector<std::vector<std::string>>()> cells = {};
     /// Takes a spreadsheet back; gives what is wrong with it, or an empty text.
     std::function<std::string(const std::vector<std::vector<std::string>>&)> assign = {};
+    /// What a line holds, in the order in which one types it, with units: "time (ms)".
+    std::vector<std::string> file_columns = {};
+    /// What makes one suspect another order or unit in the text after "KEY=", or an empty text.
+    std::function<std::string(const std::string& rest)> doubt = {};
 };
 
 /// One parameter of an item, declared once: defaults, flow file lines, log lines and window follow.

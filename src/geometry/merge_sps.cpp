@@ -10,7 +10,6 @@ namespace halvern {
 
 namespace {
 
-/// The header words, in the order in which they are looked up.
 enum Word : std::size_t {
     kFfid,
     kChan,
@@ -35,42 +34,36 @@ enum Word : std::size_t {
     kSouIndex,
     kRecLine,
     kRecPoint,
-    kRecIndex,
-    kWords
+    kRecIndex
 };
-constexpr const char* kWordNames[kWords] = {
-    "FFID",    "CHAN",    "SRCX",    "SRCY",     "SRCELEV",  "SOUDEPTH", "SWATDEP",  "SSTATIC",
-    "SUPHOLE", "RECX",    "RECY",    "RECELEV",  "RWATDEP",  "RSTATIC",  "RUPHOLE",  "TIME",
-    "OFFSET",  "AZIMUTH", "SOULINE", "SOUPOINT", "SOUINDEX", "RECLINE",  "RECPOINT", "RECINDEX"};
-
-/// What the log says is written, in its order. RECGROUP is said although it stays as it is.
-constexpr struct {
-    const char* name;
-    const char* text;
-} kOutputTexts[] = {
-    {"SRCX", "Source x coordinate"},
-    {"SRCY", "Source y coordinate"},
-    {"SRCELEV", "Source elevation"},
-    {"SOUDEPTH", "Source depth"},
-    {"SWATDEP", "Source water depth"},
-    {"SOULINE", "Source line number"},
-    {"SOUPOINT", "Source point number"},
-    {"SOUINDEX", "Source index number"},
-    {"SUPHOLE", "Source uphole time"},
-    {"SSTATIC", "Source static correction"},
-    {"RECX", "Receiver x coordinate"},
-    {"RECY", "Receiver y coordinate"},
-    {"RECELEV", "Receiver elevation"},
-    {"RECGROUP", "Receiver group number"},
-    {"RWATDEP", "Receiver water depth"},
-    {"RECLINE", "Receiver line number"},
-    {"RECPOINT", "Receiver point number"},
-    {"RECINDEX", "Receiver index number"},
-    {"RUPHOLE", "Receiver uphole time"},
-    {"RSTATIC", "Receiver static correction"},
-    {"TIME", "Source time day*1000000 + hour*10000 + minute*100 + second"},
-    {"OFFSET", "Source to Receiver Offset"},
-    {"AZIMUTH", "Source to Receiver Azimuth"},
+/// RECGROUP is listed although it stays as it is.
+constexpr HeaderWordRow kWords[] = {
+    {HeaderWordRow::kInput, kFfid, "FFID", "Field File ID"},
+    {HeaderWordRow::kInput, kChan, "CHAN", "Channel number"},
+    {HeaderWordRow::kOutput, kSrcX, "SRCX", "Source x coordinate"},
+    {HeaderWordRow::kOutput, kSrcY, "SRCY", "Source y coordinate"},
+    {HeaderWordRow::kOutput, kSrcElev, "SRCELEV", "Source elevation"},
+    {HeaderWordRow::kOutput, kSouDepth, "SOUDEPTH", "Source depth"},
+    {HeaderWordRow::kOutput, kSWatDep, "SWATDEP", "Source water depth"},
+    {HeaderWordRow::kOutput, kSouLine, "SOULINE", "Source line number"},
+    {HeaderWordRow::kOutput, kSouPoint, "SOUPOINT", "Source point number"},
+    {HeaderWordRow::kOutput, kSouIndex, "SOUINDEX", "Source index number"},
+    {HeaderWordRow::kOutput, kSUphole, "SUPHOLE", "Source uphole time"},
+    {HeaderWordRow::kOutput, kSStatic, "SSTATIC", "Source static correction"},
+    {HeaderWordRow::kOutput, kRecX, "RECX", "Receiver x coordinate"},
+    {HeaderWordRow::kOutput, kRecY, "RECY", "Receiver y coordinate"},
+    {HeaderWordRow::kOutput, kRecElev, "RECELEV", "Receiver elevation"},
+    {HeaderWordRow::kOutput, HeaderWordRow::kOnlyListed, "RECGROUP", "Receiver group number"},
+    {HeaderWordRow::kOutput, kRWatDep, "RWATDEP", "Receiver water depth"},
+    {HeaderWordRow::kOutput, kRecLine, "RECLINE", "Receiver line number"},
+    {HeaderWordRow::kOutput, kRecPoint, "RECPOINT", "Receiver point number"},
+    {HeaderWordRow::kOutput, kRecIndex, "RECINDEX", "Receiver index number"},
+    {HeaderWordRow::kOutput, kRUphole, "RUPHOLE", "Receiver uphole time"},
+    {HeaderWordRow::kOutput, kRStatic, "RSTATIC", "Receiver static correction"},
+    {HeaderWordRow::kOutput, kTime, "TIME",
+     "Source time day*1000000 + hour*10000 + minute*100 + second"},
+    {HeaderWordRow::kOutput, kOffset, "OFFSET", "Source to Receiver Offset"},
+    {HeaderWordRow::kOutput, kAzimuth, "AZIMUTH", "Source to Receiver Azimuth"},
 };
 
 /// Words about each sort of miss, in the order of Miss.
@@ -121,7 +114,7 @@ bool MissList::add(Entry entry) {
 }
 
 MergeSps::MergeSps(const FlowSection& section, LogFlag log)
-    : ProcessFlowItem(FlowItemKind::kMergeSps, log) {
+    : ProcessFlowItem(FlowItemKind::kMergeSps, log), words_(kWords) {
     Configure(section);
 }
 
@@ -198,33 +191,16 @@ bool MergeSps::ReadFiles() {
     return true;
 }
 
-void MergeSps::LogWords() const {
+void MergeSps::PrepareRun(LineHeader&, TraceHeaderDefinition& header, TraceSamples&, int) {
+    if (!ReadFiles()) return TerminateJob(kJobError);
     Message("The following SEG-Y trace headers are used on INPUT and are expected to be valid:\n");
-    Message("  FFID - Field File ID\n");
-    Message("  CHAN - Channel number\n");
+    words_.list(*this, HeaderWordRow::kInput, 0);
     Message(
         "\nThe following SEG-Y trace headers are used on OUTPUT and will reflect the SPS values "
         "after the merge:\n");
-    for (const auto& word : kOutputTexts) Message("  %s - %s\n", word.name, word.text);
-}
-
-bool MergeSps::FindWords(const TraceHeaderDefinition& header) {
-    for (std::size_t i = 0; i < words_.size(); ++i) {
-        words_[i] = header.find(kWordNames[i]);
-        if (words_[i] >= 0) continue;
-        Error(
-            "Cannot read header '%s' from the trace header definition.\n"
-            "Add it to the trace header definition and re-run.\n",
-            kWordNames[i]);
-        return false;
-    }
-    return true;
-}
-
-void MergeSps::PrepareRun(LineHeader&, TraceHeaderDefinition& header, TraceSamples&, int) {
-    if (!ReadFiles()) return TerminateJob(kJobError);
-    LogWords();
-    if (!FindWords(header)) return TerminateJob(kJobError);
+    words_.list(*this, HeaderWordRow::kOutput, 0);
+    if (!words_.find(*this, header)) return;
+    scalar_.prepare(header);
     StopWithJob progress;
     if (set_.prepare(&progress) != 0) {
         Error("Unrecoverable error in SPS.  Cannot create matches.\n");
@@ -290,6 +266,7 @@ void MergeSps::WriteWords(TraceHeaderDefinition& header, const SpsPoint& source,
 }
 
 int MergeSps::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples&) {
+    scalar_.look(*this, header);
     const int ffid = header.get_int(words_[kFfid]);
     const int channel = header.get_int(words_[kChan]);
     const SpsMatch match = set_.find(ffid, channel);

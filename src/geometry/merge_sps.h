@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "flow/header_words.h"
+#include "flow/item_checks.h"
 #include "flow/process_flow_item.h"
 #include "geometry/sps_data_set.h"
 
@@ -51,9 +53,13 @@ public:
     /// Lists what was not found, and releases the files' contents.
     void EndRun() override;
 
-protected:
-    /// Where one trace stands in several relations, its geometry depends on the trace before it.
     bool PassesEveryTrace() const override { return kill_bad_ == 0; }
+    std::vector<std::string> FilesRead() const override {
+        return {source_file_, receiver_file_, relation_file_};
+    }
+
+protected:
+    /// Where several relations hold one trace, its geometry depends on the trace before it.
     bool RepeatsItself() const override { return !set_.ambiguous(); }
 
 private:
@@ -62,10 +68,7 @@ private:
     ParameterList Parameters() override;
     DialogTexts WindowTexts() const override;
 
-    // Steps of PrepareRun; false after an error line.
-    bool ReadFiles();
-    bool FindWords(const TraceHeaderDefinition& header);
-    void LogWords() const;
+    bool ReadFiles();  // false after an error line
 
     void AddMiss(Miss kind, MissList::Entry entry);
     void ListMisses(Miss kind) const;
@@ -79,7 +82,8 @@ private:
 
     // From PrepareRun to EndRun:
     SpsDataSet set_{*this};
-    std::array<int, 24> words_{};  // indexes of the header words
+    HeaderWords words_;
+    HeaderWarning scalar_{HeaderWarning::kCoordinateScalar};
     std::array<MissList, kMisses> misses_;
 };
 

@@ -11,7 +11,6 @@ namespace halvern {
 
 namespace {
 
-/// The header words, in the order in which they are looked up.
 enum Word : std::size_t {
     kSrcX,
     kSrcY,
@@ -23,11 +22,21 @@ enum Word : std::size_t {
     kCdpX,
     kCdpY,
     kBinX,
-    kBinY,
-    kWords
+    kBinY
 };
-constexpr const char* kWordNames[kWords] = {"SRCX", "SRCY", "RECX", "RECY", "XLINE", "INLINE",
-                                            "CDPN", "CDPX", "CDPY", "BINX", "BINY"};
+constexpr HeaderWordRow kWords[] = {
+    {HeaderWordRow::kInput, kSrcX, "SRCX", "Source x coordinate"},
+    {HeaderWordRow::kInput, kSrcY, "SRCY", "Source y coordinate"},
+    {HeaderWordRow::kInput, kRecX, "RECX", "Receiver x coordinate"},
+    {HeaderWordRow::kInput, kRecY, "RECY", "Receiver y coordinate"},
+    {HeaderWordRow::kOutput, kCdpN, "CDPN", "CDP ensemble number"},
+    {HeaderWordRow::kOutput, kXline, "XLINE", "Crossline number"},
+    {HeaderWordRow::kOutput, kInline, "INLINE", "Inline number"},
+    {HeaderWordRow::kOutput, kCdpX, "CDPX", "CDP X coordinate"},
+    {HeaderWordRow::kOutput, kCdpY, "CDPY", "CDP Y coordinate"},
+    {HeaderWordRow::kOutput, kBinX, "BINX", "Bin X coordinate"},
+    {HeaderWordRow::kOutput, kBinY, "BINY", "Bin Y coordinate"},
+};
 
 constexpr double kRadiansPerDegree = 0.017453293;
 
@@ -41,7 +50,7 @@ int shown(double number) {
 }  // namespace
 
 TraceBinning::TraceBinning(const FlowSection& section, LogFlag log)
-    : ProcessFlowItem(FlowItemKind::kTraceBinning, log) {
+    : ProcessFlowItem(FlowItemKind::kTraceBinning, log), words_(kWords) {
     Configure(section);
 }
 
@@ -162,29 +171,13 @@ bool TraceBinning::CheckGrid() const {
 
 void TraceBinning::PrepareRun(LineHeader&, TraceHeaderDefinition& header, TraceSamples&, int) {
     Message("The following SEG-Y trace headers are used on INPUT and are expected to be valid:\n");
-    Message("  SRCX     - Source x coordinate\n");
-    Message("  SRCY     - Source y coordinate\n");
-    Message("  RECX     - Receiver x coordinate\n");
-    Message("  RECY     - Receiver y coordinate\n");
+    words_.list(*this, HeaderWordRow::kInput);
     Message(
         "\nThe following SEG-Y trace headers are used on OUTPUT and will reflect the BINNING "
         "values after the TRACE BINNING:\n");
-    Message("  CDPN     - CDP ensemble number\n");
-    Message("  XLINE    - Crossline number\n");
-    Message("  INLINE   - Inline number\n");
-    Message("  CDPX     - CDP X coordinate\n");
-    Message("  CDPY     - CDP Y coordinate\n");
-    Message("  BINX     - Bin X coordinate\n");
-    Message("  BINY     - Bin Y coordinate\n");
-    for (std::size_t i = 0; i < words_.size(); ++i) {
-        words_[i] = header.find(kWordNames[i]);
-        if (words_[i] >= 0) continue;
-        Error(
-            "Cannot read header '%s' from the trace header definition.\n"
-            "Add it to the trace header definition and re-run.\n",
-            kWordNames[i]);
-        return TerminateJob(kJobError);
-    }
+    words_.list(*this, HeaderWordRow::kOutput);
+    if (!words_.find(*this, header)) return;
+    scalar_.prepare(header);
     if (!CheckGrid()) return TerminateJob(kJobError);
     const auto steps = (std::int64_t{xline_.end} - xline_.start) / xline_.increment;
     xlines_ = static_cast<double>(steps + 1);
@@ -202,6 +195,7 @@ void TraceBinning::RefuseMidpoint(const char* axis, const char* end, double numb
 }
 
 int TraceBinning::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples&) {
+    scalar_.look(*this, header);
     const std::array<double, 4> coordinates = {
         header.get_double(words_[kSrcX]), header.get_double(words_[kSrcY]),
         header.get_double(words_[kRecX]), header.get_double(words_[kRecY])};
@@ -209,7 +203,7 @@ int TraceBinning::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, Trace
     const double dx = (source_x + receiver_x) / 2 - x_origin_;
     const double dy = (source_y + receiver_y) / 2 - y_origin_;
     // Bins along each axis, cut toward 0: the first one takes in as much before the origin as
-    // behind it. Whole numbers in doubles, exact far beyond what a header word holds.
+    // after it. Whole numbers in doubles, exact far beyond what a header word holds.
     const double column = std::trunc((dx * cos_ - dy * sin_) / x_bin_size_);
     const double row = std::trunc((dx * sin_ + dy * cos_) / y_bin_size_);
     const double nline = nline_.start + nline_.increment * column;

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "flow/header_words.h"
+#include "flow/item_checks.h"
 #include "flow/process_flow_item.h"
 
 namespace halvern {
@@ -40,8 +42,9 @@ private:
     Numbering nline_{};
 
     // From PrepareRun on:
-    std::array<int, 11> words_{};  // indexes of the header words
-    double xlines_ = 0;            // how many there are
+    HeaderWords words_;
+    HeaderWarning scalar_{HeaderWarning::kCoordinateScalar};
+    double xlines_ = 0;  // how many there are
     double cos_ = 1;
     double sin_ = 0;
 };

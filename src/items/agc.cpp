@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "items/checks.h"
+#include "flow/item_checks.h"
 #include "numerics/running_gain.h"
 
 namespace halvern {

@@ -7,7 +7,7 @@
 #include <functional>
 #include <limits>
 
-#include "items/checks.h"
+#include "flow/item_checks.h"
 #include "numerics/toeplitz.h"
 
 namespace halvern {

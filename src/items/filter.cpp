@@ -6,7 +6,7 @@
 #include <numbers>
 #include <string>
 
-#include "items/checks.h"
+#include "flow/item_checks.h"
 
 namespace halvern {
 
@@ -140,6 +140,7 @@ void Filter::PrepareRun(LineHeader& line, TraceHeaderDefinition&, TraceSamples&,
     }
     spectrum_.resize(gains_.size());
     unfiltered_ = 0;
+    shortened_ = {};
 }
 
 int Filter::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {
@@ -156,6 +157,7 @@ int Filter::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSample
     fft_->transform(spectrum_, -1);
     std::transform(spectrum_.begin(), spectrum_.begin() + std::ssize(trace), trace.begin(),
                    [](double sample) { return static_cast<float>(sample); });
+    if (!IsRepeating()) shortened_.look(samples, trace);
     samples.set_floats(trace);
     return kPassOn;
 }
@@ -165,6 +167,7 @@ void Filter::EndRun() {
         Warning("Traces with samples that are not finite, passed on unfiltered = %d\n",
                 unfiltered_);
     }
+    shortened_.report(*this);
     fft_.reset();
     gains_ = {};
     spectrum_ = {};

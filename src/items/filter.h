@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 
+#include "flow/item_checks.h"
 #include "flow/process_flow_item.h"
 #include "numerics/aligned.h"
 #include "numerics/real_fft.h"
@@ -25,7 +26,7 @@ public:
                     int input_traces) override;
     int ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
                      TraceSamples& samples) override;
-    /// Says how many traces passed unfiltered, if any.
+    /// Says how many traces passed unfiltered, and how many lost samples, if any.
     void EndRun() override;
 
 private:
@@ -40,6 +41,7 @@ private:
                                          // transforms' scale in it
     numerics::AlignedDoubles spectrum_;  // [transform length]
     int unfiltered_ = 0;                 // traces with samples that are not finite
+    ShortenedTraces shortened_;
 };
 
 }  // namespace halvern

@@ -5,22 +5,30 @@
 namespace halvern {
 
 namespace {
-const OffsetTableWords kWords{
-    .key = "OFFSET_VEL",
-    .pairs = "offset/velocity",
-    .log_title = "Pair# -OFFSET- --VEL---\n",
-    .prompt = "Enter the offset/velocity pairs.",
-    .dialog = "LMO",
-    .already_up = "LMO Interface is already up.",
-    .sheet = {.entry = "Offset/Velocity",
-              .columns = {{"Offset", "Offset", "OFFSET"}, {"Velocity", "Velocity", "VELOCITY"}},
-              .quoted = {0, 1},
-              .checked = {1, 0}},
-    .nonzero = true};
+const OffsetTableWords kWords{.pairs = "offset/velocity",
+                              .entry = "Offset/Velocity",
+                              .log_title = "Pair# -OFFSET- --VEL---\n",
+                              .prompt = "Enter the offset/velocity pairs.",
+                              .dialog = "LMO",
+                              .already_up = "LMO Interface is already up.",
+                              .nonzero = true};
+const RowTable<OffsetRow> kTable({.key = "OFFSET_VEL",
+                                  .entry = "Offset/Velocity",
+                                  .row = "offset/velocity pair",
+                                  .window = {0, 1},
+                                  .quoted = {0, 1},
+                                  .checked = {1, 0}},
+                                 {{{.title = "Offset", .label = "Offset"}, &OffsetRow::offset},
+                                  {{.title = "Velocity",
+                                    .label = "Velocity",
+                                    .unit = "offset units a second",
+                                    .least = 100,
+                                    .most = 30000},
+                                   &OffsetRow::value}});
 }  // namespace
 
 LinearMoveout::LinearMoveout(const FlowSection& section, LogFlag log)
-    : OffsetTableItem(FlowItemKind::kLinearMoveout, log, kWords) {
+    : OffsetTableItem(FlowItemKind::kLinearMoveout, log, kWords, kTable) {
     Configure(section);
 }
 

@@ -5,7 +5,7 @@
 namespace halvern {
 
 /// Zeroes the start of every trace down to a time that a table gives for the trace's offset. No
-/// taper: the first sample behind the mute keeps its full amplitude.
+/// taper: the first sample after the mute keeps its full amplitude.
 class Mute final : public OffsetTableItem {
 public:
     Mute(const FlowSection& section, LogFlag log);

@@ -6,26 +6,24 @@
 #include <map>
 #include <utility>
 
-#include "items/checks.h"
-#include "items/number_sheet.h"
+#include "flow/row_table.h"
 #include "numerics/moveout.h"
 
 namespace halvern {
 
 namespace {
 
-const NumberSheet kSheet{.entry = "Time/Velocity",
-                         .columns = {{"Crossline Number", "Crossline", "CROSSLINE", true},
-                                     {"Inline Number", "Inline", "INLINE", true},
-                                     {"Time", "Time", "TIME"},
-                                     {"Velocity", "Velocity", "VELOCITY"}},
-                         .quoted = {0, 1, 2, 3},
-                         .checked = {0, 1, 2, 3}};
+enum Word : std::size_t { kOffset, kCrossline, kInline };
+constexpr HeaderWordRow kWords[] = {
+    {HeaderWordRow::kInput, kOffset, "OFFSET", "Source to receiver offset"},
+    {HeaderWordRow::kInput, kCrossline, "XLINE", "Crossline bin number"},
+    {HeaderWordRow::kInput, kInline, "INLINE", "Inline bin number"},
+};
 
 }  // namespace
 
 NormalMoveout::NormalMoveout(const FlowSection& section, LogFlag log)
-    : ProcessFlowItem(FlowItemKind::kNormalMoveout, log) {
+    : ProcessFlowItem(FlowItemKind::kNormalMoveout, log), words_(kWords) {
     Configure(section);
 }
 
@@ -42,57 +40,25 @@ ParameterList NormalMoveout::Parameters() {
 }
 
 Parameter NormalMoveout::TableParameter() {
-    return {
-        .key = "TIME_VEL",
-        .format = "",
-        .value = Rows{
-            .clear = [this] { entries_.clear(); },
-            .read =
-                [this](const char* rest) {
-                    Entry entry{};
-                    if (std::sscanf(rest, "%lf,%lf,%d,%d", &entry.time_ms, &entry.velocity,
-                                    &entry.crossline, &entry.in_line) != 4) {
-                        Warning(
-                            "The line 'TIME_VEL=%s' is no time/velocity entry.  It is left out.\n",
-                            rest);
-                        return false;
-                    }
-                    entries_.push_back(entry);
-                    return true;
-                },
-            .write =
-                [this](std::FILE* stream, const char* key) {
-                    for (const Entry& entry : entries_) {
-                        std::fprintf(stream, "%s=%3.1f,%3.1f,%d,%d\n", key, entry.time_ms,
-                                     entry.velocity, entry.crossline, entry.in_line);
-                    }
-                },
-            .columns = kSheet.titles(),
-            .cells =
-                [this] {
-                    NumberSheet::Cells cells;
-                    for (const Entry& entry : entries_) {
-                        cells.push_back({std::to_string(entry.crossline),
-                                         std::to_string(entry.in_line), one_decimal(entry.time_ms),
-                                         one_decimal(entry.velocity)});
-                    }
-                    return cells;
-                },
-            .assign =
-                [this](const NumberSheet::Cells& cells) {
-                    std::vector<std::vector<double>> rows;
-                    std::string wrong = kSheet.read(cells, rows);
-                    if (!wrong.empty()) return wrong;
-                    entries_.clear();
-                    for (const auto& row : rows) {
-                        entries_.push_back({.time_ms = row[2],
-                                            .velocity = row[3],
-                                            .crossline = static_cast<int>(row[0]),
-                                            .in_line = static_cast<int>(row[1])});
-                    }
-                    return wrong;
-                }},
-        .field = {.label = "Spread", .prompt = "Enter the time/velocity pairs."}};
+    static const RowTable<Entry> kTable(
+        {.key = "TIME_VEL",
+         .entry = "Time/Velocity",
+         .row = "time/velocity entry",
+         .window = {2, 3, 0, 1},
+         .quoted = {2, 3, 0, 1},
+         .checked = {2, 3, 0, 1}},
+        {{{.title = "Time", .label = "Time", .unit = "ms", .least = 10, .most = 60000},
+          &Entry::time_ms},
+         {{.title = "Velocity",
+           .label = "Velocity",
+           .unit = "offset units a second",
+           .least = 100,
+           .most = 30000},
+          &Entry::velocity},
+         {{.title = "Crossline Number", .label = "Crossline"}, &Entry::crossline},
+         {{.title = "Inline Number", .label = "Inline"}, &Entry::in_line}});
+    return kTable.parameter(entries_, *this,
+                            {.label = "Spread", .prompt = "Enter the time/velocity pairs."});
 }
 
 DialogTexts NormalMoveout::WindowTexts() const {
@@ -119,15 +85,9 @@ void NormalMoveout::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, 
     }
     if (!CheckEntries()) return;
     Message("The following SEG-Y trace headers are used on INPUT and are expected to be valid:\n");
-    Message("  OFFSET   - Source to receiver offset\n");
-    Message("  XLINE    - Crossline bin number\n");
-    Message("  INLINE   - Inline bin number\n");
-    if ((offset_word_ = RequireHeaderWord(*this, header, "OFFSET")) < 0 ||
-        (crossline_word_ = RequireHeaderWord(*this, header, "XLINE")) < 0 ||
-        (in_line_word_ = RequireHeaderWord(*this, header, "INLINE")) < 0 ||
-        !RequireSampleInterval(*this, line)) {
-        return;
-    }
+    words_.list(*this, HeaderWordRow::kInput);
+    if (!words_.find(*this, header) || !RequireSampleInterval(*this, line)) return;
+    delay_.prepare(header);
     interval_ms_ = line.sample_interval().ms();
     interval_s_ = interval_ms_ / 1000;
     if (!(mute_percent_ >= 0)) mute_percent_ = 0;
@@ -327,8 +287,9 @@ void NormalMoveout::MuteStretched(double offset_squared) {
 
 int NormalMoveout::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {
     const std::span<float> trace = samples.floats(header);
-    MoveTo(header.get_int(crossline_word_), header.get_int(in_line_word_));
-    FindSources(header.get_double(offset_word_));
+    delay_.look(*this, header);
+    MoveTo(header.get_int(words_[kCrossline]), header.get_int(words_[kInline]));
+    FindSources(header.get_double(words_[kOffset]));
     const std::size_t count = std::min(trace.size(), sources_.size());
     std::ranges::copy(trace.first(count), input_.begin());
     for (std::size_t i = 0; i < count; ++i) {

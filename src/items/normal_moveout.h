@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "flow/header_words.h"
+#include "flow/item_checks.h"
 #include "flow/process_flow_item.h"
 
 namespace halvern {
@@ -58,9 +60,8 @@ private:
     std::vector<Entry> entries_;  // as entered
 
     // Of a run.
-    int offset_word_ = -1;
-    int crossline_word_ = -1;
-    int in_line_word_ = -1;
+    HeaderWords words_;
+    HeaderWarning delay_{HeaderWarning::kDelay};
     double stretch_limit_{};  // a fraction; 0: none
     double interval_ms_{};
     double interval_s_{};
@@ -71,7 +72,7 @@ private:
     std::vector<double> rises_;             // [samples] the difference of the two
     std::vector<double> moved_times_;       // [samples] of the trace in hand, in seconds
     std::vector<std::int32_t> sources_;     // [samples] where a sample comes from; samples: nowhere
-    std::vector<float> input_;              // [samples + 1] the trace, and a zero behind it
+    std::vector<float> input_;              // [samples + 1] the trace, and a zero after it
 
     bool placed_ = false;  // whether the next three belong to a trace
     int crossline_{};

@@ -3,21 +3,27 @@
 #include <string>
 #include <vector>
 
+#include "flow/item_checks.h"
 #include "flow/process_flow_item.h"
-#include "items/number_sheet.h"
+#include "flow/row_table.h"
 
 namespace halvern {
 
+/// A row of a table by offset, as entered.
+struct OffsetRow {
+    double offset;
+    double value;
+};
+
 /// What a kind calls its table of pairs.
 struct OffsetTableWords {
-    const char* key;        ///< of its flow file lines
     const char* pairs;      ///< "offset/time"
+    const char* entry;      ///< "Offset/Time"
     const char* log_title;  ///< above the pairs in the log
     const char* prompt;     ///< above the sheet
     const char* dialog;     ///< the kind's name in its window's title
     const char* already_up;
-    NumberSheet sheet;  ///< offset, then value
-    bool nonzero;       ///< whether a value of zero makes no sense
+    bool nonzero;  ///< whether a value of zero makes no sense
 };
 
 /// What the items that look a value up by offset share: the table of pairs with its lines and its
@@ -33,17 +39,22 @@ public:
                     int input_traces) override;
 
 protected:
-    /// `words` must outlive the item.
-    OffsetTableItem(FlowItemKind kind, LogFlag log, const OffsetTableWords& words)
-        : ProcessFlowItem(kind, log), words_(words) {}
+    /// `words` and `table` must outlive the item.
+    OffsetTableItem(FlowItemKind kind, LogFlag log, const OffsetTableWords& words,
+                    const RowTable<OffsetRow>& table)
+        : ProcessFlowItem(kind, log), words_(words), table_(table) {}
 
     /// The table as a parameter.
     Parameter TableParameter();
     DialogTexts WindowTexts() const override;
 
-    /// Of the trace whose header is attached; as signed as it stands there.
-    double OffsetOf(const TraceHeaderDefinition& header) const {
-        return header.get_double(offset_word_);
+    /// Of the trace whose header is attached; as signed as it is there. Warns once a run of a
+    /// negative offset that the table has no pair for, and of a first sample that is not at time 0.
+    double OffsetOf(const TraceHeaderDefinition& header) {
+        delay_.look(*this, header);
+        const double offset = header.get_double(offset_word_);
+        if (offset < offset_floor_ && negative_()) WarnOfNegative(offset);
+        return offset;
     }
     /// The table's value at an offset: linear between the pairs, constant beyond them.
     double TableValue(double offset) const;
@@ -51,13 +62,21 @@ protected:
     double NearestSample(double ms) const;
 
 private:
-    std::string Fault(double offset, double value) const;
+    std::string Fault(const OffsetRow& row) const;
+    void WarnOfNegative(double offset) const;
 
     const OffsetTableWords& words_;
-    std::vector<double> offsets_;  // [pairs]; ascending from PrepareRun on
-    std::vector<double> values_;   // [pairs]
+    const RowTable<OffsetRow>& table_;
+    std::vector<OffsetRow> rows_;  // as entered
+
+    // Of a run.
+    std::vector<double> offsets_;  // [rows], ascending
+    std::vector<double> values_;   // [rows]
     int offset_word_ = -1;
     double interval_ms_{};
+    double offset_floor_ = 0;  // 0, or far below where the table has a pair on that side
+    Once negative_;
+    HeaderWarning delay_{HeaderWarning::kDelay};
 };
 
 }  // namespace halvern

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "items/checks.h"
+#include "flow/item_checks.h"
 #include "numerics/spline.h"
 
 namespace halvern {
@@ -86,6 +86,7 @@ void TimeShift::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, Trac
     if (interval_ms_ == 0) return;
     spline_work_.resize(static_cast<std::size_t>(line.samples()));
     rounded_ = 0;
+    shortened_ = {};
 }
 
 int TimeShift::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {
@@ -113,6 +114,7 @@ int TimeShift::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSam
         const double fraction = static_cast<double>(rest_ms) / static_cast<double>(interval_ms_);
         static_cast<void>(numerics::shift_by_spline(trace, fraction, spline_work_));
     }
+    if (!IsRepeating()) shortened_.look(samples, trace);
     samples.set_floats(trace);
     return kPassOn;
 }
@@ -122,6 +124,7 @@ void TimeShift::EndRun() {
         Warning("Traces with samples that are not finite, shifted by whole samples = %d\n",
                 rounded_);
     }
+    shortened_.report(*this);
     spline_work_ = {};
 }
 

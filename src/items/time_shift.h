@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "flow/item_checks.h"
 #include "flow/process_flow_item.h"
 
 namespace halvern {
@@ -22,7 +23,7 @@ public:
                     int input_traces) override;
     int ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
                      TraceSamples& samples) override;
-    /// Says how many traces could not be interpolated, if any.
+    /// Says how many traces could not be interpolated, and how many lost samples, if any.
     void EndRun() override;
 
 private:
@@ -39,6 +40,7 @@ private:
     std::int64_t interval_ms_ = 0;     // whole milliseconds, as everything here
     std::vector<double> spline_work_;  // [samples]; empty outside a run
     int rounded_ = 0;                  // traces shifted by whole samples for want of numbers
+    ShortenedTraces shortened_;
 };
 
 }  // namespace halvern

@@ -36,6 +36,7 @@ int TraceMath::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSam
     const std::span<float> trace = samples.floats(header);
     const float sign = reverse_ == 1 ? -1.0f : 1.0f;
     for (float& sample : trace) sample = sign * (sample + added_);
+    if (!IsRepeating()) shortened_.look(samples, trace);
     samples.set_floats(trace);
     return kPassOn;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "flow/item_checks.h"
 #include "flow/process_flow_item.h"
 
 namespace halvern {
@@ -11,14 +12,19 @@ public:
     TraceMath(const FlowSection& section, LogFlag log);
 
     void LogParameters() override;
+    void PrepareRun(LineHeader&, TraceHeaderDefinition&, TraceSamples&, int) override {
+        shortened_ = {};
+    }
     int ProcessTrace(LineHeader& line, TraceHeaderDefinition& header,
                      TraceSamples& samples) override;
+    void EndRun() override { shortened_.report(*this); }
 
 private:
     ParameterList Parameters() override;
 
     float added_{};
     int reverse_{};  // 1: negates
+    ShortenedTraces shortened_;
 };
 
 }  // namespace halvern

@@ -78,7 +78,8 @@ void TraceSort::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, Trac
         spooling_ = true;
     }
     const bool at_once = buffering_ == kNoBuffer || buffering_ == kBuffer;
-    if (spooling_ && spool_.open(at_once ? 1 : kFastBufferTraces) != 0) EndJob(spool_.error());
+    if (spooling_ && !IsRehearsal() && spool_.open(at_once ? 1 : kFastBufferTraces) != 0)
+        EndJob(spool_.error());
 }
 
 void TraceSort::ReceiveTrace(LineHeader& line, TraceHeaderDefinition& header,

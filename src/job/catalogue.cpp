@@ -46,7 +46,7 @@ constexpr Entry kCatalogue[] = {
     {FlowItemKind::kSegyTapeOutput, create<SegyTapeOutput>},
     {FlowItemKind::kNativeDiskOutput, create<NativeDiskOutput>},
     {FlowItemKind::kAgc, create<Agc>},
-    {FlowItemKind::kAsciiInput, create<AsciiInput>},
+    {FlowItemKind::kAsciiInput, make_ascii_input},
     {FlowItemKind::kFilter, create<Filter>},
     {FlowItemKind::kDeconvolution, create<Deconvolution>},
     {FlowItemKind::kLinearMoveout, create<LinearMoveout>},

@@ -19,9 +19,4 @@ namespace halvern::numerics {
 [[nodiscard]] bool running_gain(std::span<float> samples, std::size_t half_window,
                                 std::span<double> energies);
 
-/// The same samples bit for bit, one after the other as the description reads: what the fast one is
-/// checked against.
-[[nodiscard]] bool running_gain_plain(std::span<float> samples, std::size_t half_window,
-                                      std::span<double> energies);
-
 }  // namespace halvern::numerics

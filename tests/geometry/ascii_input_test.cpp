@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "foundation/system_paths.h"
+#include "geometry/ascii_traces.h"
 #include "support/item_bench.h"
 #include "support/temporary_folder.h"
 
@@ -71,7 +72,7 @@ TEST_F(AsciiInputItem, NonTraceLinesAddToTheNextRecord) {
 // A display stops it behind the first trace.
 TEST_F(AsciiInputItem, CreatesATraceForEachRecord) {
     SetSystemDirectory(HALVERN_SOURCE_DIR);
-    ItemBench<AsciiInput> bench(
+    ItemBench<AsciiTraces> bench(
         kLine, lines("S   100\nR   201\nR   202\nS   300\nR   203\n",
                      {"INPUTTYPE=2", "DATAHEADER=SRCX 2 7 0 S", "MATCHHEADER=0 RECX 2 7 1 R"}));
     ReadPauseFlag = 1;

@@ -1,5 +1,5 @@
 // What several items ask of a line, of its header words and of their sheets, in the same words.
-#include "items/checks.h"
+#include "flow/item_checks.h"
 
 #include <gmock/gmock.h>
 
@@ -79,6 +79,91 @@ TEST(Checks, WhatTheLineOrItsHeaderLacksEndsTheJob) {
                                    "has '999' microseconds.\n";
         EXPECT_JOB_ERROR(bench.prepare(),
                          std::string("*** ERROR in ") + bench.base_item().GetName() + ": " + words);
+    }
+}
+
+// Said of the first of two traces, and not again.
+TEST(Checks, WhatATraceMayMeanOtherwiseIsWarnedOfOnceARun) {
+    const struct {
+        Make make;
+        Lines lines;
+        const char* word;
+        double value;
+        std::string warning;  // empty: none
+        int interval_us = 4000;
+    } kCases[] = {
+        {make<Mute>, kMute, "DELAY", 100, "A trace has a DELAY of 100 ms."},
+        {make<LinearMoveout>, kLmo, "DELAY", -8, "A trace has a DELAY of -8 ms."},
+        {make<NormalMoveout>, kNmo, "DELAY", 1, "A trace has a DELAY of 1 ms."},
+        {make<Mute>, kMute, "OFFSET", -250, "A trace has the offset -250.0, and the table has no"},
+        {make<LinearMoveout>, kLmo, "OFFSET", -1, "A trace has the offset -1.0, and the table"},
+        {make<Mute>, {"OFFSET_TIME=-9,8", "OFFSET_TIME=9,8"}, "OFFSET", -250, ""},
+        {make<NormalMoveout>, kNmo, "OFFSET", -250, ""},
+        {make<Filter>,
+         {},
+         "CHAN",
+         1,
+         "The sample interval is 2.500 ms.  It is taken as 2 ms",
+         2500},
+        {make<Deconvolution>, {}, "CHAN", 1, "It is taken as 2 ms", 2500},
+        {make<TimeShift>, {}, "CHAN", 1, "It is taken as 2 ms", 2500},
+    };
+    for (const auto& c : kCases) {
+        ItemBenchBase bench({.interval_us = c.interval_us, .samples = 100},
+                            [&] { return c.make(c.lines); });
+        std::vector<float> trace(100);
+        trace[20] = 1;
+        for (int i = 0; i < 2; ++i) {
+            bench.set(c.word, c.value);
+            bench.process(trace);
+        }
+        const std::string log = bench.log();
+        const std::size_t first = log.find("*** WARNING");
+        EXPECT_EQ(first == log.npos, c.warning.empty()) << log;
+        EXPECT_THAT(log, testing::HasSubstr(c.warning));
+        EXPECT_EQ(log.find("*** WARNING", first + 1), log.npos) << log;
+    }
+}
+
+TEST(Checks, ShortenedTracesThatLoseSamplesAreCounted) {
+    ItemBench<TimeShift> bench({.samples = 4}, {});
+    ShortenedTraces shortened;
+    for (const auto& [stored, last] :
+         {std::pair(2, 1.0f), std::pair(2, 0.0f), std::pair(4, 1.0f)}) {
+        TraceSamples samples;
+        samples.set_raw(std::vector<std::byte>(16), stored, 4, stored, SampleFormat::kIeee);
+        shortened.look(samples, std::vector<float>{1, 1, 0, last});
+    }
+    shortened.report(bench.item());
+    EXPECT_THAT(bench.log(), testing::HasSubstr("zeros = 1\n"));
+}
+
+// The file's order is time, velocity, crossline, inline; the window's begins with the places.
+TEST(Checks, ALineOfATableIsRefusedOrDoubted) {
+    const struct {
+        const char* line;
+        bool is_row;
+        std::string doubt;
+    } kCases[] = {
+        {"500,2000,1,2", true, ""},
+        {" 500 , +2000.5,1, 2 and text", true, ""},
+        {"1,1,500,2000", true,
+         "gives 1.0 for the time; the order of a row is time (ms), velocity (offset units a "
+         "second), "
+         "crossline, inline"},
+        {"500,2.1,1,2", true, "gives 2.1 for the velocity"},
+        {"500,2000,1", false, ""},
+        {"500,2000,1,2147483648", false, ""},
+        {"500,2000,-2147483649,1", false, ""},
+        {"500;2000,1,2", false, ""},
+    };
+    for (const auto& c : kCases) {
+        const auto item = make<NormalMoveout>({});
+        const Rows rows = sheet_of(*item);
+        EXPECT_EQ(rows.read(c.line), c.is_row) << c.line;
+        EXPECT_EQ(written(*item).find("TIME_VEL=") != std::string::npos, c.is_row) << c.line;
+        EXPECT_THAT(rows.doubt(c.line), testing::StartsWith(c.doubt));
+        EXPECT_EQ(rows.doubt(c.line).empty(), c.doubt.empty());
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include <algorithm>
 #include <bit>
 #include <limits>
@@ -11,6 +13,25 @@
 
 namespace halvern::numerics {
 namespace {
+
+// The samples one after the other, as the description reads: what the fast one must give bit for
+// bit.
+bool running_gain_plain(std::span<float> samples, std::size_t half_window,
+                        std::span<double> energies) {
+    const std::size_t n = samples.size();
+    const std::size_t h = half_window;
+    if (energies.size() < n || h > n / 2) return false;
+    for (std::size_t i = 0; i < n; ++i) energies[i] = double{samples[i]} * double{samples[i]};
+    double sum = 0;
+    for (std::size_t i = 0; i < h; ++i) sum += energies[i];
+    for (std::size_t j = 0; j < n; ++j) {
+        const auto root = static_cast<float>(std::sqrt(sum));
+        if (root > 0) samples[j] /= root;
+        if (j >= h) sum -= energies[j - h];
+        if (j + h < n) sum += energies[j + h];
+    }
+    return true;
+}
 
 TEST(RunningGain, IsThePlainOneBitForBit) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();

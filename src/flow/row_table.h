@@ -1,0 +1,166 @@
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "flow/parameter.h"
+#include "foundation/report.h"
+
+namespace halvern {
+
+// Tables of numbers and text as parameters, one flow file line a row: declared as columns, from
+// which the lines, the sheet of the window and its checks follow.
+
+/// A value of a row.
+using Cell = std::variant<double, int, std::string>;
+
+/// What a column is called, and which values one expects in it.
+struct TableColumn {
+    const char* title;      ///< above the column in the window
+    const char* label;      ///< in messages: "Offset"
+    const char* unit = "";  ///< "ms"
+    /// Magnitudes beyond these are doubted, not refused; zero never is.
+    double least = 0;
+    double most = std::numeric_limits<double>::infinity();
+};
+
+/// What is said about a whole table. Columns count from 0 in the file's order.
+struct TableWords {
+    const char* key;                   ///< of its flow file lines
+    const char* entry;                 ///< what a row is, in messages of the window: "Offset/Time"
+    const char* row;                   ///< and in those about a line: "offset/time pair"
+    std::vector<std::size_t> window;   ///< the columns from left to right
+    std::vector<std::size_t> quoted;   ///< in the order in which the window's messages quote them
+    std::vector<std::size_t> checked;  ///< and in which it checks them
+};
+
+/// The table without the type of its rows. A line holds the values in the columns' order, commas
+/// between them; what follows the last number is ignored, a text in the last place runs to the end
+/// of the line.
+class CellTable {
+public:
+    using Row = std::vector<Cell>;
+    using Sheet = std::vector<std::vector<std::string>>;
+
+    /// The values of a line. False for a number that is missing, none, or beyond an int in a column
+    /// of whole numbers; a line of fewer columns.
+    bool parse(std::string_view line, Row& row) const;
+    static std::string line_of(const Row& row);
+    /// What makes one suspect that the values of a line are in another order or unit than the
+    /// file's; empty: nothing.
+    std::string doubt(std::string_view line) const;
+    /// The columns as one types a line, with their units: "time (ms)".
+    std::vector<std::string> file_columns() const;
+    std::vector<const char*> titles() const;
+    std::vector<std::string> sheet_row(const Row& row) const;
+    /// The rows of a sheet; those that are empty throughout are left out. Gives what is wrong with
+    /// the first row at fault, or an empty text.
+    std::string read_sheet(const Sheet& sheet, std::vector<Row>& rows) const;
+
+protected:
+    CellTable(TableWords words, Row kinds, std::vector<TableColumn> columns)
+        : words_(std::move(words)), kinds_(std::move(kinds)), columns_(std::move(columns)) {}
+
+    TableWords words_;
+
+private:
+    Row kinds_;  // a value of each column's type
+    std::vector<TableColumn> columns_;
+};
+
+/// A table whose rows are a struct: each column is one of its members, a double, an int or a text.
+/// Declared once a kind, as a static object.
+template <class Struct>
+class RowTable : public CellTable {
+public:
+    using Member = std::variant<double Struct::*, int Struct::*, std::string Struct::*>;
+    struct Column {
+        TableColumn words;
+        Member member;
+    };
+
+    RowTable(TableWords words, std::initializer_list<Column> columns)
+        : CellTable(std::move(words), kinds_of(columns), words_of(columns)) {
+        for (const Column& column : columns) members_.push_back(column.member);
+    }
+
+    /// The parameter: its rows are kept in `list`, and lines that are no row are told `report`.
+    /// All three outlive it.
+    Parameter parameter(std::vector<Struct>& list, const Reporter& report, Field field) const {
+        Rows rows;
+        rows.clear = [&list] { list.clear(); };
+        rows.read = [this, &list, &report](const char* rest) {
+            Row row;
+            if (parse(rest, row)) {
+                list.push_back(to_struct(row));
+                return true;
+            }
+            report.Warning("The line '%s=%s' is no %s.  It is left out.\n", words_.key, rest,
+                           words_.row);
+            return false;
+        };
+        rows.write = [this, &list](std::FILE* stream, const char* key) {
+            for (const Struct& row : list) {
+                std::fprintf(stream, "%s=%s\n", key, line_of(to_row(row)).c_str());
+            }
+        };
+        rows.columns = titles();
+        rows.cells = [this, &list] {
+            Sheet sheet;
+            for (const Struct& row : list) sheet.push_back(sheet_row(to_row(row)));
+            return sheet;
+        };
+        rows.assign = [this, &list](const Sheet& sheet) {
+            std::vector<Row> read;
+            std::string wrong = read_sheet(sheet, read);
+            if (!wrong.empty()) return wrong;
+            list.clear();
+            for (const Row& row : read) list.push_back(to_struct(row));
+            return wrong;
+        };
+        rows.file_columns = file_columns();
+        rows.doubt = [this](const std::string& rest) { return doubt(rest); };
+        return {
+            .key = words_.key, .format = "", .value = std::move(rows), .field = std::move(field)};
+    }
+
+private:
+    static Row kinds_of(std::initializer_list<Column> columns) {
+        Row kinds;
+        for (const Column& column : columns) {
+            std::visit([&]<class T>(T Struct::*) { kinds.emplace_back(T{}); }, column.member);
+        }
+        return kinds;
+    }
+    static std::vector<TableColumn> words_of(std::initializer_list<Column> columns) {
+        std::vector<TableColumn> words;
+        for (const Column& column : columns) words.push_back(column.words);
+        return words;
+    }
+
+    Struct to_struct(const Row& row) const {
+        Struct made{};
+        for (std::size_t i = 0; i < members_.size(); ++i) {
+            std::visit([&]<class T>(T Struct::*member) { made.*member = std::get<T>(row[i]); },
+                       members_[i]);
+        }
+        return made;
+    }
+    Row to_row(const Struct& from) const {
+        Row row;
+        for (const Member& each : members_) {
+            std::visit([&](auto member) { row.emplace_back(from.*member); }, each);
+        }
+        return row;
+    }
+
+    std::vector<Member> members_;
+};
+
+}  // namespace halvern
