@@ -15,7 +15,7 @@ struct Overloaded : Cases... {
 template <class... Cases>
 Overloaded(Cases...) -> Overloaded<Cases...>;
 
-// The formats stand in the items' tables, one conversion each, and a test holds every one against
+// The formats are in the items' tables, one conversion each, and a test holds every one against
 // its variable; here they are necessarily no literals.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"

@@ -260,7 +260,7 @@ void AsciiColumns::log(const FlowItem& item) const {
     for (const AsciiField& field : match) {
         const char* label = ascii_compare_label(field.compare);
         const std::string compare = std::string(label) + (label[1] == '\0' ? " " : "");
-        // With a record key the two names stand in each other's place, as readers of these logs
+        // With a record key the two names change places, as readers of these logs
         // know them.
         const bool keyed = !field.key.empty();
         item.Message("Match Header     = %s using '%s' from locations %d through %d%s\n",

@@ -18,7 +18,7 @@ constexpr int kLeast = 4;
 
 constexpr const char* kCompareLabels[] = {"=", "!=", "<", "<=", ">", ">="};
 
-/// Takes the blanks and the word behind them from the front of `text`.
+/// Takes the blanks and the word after them from the front of `text`.
 std::string_view take_word(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
     const std::string_view word = text.substr(0, text.find(' '));

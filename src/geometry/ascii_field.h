@@ -6,8 +6,8 @@
 
 namespace halvern {
 
-/// How a trace's value must stand to the record's: trace value, operator, record value. Any other
-/// number never matches.
+/// How a trace's value must compare with the record's: trace value, operator, record value. Any
+/// other number never matches.
 enum AsciiCompare {
     kEqual = 0,
     kNotEqual = 1,
@@ -36,8 +36,8 @@ struct AsciiField {
     /// characters are looked at. For integer words it is rounded, halves away from zero.
     double value(std::string_view line, bool ended) const;
 
-    /// As the flow file spells it: "NAME FIRST LAST", and with a record key " TRACE KEY" behind it;
-    /// the compare type and a blank stand before it for match fields.
+    /// As the flow file spells it: "NAME FIRST LAST", and with a record key " TRACE KEY" after it;
+    /// the compare type and a blank come before it for match fields.
     std::string data_text() const;
     std::string match_text() const;
     static AsciiField parse_data(std::string_view text);

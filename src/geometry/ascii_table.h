@@ -30,10 +30,10 @@ private:
 class AsciiTable {
 public:
     AsciiTable() = default;
-    /// Match fields with "=" must stand before all others.
+    /// Match fields with "=" must come before all others.
     AsciiTable(std::span<const AsciiField> match, std::span<const AsciiField> data);
 
-    /// Takes all lines that are left. A value stands in the record that the next completing line
+    /// Takes all lines that are left. A value belongs to the record that the next completing line
     /// completes; a record without a value for a field has 0 there. 0, or -1 when reading fails or
     /// when there are more records than an int counts.
     [[nodiscard]] int read(LineReader& lines);

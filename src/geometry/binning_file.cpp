@@ -59,7 +59,7 @@ public:
     std::int32_t integer() { return static_cast<std::int32_t>(number<std::uint32_t>()); }
     double real() { return std::bit_cast<double>(number<std::uint64_t>()); }
 
-    /// Bytes behind what was taken.
+    /// Bytes after what was taken.
     std::int64_t left() const { return file_.size() - file_.position(); }
     bool failed() const { return failed_; }
 
@@ -96,7 +96,7 @@ private:
     bool failed_ = false;
 };
 
-/// What stands in the way of reading on, in words; nothing when all is well.
+/// What prevents reading on, in words; nothing when all is well.
 using Damage = std::optional<std::string_view>;
 constexpr std::string_view kStopped = "it was not read to its end";
 constexpr std::string_view kTooShort = "it ends too early";
@@ -170,7 +170,7 @@ Damage read_contents(LittleEndianReader& in, BinningFile& file, Progress* progre
     if (const Damage damage = read_points(in, file.first_points, step, 50)) return damage;
     if (const Damage damage = read_points(in, file.second_points, step, 75)) return damage;
     if (in.failed()) return kTooShort;
-    if (in.left() > 0) return "it goes on behind its end";
+    if (in.left() > 0) return "it goes on after its end";
     return {};
 }
 

@@ -8,7 +8,7 @@ namespace halvern {
 
 namespace {
 
-/// What the decimal conversions skip in front of a number: blank, tab to carriage return.
+/// What the decimal conversions skip before a number: blank, tab to carriage return.
 constexpr bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 constexpr bool is_blank(char c) { return c == ' ' || c == '\t'; }
 constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
@@ -16,10 +16,10 @@ constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
 /// Where the number in a field begins and ends.
 struct Scan {
     const char* start;           ///< of the sign or first digit; null when there is no number
-    const char* end;             ///< behind the last character of the number
+    const char* end;             ///< after the last character of the number
     std::uint64_t mantissa = 0;  ///< its digits without the point, when there are at most 18
     int digits = 0;              ///< leading zeros counted
-    int decimals = 0;            ///< digits behind the point
+    int decimals = 0;            ///< digits after the point
     bool negative = false;
     bool exponent = false;
 };

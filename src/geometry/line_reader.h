@@ -27,7 +27,7 @@ public:
     bool opened() const { return opened_; }
     /// Bytes of the file or text when it was opened.
     std::int64_t bytes() const { return bytes_; }
-    /// Bytes in front of the next line.
+    /// Bytes before the next line.
     std::int64_t position() const { return passed_ + static_cast<std::int64_t>(at_); }
     /// Why the file could not be opened, or why reading stopped before its end.
     const Fault& fault() const { return fault_; }
@@ -57,7 +57,7 @@ private:
     std::int64_t bytes_ = 0;
     std::int64_t passed_ = 0;  // bytes of the windows before this one
     std::int64_t line_number_ = 0;
-    bool skip_newline_ = false;  // the window ended with a line's CR: an LF behind it belongs to it
+    bool skip_newline_ = false;  // the window ended with a line's CR: an LF after it belongs to it
     bool within_line_ = false;   // the last line had no end: the next belongs to the same
     bool opened_ = false;
     Fault fault_;

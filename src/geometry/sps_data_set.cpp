@@ -36,7 +36,7 @@ constexpr SpsFileKind kSourceFile{'S', "SOURCE", "Reading SPS Source File."};
 constexpr SpsFileKind kReceiverFile{'R', "RECEIVER", "Reading SPS Receiver File."};
 constexpr SpsFileKind kRelationFile{'X', "RELATION", "Reading SPS Relation File."};
 
-/// Whether a first header line names revision 2, whose points stand in other columns.
+/// Whether a first header line names revision 2, whose points have other columns.
 bool names_revision_2(std::string_view line) {
     if (!line.starts_with("H00")) return false;
     const std::size_t name = line.find("SPS", 32);

@@ -48,7 +48,7 @@ public:
     [[nodiscard]] int read_receivers(const std::string& path, Progress* progress = nullptr);
     [[nodiscard]] int read_relations(const std::string& path, Progress* progress = nullptr);
 
-    /// The same from an open reader; `name` stands in messages.
+    /// The same from an open reader; `name` is for messages.
     [[nodiscard]] int read_sources(LineReader& lines, const std::string& name,
                                    Progress* progress = nullptr);
     [[nodiscard]] int read_receivers(LineReader& lines, const std::string& name,
@@ -62,7 +62,7 @@ public:
     bool prepared() const { return prepared_; }
 
     /// The source and receiver of a trace, in a data set that is prepared. The relation found last
-    /// is tried first, then the one behind it, then all in the order of the file; so where several
+    /// is tried first, then the one after it, then all in the order of the file; so where several
     /// relations hold the trace, which of them is found depends on the trace before. Any order is
     /// fast, the order of the relations fastest.
     SpsMatch find(int ffid, int channel);
@@ -82,7 +82,7 @@ private:
     struct Link {
         int source;          // place in sources_, or -1
         int first_receiver;  // places in receivers_ of the receiver line: first …
-        int end_receiver;    // … and behind the last; equal when there is no such line
+        int end_receiver;    // … and after the last; equal when there is no such line
     };
 
     void link_receivers(std::size_t relation);

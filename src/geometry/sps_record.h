@@ -67,8 +67,8 @@ struct SpsFault {
     int last_column;
 };
 /// The first of a record's key fields (point number and coordinates; file number, points, channels
-/// and receivers) that does not begin with a number, has a second one behind a blank, or is blank
-/// where that leaves the record without meaning. Letters behind the number are no fault.
+/// and receivers) that does not begin with a number, has a second one after a blank, or is blank
+/// where that leaves the record without meaning. Letters after the number are no fault.
 std::optional<SpsFault> find_sps_point_fault(std::string_view line);
 std::optional<SpsFault> find_sps_relation_fault(std::string_view line);
 

@@ -60,7 +60,7 @@ int LinearMoveout::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, Trac
         std::ranges::copy(trace.subspan(earlier), trace.begin());
         std::ranges::fill(trace.last(earlier), 0.0f);
     } else if (shift < 0) {
-        // Sample j takes sample j - m as it stands by then: the first m samples over and over. What
+        // Sample j takes sample j - m as it is by then: the first m samples over and over. What
         // is already repeated is a whole number of periods, so it can be copied on in one piece.
         const auto period = static_cast<std::size_t>(-shift);
         for (std::size_t done = period; done < trace.size(); done *= 2) {

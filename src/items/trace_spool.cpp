@@ -13,7 +13,7 @@ namespace halvern {
 namespace {
 
 // A record: this, the header image, then the samples; filled up to a multiple of 8 bytes. Only this
-// process reads it, so numbers stand as they do in memory.
+// process reads it, so numbers are as they are in memory.
 struct RecordHead {
     std::int32_t stored;   // samples that the trace had, of ...
     std::int32_t nominal;  // ... that it should have
@@ -54,7 +54,7 @@ int TraceSpool::open(int traces_per_write) {
     }
     named_ = true;
     errno = 0;
-    // The file stands there empty and is not truncated: a system that saw that might wait, when the
+    // The file is there, empty, and is not truncated: a system that saw that might wait, when the
     // stream is closed, until all of it has a place on the disk.
     stream_buffer_.resize(kStreamBytes);
     out_.reset(std::fopen(name_.c_str(), "r+b"));

@@ -22,7 +22,7 @@ namespace halvern {
 /// nothing can leave it behind; elsewhere it goes with the spool or, at the latest, with the job.
 class TraceSpool {
 public:
-    /// Where a trace stands in the file. Offsets ascend in the order of writing.
+    /// Where a trace is in the file. Offsets ascend in the order of writing.
     struct Place {
         std::int64_t offset = 0;
         std::int64_t bytes = 0;
@@ -83,7 +83,7 @@ private:
     std::size_t used_ = 0;
     std::vector<std::uint32_t>
         by_offset_;                      // [places of a load], their indices as the file has them
-    std::vector<std::size_t> in_block_;  // [places of a load], where each stands in the block
+    std::vector<std::size_t> in_block_;  // [places of a load], where each is in the block
     std::vector<float> worked_;          // samples on their way to a trace
     std::string error_;
 };

@@ -15,7 +15,7 @@ std::optional<Convolver> Convolver::make(std::int64_t samples, std::int64_t filt
     Convolver made;
     made.samples_ = static_cast<std::size_t>(samples);
     made.filter_ = static_cast<std::size_t>(filter);
-    // What wraps around stays behind the samples' own times.
+    // What wraps around falls after the samples' own times.
     const std::int64_t points = RealFft::length_for(samples + filter - 1);
     if (method == Method::kFaster) {
         // Measured: a multiplication and addition of the direct form against a value of the three

@@ -18,7 +18,7 @@ std::optional<Correlator> Correlator::make(std::int64_t length, std::int64_t lag
     Correlator made;
     made.length_ = static_cast<std::size_t>(length);
     made.lags_ = static_cast<std::size_t>(lags);
-    // Room for the lags behind the samples keeps what wraps around away from the lags asked for.
+    // Room for the lags after the samples keeps what wraps around away from the lags asked for.
     const std::int64_t needed = length + lags - 1;
     const std::int64_t points = RealFft::length_for(needed);
     if (method == Method::kFaster) {

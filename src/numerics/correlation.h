@@ -9,7 +9,7 @@
 namespace halvern::numerics {
 
 /// out[k] = sum over i of a[i] b[i + k], for the lags k = 0 ... out.size() - 1: positive where b
-/// lags behind a, unscaled, zero where the two no longer overlap. With b = a these are the
+/// lags after a, unscaled, zero where the two no longer overlap. With b = a these are the
 /// autocorrelation's lags, out[0] the energy. Only the lags asked for are worked out. Direct: the
 /// cost is a.size() times the lags, the terms are added with i rising. `out` must not overlap the
 /// others.

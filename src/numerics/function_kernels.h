@@ -12,7 +12,7 @@ struct FunctionKernels {
     using V = typename Ops::V;
     using Bits = typename Register<L>::Bits;
 
-    // Added to a number below 2^51, it rounds it to a whole one, which then stands in the lowest
+    // Added to a number below 2^51, it rounds it to a whole one, which is then in the lowest
     // bits.
     static constexpr double kRounder = 0x1.8p52;
 

@@ -36,7 +36,7 @@ struct Kernels {
     const char* name;
     int lanes;  ///< doubles in a register
     void (*fft_forward)(const FftTables& tables, double* values);
-    /// At least the first `wanted` of the complex values that stand for pairs of real ones.
+    /// At least the first `wanted` of the complex values that hold pairs of real ones.
     void (*fft_inverse)(const FftTables& tables, double* values, std::size_t wanted);
     /// out[i] = sum over j of longer[i - j] shorter[j] for i = 0 ... outputs - 1.
     void (*convolve)(const double* longer, std::size_t longer_length, const double* shorter,
@@ -87,10 +87,10 @@ inline constexpr double kLargestAngle = 1e5;
 /// The natural logarithm of the smallest normal number, 2^-1022.
 inline constexpr double kLeastLogarithm = -708.39641853226410622;
 
-/// What an array of bins has room for behind its last one.
+/// What an array of bins has room for after its last one.
 inline constexpr std::size_t kBinPadding = 8;
 
-/// Zeros behind every array of the solver, so that its sums may end in full registers.
+/// Zeros after every array of the solver, so that its sums may end in full registers.
 inline constexpr std::size_t kSolverPadding = 8;
 
 enum class KernelChoice { kBaseline, kAvx2, kAvx512 };

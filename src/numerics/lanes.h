@@ -132,7 +132,7 @@ struct Lanes {
         }
     }
 
-    /// Stores the L columns of 8 rows one behind the other: to[8 c + r] = rows[r][c].
+    /// Stores the L columns of 8 rows one after the other: to[8 c + r] = rows[r][c].
     [[gnu::always_inline]] static void store_transposed(double* to, const V (&rows)[8]) {
         if constexpr (L == 2) {
             for (int r = 0; r < 8; r += 2) {

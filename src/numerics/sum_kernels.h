@@ -106,7 +106,7 @@ struct SumKernels {
                                std::size_t b_length, std::size_t i0, double* out) {
         constexpr std::size_t kWidth = R * L;
         // Terms j of output i: those with a sample at i - j. Every output of the block has those of
-        // [low, high); an output's own others come before and behind.
+        // [low, high); an output's own others come before and after.
         const auto first_term = [=](std::size_t i) { return beyond(i + 1, a_length); };
         const auto end_term = [=](std::size_t i) { return smaller(b_length, i + 1); };
         const std::size_t low = first_term(i0 + kWidth - 1);

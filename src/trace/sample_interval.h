@@ -7,7 +7,7 @@ namespace halvern {
 
 /// The time between two samples, kept in internal units of 1/64 microsecond: 64 a microsecond,
 /// 64,000 a millisecond. Whole numbers of a larger unit drop the rest. Tests as true when it is
-/// above zero; zero stands for a line that has none.
+/// above zero; zero means that a line has none.
 class SampleInterval {
 public:
     static constexpr int kPerUs = 64;

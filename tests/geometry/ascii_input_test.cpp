@@ -44,7 +44,7 @@ TEST_F(AsciiInputItem, UpdatesFromTheRecordThatMatches) {
     EXPECT_EQ(bench.item().matched(), 2);
 }
 
-// S lines complete no record. What they hold stands in the record that the next R line completes.
+// S lines complete no record. What they hold belongs to the record that the next R line completes.
 TEST_F(AsciiInputItem, NonTraceLinesAddToTheNextRecord) {
     const std::string text = "S   100\nR   201\nR   202\nS   300\n";
     // The second line comes from a flow file with CR LF, of which the CR belongs to no key.
@@ -69,7 +69,7 @@ TEST_F(AsciiInputItem, NonTraceLinesAddToTheNextRecord) {
     }
 }
 
-// A display stops it behind the first trace.
+// A display stops it after the first trace.
 TEST_F(AsciiInputItem, CreatesATraceForEachRecord) {
     SetSystemDirectory(HALVERN_SOURCE_DIR);
     ItemBench<AsciiTraces> bench(

@@ -71,7 +71,7 @@ TEST(BinningFile, RefusesWhatIsNotWhole) {
         {bins + 3, "\xFF\xFF"},                          // members of a bin
         {bins + 24, "\xFF\xFF\xFF\x7F"},                 // points
         {bins + 24, "\xFF\xFF\xFF\xFF"},                 // fewer than none
-        {kSmall.size(), "x"},                            // bytes behind the end
+        {kSmall.size(), "x"},                            // bytes after the end
     };
     for (const auto& [at, bytes] : kDamages) {
         std::string damaged = kSmall;

@@ -77,7 +77,7 @@ TEST(SpsFind, LineNamesAreComparedAsText) {
     EXPECT_EQ(set.find(7, 1).status, SpsStatus::kNoReceiver);
 }
 
-// Two records hold the same trace: the one under the cursor wins, then the one behind it, and the
+// Two records hold the same trace: the one under the cursor wins, then the one after it, and the
 // first of the file after a jump.
 TEST(SpsFind, TheCursorDecidesAmongDuplicates) {
     SpsDataSet set = data_set(point_line('S', 1, 11, 1, 110) + point_line('S', 1, 12, 1, 120) +
@@ -207,7 +207,7 @@ TEST(SpsReading, RefusesAFileThatHoldsNoRecord) {
         {'S', point_line('R', 1, 11, 1, 0), {"Line 1: column 1 holds 'R', not 'S'"}},
         {'S', "\x01\x02\x03\n", {"Line 1: column 1 holds no printable character"}},
         {'S', "S101", {"line 1, columns 18-25: the point number is not a number"}},
-        // A character too many behind the letter, and in front of the coordinates.
+        // A character too many after the letter, and before the coordinates.
         {'S',
          "H00 SPS\nS" + point,
          {"line 2, columns 47-55: the easting is not a number", "No record of the file fits"}},

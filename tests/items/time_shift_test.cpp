@@ -29,7 +29,7 @@ TEST_P(TimeShiftBy, MovesTheSamples) {
 }
 
 // By hand. Through 0 1 0 the natural spline has curvatures 0 -3 0: between the samples it is
-// 1/2 + 3/16, and behind the last one its slope is -1 - 3/6. Through 0 0 1 they are 0 3/2 0.
+// 1/2 + 3/16, and after the last one its slope is -1 - 3/6. Through 0 0 1 they are 0 3/2 0.
 INSTANTIATE_TEST_SUITE_P(
     ByHand, TimeShiftBy,
     testing::Values(

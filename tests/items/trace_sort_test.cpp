@@ -162,7 +162,7 @@ protected:
         return std::make_unique<Stack>(section_of(FlowItemKind::kStack, {"SORTED=1"}),
                                        LogFlag::kQuiet);
     }
-    // Runs the items behind the source and gives the end of the flow.
+    // Runs the items after the source and gives the end of the flow.
     template <class... Items>
     End& run(Source& source, std::unique_ptr<Items>... items) {
         FlowItem* last = &source;

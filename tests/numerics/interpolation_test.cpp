@@ -33,7 +33,7 @@ TEST(OffsetTable, ReadsBetweenAtAndBeyondItsEntries) {
         {{0, 1, 2}, {1e17, 1, 5}, 1, 1},  // where a difference of values would lose one
         {{50}, {7}, 49, 7},
         {{50}, {7}, 51, 7},
-        // A step: up to 100 the first value, just behind it the last.
+        // A step: up to 100 the first value, just after it the last.
         {{0, 100, 100, 200}, {1, 2, 4, 6}, 100, 2},
         {{0, 100, 100, 200}, {1, 2, 4, 6}, 150, 5},
     };
