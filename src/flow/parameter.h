@@ -60,8 +60,8 @@ struct Rows {
     std::function<std::vector<std::vector<std::string>>()> cells = {};
     /// Takes a spreadsheet back; gives what is wrong with it, or an empty text.
     std::function<std::string(const std::vector<std::vector<std::string>>&)> assign = {};
-    /// What a line holds, in the order in which one types it, with units: "time (ms)".
-    std::vector<std::string> file_columns = {};
+    /// What one types after "KEY=", with units: "<offset>,<time, ms>".
+    std::string line_form = {};
     /// What makes one suspect another order or unit in the text after "KEY=", or an empty text.
     std::function<std::string(const std::string& rest)> doubt = {};
 };

@@ -86,24 +86,20 @@ std::string CellTable::doubt(std::string_view line) const {
         const auto* whole = std::get_if<int>(&row[i]);
         const double size = std::fabs(whole ? *whole : std::get<double>(row[i]));
         if (size == 0 || (size >= columns_[i].least && size <= columns_[i].most)) continue;
-        std::string order;
-        for (const std::string& column : file_columns()) {
-            order += (order.empty() ? "" : ", ") + column;
-        }
         return "gives " + text_of(row[i]) + " for the " + changed(columns_[i].label, std::tolower) +
-               "; the order of a row is " + order;
+               "; a row is " + line_form();
     }
     return {};
 }
 
-std::vector<std::string> CellTable::file_columns() const {
-    std::vector<std::string> names;
+std::string CellTable::line_form() const {
+    std::string form;
     for (const TableColumn& column : columns_) {
         const std::string unit = column.unit;
-        names.push_back(changed(column.label, std::tolower) +
-                        (unit.empty() ? "" : " (" + unit + ")"));
+        form += (form.empty() ? "<" : ",<") + changed(column.label, std::tolower) +
+                (unit.empty() ? "" : ", " + unit) + ">";
     }
-    return names;
+    return form;
 }
 
 std::vector<const char*> CellTable::titles() const {

@@ -55,8 +55,8 @@ public:
     /// What makes one suspect that the values of a line are in another order or unit than the
     /// file's; empty: nothing.
     std::string doubt(std::string_view line) const;
-    /// The columns as one types a line, with their units: "time (ms)".
-    std::vector<std::string> file_columns() const;
+    /// What one types: "<offset>,<time, ms>".
+    std::string line_form() const;
     std::vector<const char*> titles() const;
     std::vector<std::string> sheet_row(const Row& row) const;
     /// The rows of a sheet; those that are empty throughout are left out. Gives what is wrong with
@@ -124,7 +124,7 @@ public:
             for (const Row& row : read) list.push_back(to_struct(row));
             return wrong;
         };
-        rows.file_columns = file_columns();
+        rows.line_form = line_form();
         rows.doubt = [this](const std::string& rest) { return doubt(rest); };
         return {
             .key = words_.key, .format = "", .value = std::move(rows), .field = std::move(field)};

@@ -83,14 +83,24 @@ std::string parse_row(const std::vector<std::string>& row, bool match, AsciiFiel
     return {};
 }
 
-/// The list as a spreadsheet that can be edited.
-void bind_rows(Rows& rows, std::vector<AsciiField>& list, bool match) {
+/// The list as lines of the flow file and as a spreadsheet that can be edited.
+Rows rows_of(std::vector<AsciiField>& list, bool match) {
+    Rows rows;
     rows.clear = [&list] { list.clear(); };
     rows.columns = {"Header", "Columns", "Trace Type", "Record Key"};
     if (match) rows.columns.push_back("Compare");
-    rows.file_columns = {"header word", "first column", "last column",
-                         "optional: 1 (TRACE) or 0 (NON-TRACE) and a record key, blanks between"};
-    if (match) rows.file_columns.insert(rows.file_columns.begin(), "compare type, 0 to 5");
+    rows.line_form = std::string(match ? "<compare type> " : "") +
+                     "<header word> <first column> <last column>[ <1: TRACE, 0: NON-TRACE> <key>]";
+    rows.read = [&list, match](const char* rest) {
+        list.push_back(match ? AsciiField::parse_match(rest) : AsciiField::parse_data(rest));
+        return true;
+    };
+    rows.write = [&list, match](std::FILE* stream, const char* key) {
+        for (const AsciiField& field : list) {
+            const std::string text = match ? field.match_text() : field.data_text();
+            std::fprintf(stream, "%s=%s\n", key, text.c_str());
+        }
+    };
     rows.cells = [&list, match] {
         Cells cells;
         for (const AsciiField& field : list) cells.push_back(cells_of(field, match));
@@ -106,6 +116,7 @@ void bind_rows(Rows& rows, std::vector<AsciiField>& list, bool match) {
         list = std::move(fields);
         return {};
     };
+    return rows;
 }
 
 /// How a line of the log ends for a field that has a record key.
@@ -115,53 +126,6 @@ std::string key_text(const AsciiField& field) {
 }
 
 }  // namespace
-
-Parameter AsciiColumns::data_parameter() {
-    Rows rows;
-    bind_rows(rows, data, false);
-    rows.read = [this](const char* rest) {
-        data.push_back(AsciiField::parse_data(rest));
-        return true;
-    };
-    rows.write = [this](std::FILE* stream, const char* key) {
-        for (const AsciiField& field : data) {
-            std::fprintf(stream, "%s=%s\n", key, field.data_text().c_str());
-        }
-    };
-    return {.key = "DATAHEADER",
-            .format = "",
-            .value = std::move(rows),
-            .field = {.label = "DATA Headers",
-                      .prompt = "Headers to set from the file?",
-                      .help = "These header words get the values of the matching ASCII record.\n"
-                              "Columns count from 1, both ends included, as in 10-20.\n"
-                              "With a record key a header is taken from those lines only that\n"
-                              "begin with it.  NON-TRACE lines add to the record of the next\n"
-                              "TRACE line."}};
-}
-
-Parameter AsciiColumns::match_parameter() {
-    Rows rows;
-    bind_rows(rows, match, true);
-    rows.read = [this](const char* rest) {
-        match.push_back(AsciiField::parse_match(rest));
-        return true;
-    };
-    rows.write = [this](std::FILE* stream, const char* key) {
-        for (const AsciiField& field : match) {
-            std::fprintf(stream, "%s=%s\n", key, field.match_text().c_str());
-        }
-    };
-    return {
-        .key = "MATCHHEADER",
-        .format = "",
-        .value = std::move(rows),
-        .field = {.label = "MATCH Headers",
-                  .prompt = "Headers that tell which record belongs to a trace?",
-                  .help = "UPDATE takes the record for which all of these hold, read as: trace\n"
-                          "value, operator, record value.  OVERWRITE and CREATE set them like\n"
-                          "DATA headers."}};
-}
 
 ParameterList AsciiColumns::parameters() {
     return {
@@ -203,8 +167,24 @@ ParameterList AsciiColumns::parameters() {
                    .help = "Choose a text file with values in fixed columns.",
                    .kind = FieldKind::kInputFile,
                    .preview = [this] { return preview(); }}},
-        data_parameter(),
-        match_parameter(),
+        {.key = "DATAHEADER",
+         .format = "",
+         .value = rows_of(data, false),
+         .field = {.label = "DATA Headers",
+                   .prompt = "Headers to set from the file?",
+                   .help = "These header words get the values of the matching ASCII record.\n"
+                           "Columns count from 1, both ends included, as in 10-20.\n"
+                           "With a record key a header is taken from those lines only that\n"
+                           "begin with it.  NON-TRACE lines add to the record of the next\n"
+                           "TRACE line."}},
+        {.key = "MATCHHEADER",
+         .format = "",
+         .value = rows_of(match, true),
+         .field = {.label = "MATCH Headers",
+                   .prompt = "Headers that tell which record belongs to a trace?",
+                   .help = "UPDATE takes the record for which all of these hold, read as: trace\n"
+                           "value, operator, record value.  OVERWRITE and CREATE set them like\n"
+                           "DATA headers."}},
     };
 }
 

@@ -44,8 +44,6 @@ struct AsciiColumns {
     bool has_coordinates() const;
 
 private:
-    Parameter data_parameter();
-    Parameter match_parameter();
     std::vector<std::string> preview() const;
 };
 

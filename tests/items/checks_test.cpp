@@ -148,9 +148,8 @@ TEST(Checks, ALineOfATableIsRefusedOrDoubted) {
         {"500,2000,1,2", true, ""},
         {" 500 , +2000.5,1, 2 and text", true, ""},
         {"1,1,500,2000", true,
-         "gives 1.0 for the time; the order of a row is time (ms), velocity (offset units a "
-         "second), "
-         "crossline, inline"},
+         "gives 1.0 for the time; a row is <time, ms>,<velocity, offset units a second>,"
+         "<crossline>,<inline>"},
         {"500,2.1,1,2", true, "gives 2.1 for the velocity"},
         {"500,2000,1", false, ""},
         {"500,2000,1,2147483648", false, ""},
