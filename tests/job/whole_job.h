@@ -43,10 +43,12 @@ protected:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     static std::string quoted(const std::string& text) { return "'" + text + "'"; }
+    /// None where the job ended before it made the folder.
     std::size_t scratch_files() const {
+        std::error_code none;
         return static_cast<std::size_t>(
-            std::distance(std::filesystem::directory_iterator(folder.path() / "scratch"),
-                          std::filesystem::directory_iterator{}));
+            std::distance(std::filesystem::directory_iterator(folder.path() / "scratch", none),
+                          std::filesystem::directory_iterator()));
     }
 
     TemporaryFolder folder;
