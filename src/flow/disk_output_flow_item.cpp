@@ -1,10 +1,7 @@
 #include "flow/disk_output_flow_item.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <utility>
-
-#include "platform/replace_file.h"
 
 namespace halvern {
 
@@ -12,8 +9,6 @@ namespace {
 
 constexpr int kEnteredTime = 1;
 constexpr int kTraceLength = 0;
-
-std::string base_name(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
 
 }  // namespace
 
@@ -120,45 +115,14 @@ bool DiskOutputFlowItem::FindInputPath(const char* item_in_capitals, std::string
 }
 
 bool DiskOutputFlowItem::CheckPath(const std::string& path) {
-    const std::string name = base_name(path);
-    if (path == "NONE" || name == "NONE") {
-        Error("Output file '%s' has not been properly selected\n", path.c_str());
-        return false;
-    }
-    if (unfinished_file_owner(name)) {
+    if (!CheckOutputPath(path, OverwritesInput())) return false;
+    for (const FlowItem* item = previous(); item && OverwritesInput(); item = item->previous()) {
+        if (item->PassesEveryTrace()) continue;
         Error(
-            "Output file '%s' has the name of a file that is being written to replace another "
-            "(.new and a number).  Choose another name.\n",
-            path.c_str());
+            "Every record of the input is written back to where it came from, but '%s' does "
+            "not pass on every trace once and in order.  Choose the option OVERWRITE.\n",
+            item->GetName());
         return false;
-    }
-    const auto is_path = [&path](const std::string& other) {
-        std::error_code differs;
-        return other == path || std::filesystem::equivalent(other, path, differs);
-    };
-    for (const FlowItem* item = previous(); item; item = item->previous()) {
-        const std::vector<std::string> read = item->FilesRead();
-        const auto input = std::ranges::find_if(read, is_path);
-        if (!OverwritesInput() && input != read.end()) {
-            Error(
-                "Output file '%s' is the input file '%s'.  "
-                "Choose another file, or the option OVERWRITE INPUT.\n",
-                path.c_str(), input->c_str());
-            return false;
-        }
-        const std::string written = item->FileWritten();
-        if (!written.empty() && is_path(written)) {
-            Error("Another output of this flow writes to '%s'.  Choose another file.\n",
-                  path.c_str());
-            return false;
-        }
-        if (OverwritesInput() && !item->PassesEveryTrace()) {
-            Error(
-                "Every record of the input is written back to where it came from, but '%s' does "
-                "not pass on every trace once and in order.  Choose the option OVERWRITE.\n",
-                item->GetName());
-            return false;
-        }
     }
     checked_path_ = path;
     return true;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "flow/process_flow_item.h"
 #include "flow/record_encoder.h"
@@ -16,7 +17,9 @@ class DiskOutputFlowItem : public OutputFlowItem {
 public:
     void LogParameters() override;
     bool OverwritesInput() const override { return write_type_ == kOverwriteInput; }
-    std::string FileWritten() const override { return checked_path_; }
+    std::vector<std::string> FilesWritten() const override {
+        return checked_path_.empty() ? std::vector<std::string>() : std::vector{checked_path_};
+    }
 
 protected:
     using OutputFlowItem::OutputFlowItem;
@@ -28,6 +31,7 @@ protected:
                                  const char* file_help);
     SampleFormat ChosenFormat() const { return chosen_output_format(output_format_); }
     const std::string& file() const { return file_; }
+    const std::string& FileWritten() const { return checked_path_; }  ///< empty before CheckPath
     WriteType write_type() const { return static_cast<WriteType>(write_type_); }
 
     // The checks of PrepareRun; false after an error line.

@@ -166,8 +166,8 @@ public:
     virtual bool PassesEveryTrace() const { return true; }
     /// Paths of the files that the item reads, as far as it knows them when it is prepared.
     virtual std::vector<std::string> FilesRead() const { return {}; }
-    /// Path of the file that the item writes, from PrepareRun on; empty: none.
-    virtual std::string FileWritten() const { return {}; }
+    /// Paths of the files that the item writes, from PrepareRun on.
+    virtual std::vector<std::string> FilesWritten() const { return {}; }
 
     /// The item's parameters, declared once. The list points at the item's variables.
     virtual ParameterList Parameters() { return {}; }

@@ -15,6 +15,11 @@ class OutputFlowItem : public ProcessFlowItem {
 protected:
     using ProcessFlowItem::ProcessFlowItem;
     bool RepeatsItself() const override { return false; }
+
+    /// Whether a file was chosen that may be written: of no name that unfinished files have, not
+    /// written by an item before, and read by none unless that is wanted. False after an error
+    /// line.
+    bool CheckOutputPath(const std::string& path, bool may_be_read) const;
 };
 
 /// An item that keeps traces back and sends them itself.

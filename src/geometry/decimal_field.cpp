@@ -99,6 +99,14 @@ double decimal_real(std::string_view field) {
                          : std::numeric_limits<double>::max();
 }
 
+double decimal_real(std::string_view field, int decimals) {
+    double value = decimal_real(field);
+    if (field.find('.') != field.npos) return value;
+    double divisor = 1;
+    for (; decimals > 0; --decimals) divisor *= 10;
+    return value / divisor;
+}
+
 FieldText classify_field(std::string_view field) {
     const char* at = field.data();
     const char* const stop = at + field.size();

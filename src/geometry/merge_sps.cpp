@@ -1,10 +1,7 @@
 #include "geometry/merge_sps.h"
 
-#include <algorithm>
 #include <cmath>
 #include <filesystem>
-
-#include "foundation/prospect.h"
 
 namespace halvern {
 
@@ -66,12 +63,9 @@ constexpr HeaderWordRow kWords[] = {
     {HeaderWordRow::kOutput, kAzimuth, "AZIMUTH", "Source to Receiver Azimuth"},
 };
 
-/// Words about each sort of miss, in the order of Miss.
-constexpr struct {
-    const char* sort;
-    const char* heading;
-    bool pairs;
-} kMissTexts[] = {
+/// What is looked for in vain.
+enum Missing : std::size_t { kNoFfid, kNoRelation, kNoSource, kNoReceiver };
+constexpr MissWords kMissWords[] = {
     {"ffid", "Did not find the following FFID numbers:\n", false},
     {"relation",
      "Did not find a relation record (in the .x file) for the following FFID/CHAN pairs:\n", true},
@@ -81,78 +75,25 @@ constexpr struct {
 
 constexpr double kAzimuthFactor = 0.017453293;
 
-std::string default_path() {
-    return CurrentProspect().is_open() ? CurrentProspect().path("nav", "NONE") : "NONE";
-}
-
-/// Stops reading when the job is asked to stop; says nothing.
-class StopWithJob final : public Progress {
-public:
-    void Start(const char*) override {}
-    bool Update(int) override { return !JobStopRequested(); }
-    void Finish() override {}
-};
-
 }  // namespace
 
-void MissList::clear() {
-    entries_.clear();
-    entries_.reserve(kRoom);
-    overflowed_ = false;
-}
-
-bool MissList::add(Entry entry) {
-    const auto place = std::lower_bound(entries_.begin(), entries_.end(), entry);
-    if (place != entries_.end() && *place == entry) return false;
-    if (entries_.size() < kRoom) {
-        entries_.insert(place, entry);
-        return false;
-    }
-    const bool first = !overflowed_;
-    overflowed_ = true;
-    return first;
-}
-
 MergeSps::MergeSps(const FlowSection& section, LogFlag log)
-    : ProcessFlowItem(FlowItemKind::kMergeSps, log), words_(kWords) {
+    : MergeFlowItem(FlowItemKind::kMergeSps, log), words_(kWords) {
     Configure(section);
 }
 
 ParameterList MergeSps::Parameters() {
-    const std::string file = default_path();
     return {
-        {.key = "SOURCEFILE",
-         .format = "%s",
-         .value = Bound{&source_file_, file},
-         .log = "Source(.s) File   = %s\n",
-         .field = {.label = "Source File",
-                   .prompt = "SPS Source(.s) File Name.",
-                   .help = "Choose the SPS file with the source points.",
-                   .kind = FieldKind::kInputFile}},
-        {.key = "RECEIVERFILE",
-         .format = "%s",
-         .value = Bound{&receiver_file_, file},
-         .log = "Receiver(.r) File = %s\n",
-         .field = {.label = "Receiver File",
-                   .prompt = "SPS Receiver(.r) File Name.",
-                   .help = "Choose the SPS file with the receiver points.",
-                   .kind = FieldKind::kInputFile}},
-        {.key = "RELATIONFILE",
-         .format = "%s",
-         .value = Bound{&relation_file_, file},
-         .log = "Relation(.x) File = %s\n",
-         .field = {.label = "Relation File",
-                   .prompt = "SPS Relation(.x) File Name.",
-                   .help = "Choose the SPS file that relates field records to points.",
-                   .kind = FieldKind::kInputFile}},
-        {.key = "KILLBAD",
-         .format = "%d",
-         .value = Bound{&kill_bad_, 1},
-         .field = {.label = "Kill",
-                   .prompt = "Kill the un-merged traces from the file?",
-                   .help = "A trace for which the SPS files have no source or receiver is\n"
-                           "either dropped or passed on with its header as it is.",
-                   .choices = {{"Save all traces", 0}, {"Kill un-merged traces", 1}}}},
+        FileParameter("SOURCEFILE", source_file_, "Source(.s) File   = %s\n", "Source File",
+                      "SPS Source(.s) File Name.", "Choose the SPS file with the source points."),
+        FileParameter("RECEIVERFILE", receiver_file_, "Receiver(.r) File = %s\n", "Receiver File",
+                      "SPS Receiver(.r) File Name.",
+                      "Choose the SPS file with the receiver points."),
+        FileParameter("RELATIONFILE", relation_file_, "Relation(.x) File = %s\n", "Relation File",
+                      "SPS Relation(.x) File Name.",
+                      "Choose the SPS file that relates field records to points."),
+        KillParameter("A trace for which the SPS files have no source or receiver is\n"
+                      "either dropped or passed on with its header as it is."),
     };
 }
 
@@ -161,11 +102,6 @@ DialogTexts MergeSps::WindowTexts() const {
             .help_title = "",
             .help_page = "",
             .already_up = "SPS Merge Interface is already up."};
-}
-
-void MergeSps::LogParameters() {
-    ProcessFlowItem::LogParameters();
-    Message("Traces which do not merge are %s\n", kill_bad_ != 0 ? "KILLED" : "SAVED");
 }
 
 bool MergeSps::ReadFiles() {
@@ -206,27 +142,7 @@ void MergeSps::PrepareRun(LineHeader&, TraceHeaderDefinition& header, TraceSampl
         Error("Unrecoverable error in SPS.  Cannot create matches.\n");
         return TerminateJob(kJobError);
     }
-    for (MissList& list : misses_) list.clear();
-}
-
-void MergeSps::AddMiss(Miss kind, MissList::Entry entry) {
-    if (!misses_[kind].add(entry)) return;
-    Warning("%d %s numbering errors encountered.  No more will be printed.\n",
-            static_cast<int>(MissList::kRoom), kMissTexts[kind].sort);
-    ListMisses(kind);
-}
-
-void MergeSps::ListMisses(Miss kind) const {
-    const auto& entries = misses_[kind].entries();
-    if (entries.empty()) return;
-    Warning("%s", kMissTexts[kind].heading);
-    for (const auto& [first, second] : entries) {
-        if (kMissTexts[kind].pairs) {
-            Warning("%d/%d\n", first, second);
-        } else {
-            Warning("%d\n", first);
-        }
-    }
+    ClearMisses(kMissWords);
 }
 
 void MergeSps::WriteWords(TraceHeaderDefinition& header, const SpsPoint& source,
@@ -272,27 +188,22 @@ int MergeSps::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamp
     const SpsMatch match = set_.find(ffid, channel);
     switch (match.status) {
         case SpsStatus::kNoFfid:
-            AddMiss(kNoFfid, {ffid, 0});
-            break;
+            return Miss(kNoFfid, {ffid, 0});
         case SpsStatus::kNoRelation:
-            AddMiss(kNoRelation, {ffid, channel});
-            break;
+            return Miss(kNoRelation, {ffid, channel});
         case SpsStatus::kNoSource:
-            AddMiss(kNoSource, {match.relation->source_line, match.relation->source_point});
-            break;
+            return Miss(kNoSource, {match.relation->source_line, match.relation->source_point});
         case SpsStatus::kNoReceiver:
-            AddMiss(kNoReceiver, {match.relation->receiver_line, match.receiver_point});
-            break;
+            return Miss(kNoReceiver, {match.relation->receiver_line, match.receiver_point});
         case SpsStatus::kFound:
             WriteWords(header, *match.source, *match.receiver);
-            return kPassOn;
+            break;
     }
-    return kill_bad_ == 0 ? kPassOn : kKeepBack;
+    return kPassOn;
 }
 
 void MergeSps::EndRun() {
-    for (const Miss kind : {kNoFfid, kNoRelation, kNoSource, kNoReceiver}) ListMisses(kind);
-    for (MissList& list : misses_) list = {};
+    ListMisses();
     set_ = SpsDataSet(*this);
 }
 

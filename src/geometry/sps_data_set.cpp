@@ -68,7 +68,7 @@ void refuse_empty(const Reporter& report, const SpsFileKind& kind, const std::st
 template <class Add>
 int read_records(const Reporter& report, LineReader& lines, const std::string& file,
                  const SpsFileKind& kind, Progress* progress, Add add,
-                 std::optional<SpsFault> (*find_fault)(std::string_view line),
+                 std::optional<FieldFault> (*find_fault)(std::string_view line),
                  int (*slack_of)(std::string_view line)) {
     if (!lines.opened()) {
         report.Error("SPS Error: Cannot open %s file '%s' to read.\n", kind.name, file.c_str());
@@ -78,7 +78,7 @@ int read_records(const Reporter& report, LineReader& lines, const std::string& f
     std::int64_t records = 0;
     std::int64_t faulty = 0;
     std::int64_t first_faulty_line = 0;
-    SpsFault first_fault{};
+    FieldFault first_fault{};
     int slack = 0;                      // of every record so far
     std::int64_t first_line = 0;        // of a record
     std::int64_t first_other_line = 0;  // neither header nor blank nor of the letter

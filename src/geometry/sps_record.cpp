@@ -2,23 +2,17 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <iterator>
 #include <span>
 #include <utility>
 
-#include "foundation/messages.h"
 #include "geometry/decimal_field.h"
 
 namespace halvern {
 
 namespace {
 
-/// Columns of a field, counted from 1, both ends included.
-struct Columns {
-    int first;
-    int last;
-};
+constexpr std::size_t kRecordColumns = 80;
 
 namespace point_columns {
 constexpr Columns kLine{2, 17};
@@ -37,6 +31,7 @@ constexpr Columns kTime{75, 80};
 }  // namespace point_columns
 
 namespace relation_columns {
+constexpr Columns kTape{2, 7};
 constexpr Columns kFfid{8, 11};
 constexpr Columns kFfidIncrement{12, 12};
 constexpr Columns kInstrument{13, 13};
@@ -51,13 +46,6 @@ constexpr Columns kFirstReceiver{64, 71};
 constexpr Columns kLastReceiver{72, 79};
 constexpr Columns kReceiverIndex{80, 80};
 }  // namespace relation_columns
-
-/// What of a field the line is long enough to hold.
-std::string_view cut(std::string_view line, Columns columns) {
-    const auto first = static_cast<std::size_t>(columns.first - 1);
-    if (line.size() <= first) return {};
-    return line.substr(first, static_cast<std::size_t>(columns.last - columns.first + 1));
-}
 
 int integer(std::string_view line, Columns columns) { return decimal_int(cut(line, columns)); }
 /// Fields of at most 4 columns, which no 16-bit number is too short for.
@@ -83,26 +71,6 @@ SpsLineName name(std::string_view line, Columns columns) {
     return name;
 }
 
-struct NamedColumns {
-    const char* name;
-    Columns columns;
-};
-
-/// The first of the fields that is neither blank nor read as a number.
-template <std::size_t N>
-std::optional<SpsFault> find_fault(std::string_view line, const NamedColumns (&fields)[N]) {
-    for (const auto& [name, columns] : fields) {
-        if (classify_field(cut(line, columns)) == FieldText::kOther) {
-            return SpsFault{name, columns.first, columns.last};
-        }
-    }
-    return {};
-}
-
-bool is_blank(std::string_view line, Columns columns) {
-    return classify_field(cut(line, columns)) == FieldText::kBlank;
-}
-
 /// Columns from the end of a field's text to its last column; 0 for a blank field.
 int slack(std::string_view line, Columns columns) {
     const std::size_t last = cut(line, columns).find_last_not_of(' ');
@@ -120,32 +88,25 @@ int common_slack(std::string_view line, std::span<const Columns> fields) {
         const std::string_view shifted = cut(line, {columns.first - common, columns.last - common});
         const FieldText held = classify_field(shifted);
         if (held == FieldText::kBlank) continue;
-        const bool to_the_end = std::ssize(shifted) == columns.last - columns.first + 1;
+        const bool to_the_end = std::ssize(shifted) == columns.width();
         if (held != FieldText::kNumber || !to_the_end || shifted.back() == ' ') return 0;
         left_adjusted = left_adjusted && cut(line, columns).front() != ' ';
     }
     return left_adjusted ? 0 : common;
 }
 
-HALVERN_PRINTF(2, 3) void append_format(std::string& text, const char* format, ...) {
-    char line[1024];  // two coordinates of any size fit: at most 311 characters each
-    std::va_list arguments;
-    va_start(arguments, format);
-    const int length = std::vsnprintf(line, sizeof line, format, arguments);
-    va_end(arguments);
-    if (length > 0) text.append(line, std::min<std::size_t>(length, sizeof line - 1));
+/// A depth's magnitude in 4 columns: a decimal as long as it fits.
+void put_depth(ColumnRecord& record, Columns columns, float depth) {
+    const double value = std::min<double>(std::fabs(depth), 9999.0);
+    // 99.95 is below 100 but would be rounded to five characters.
+    record.number(columns, value, std::nearbyint(value * 10) < 1000 ? 1 : 0);
 }
 
-/// A depth in 4 columns: a decimal as long as it fits.
-struct DepthText {
-    char text[16];
-    explicit DepthText(float depth) {
-        const double value = std::min<double>(std::fabs(depth), 9999.0);
-        std::snprintf(text, sizeof text, "%4.1f", value);
-        // 99.95 is below 100 but would be rounded to five characters.
-        if (text[4] != '\0') std::snprintf(text, sizeof text, "%4.0f", value);
-    }
-};
+int append(std::string& text, const ColumnRecord& record) {
+    text += record.line();
+    text += "\r\n";
+    return record.misfits();
+}
 
 }  // namespace
 
@@ -204,18 +165,18 @@ SpsRelation parse_sps_relation(std::string_view line) {
     return record;
 }
 
-std::optional<SpsFault> find_sps_point_fault(std::string_view line) {
+std::optional<FieldFault> find_sps_point_fault(std::string_view line) {
     using namespace point_columns;
-    if (is_blank(line, kPoint)) return SpsFault{"point number", kPoint.first, kPoint.last};
+    if (is_blank(line, kPoint)) return FieldFault{"point number", kPoint.first, kPoint.last};
     static constexpr NamedColumns kFields[] = {
         {"point number", kPoint}, {"easting", kEasting}, {"northing", kNorthing}};
     return find_fault(line, kFields);
 }
 
-std::optional<SpsFault> find_sps_relation_fault(std::string_view line) {
+std::optional<FieldFault> find_sps_relation_fault(std::string_view line) {
     using namespace relation_columns;
     if (is_blank(line, kFfid) && is_blank(line, kFirstChannel)) {
-        return SpsFault{"field record number", kFfid.first, kFfid.last};
+        return FieldFault{"field record number", kFfid.first, kFfid.last};
     }
     static constexpr NamedColumns kFields[] = {
         {"field record number", kFfid},     {"source point number", kSourcePoint},
@@ -241,29 +202,54 @@ int sps_relation_slack(std::string_view line) {
     return common_slack(line, kFields);
 }
 
-void append_sps_point(std::string& text, char letter, const SpsPoint& point) {
-    append_format(text, "%c%-16d%8d%1d  %4d%s%4d%2d%4s%9.1f%10.1f%6.1f%3d%6d\r\n", letter,
-                  point.line, point.point, std::min<int>(point.index, 9), point.static_ms,
-                  DepthText(point.depth).text, point.datum, point.uphole_ms,
-                  DepthText(point.water_depth).text, point.easting, point.northing,
-                  static_cast<double>(point.elevation), point.day, point.time);
+int append_sps_point(std::string& text, char letter, const SpsPoint& point) {
+    using namespace point_columns;
+    ColumnRecord record(kRecordColumns);
+    record.text({1, 1}, {&letter, 1});
+    record.text(kLine, std::to_string(point.line));
+    record.number(kPoint, point.point);
+    record.number(kIndex, std::min<int>(point.index, 9));
+    record.number(kStatic, point.static_ms);
+    put_depth(record, kDepth, point.depth);
+    record.number(kDatum, point.datum);
+    record.number(kUphole, point.uphole_ms);
+    put_depth(record, kWaterDepth, point.water_depth);
+    record.number(kEasting, point.easting, 1);
+    record.number(kNorthing, point.northing, 1);
+    record.number(kElevation, point.elevation, 1);
+    record.number(kDay, point.day);
+    record.number(kTime, point.time);
+    return append(text, record);
 }
 
-void append_sps_relation(std::string& text, std::string_view tape, const SpsRelation& relation) {
-    append_format(text, "X%-6.*s%4d%1d%1d%-16d%8d%1d%4d%4d%1d%-16d%8d%8d%1d\r\n",
-                  static_cast<int>(std::min<std::size_t>(tape.size(), 6)), tape.data(),
-                  relation.ffid, relation.ffid_increment, relation.instrument, relation.source_line,
-                  relation.source_point, relation.source_index, relation.first_channel,
-                  relation.last_channel, relation.channel_increment, relation.receiver_line,
-                  relation.first_receiver, relation.last_receiver, relation.receiver_index);
+int append_sps_relation(std::string& text, std::string_view tape, const SpsRelation& relation) {
+    using namespace relation_columns;
+    ColumnRecord record(kRecordColumns);
+    record.text({1, 1}, "X");
+    record.text(kTape, tape);
+    record.number(kFfid, relation.ffid);
+    record.number(kFfidIncrement, relation.ffid_increment);
+    record.number(kInstrument, relation.instrument);
+    record.text(kSourceLine, std::to_string(relation.source_line));
+    record.number(kSourcePoint, relation.source_point);
+    record.number(kSourceIndex, relation.source_index);
+    record.number(kFirstChannel, relation.first_channel);
+    record.number(kLastChannel, relation.last_channel);
+    record.number(kChannelIncrement, relation.channel_increment);
+    record.text(kReceiverLine, std::to_string(relation.receiver_line));
+    record.number(kFirstReceiver, relation.first_receiver);
+    record.number(kLastReceiver, relation.last_receiver);
+    record.number(kReceiverIndex, relation.receiver_index);
+    return append(text, record);
 }
 
 void append_sps_header(std::string& text, std::string_view type, std::string_view description,
                        std::string_view data) {
-    append_format(
-        text, "%-4.*s%-28.*s%-48.*s\r\n", static_cast<int>(std::min<std::size_t>(type.size(), 4)),
-        type.data(), static_cast<int>(std::min<std::size_t>(description.size(), 28)),
-        description.data(), static_cast<int>(std::min<std::size_t>(data.size(), 48)), data.data());
+    ColumnRecord record(kRecordColumns);
+    record.text({1, 4}, type);
+    record.text({5, 32}, description);
+    record.text({33, 80}, data);
+    append(text, record);
 }
 
 SpsLineName sps_line_name(int line) {

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "geometry/columns.h"
+
 namespace halvern {
 
 /// A line name as its 16 columns hold it, blanks kept. Two names are one line when they are equal
@@ -60,17 +62,11 @@ SpsPoint parse_sps_point(std::string_view line);
 /// A record whose channels descend is turned round, its receivers with it.
 SpsRelation parse_sps_relation(std::string_view line);
 
-/// A field that cannot be meant as a number of these columns.
-struct SpsFault {
-    const char* field;  ///< its name
-    int first_column;   ///< counted from 1
-    int last_column;
-};
 /// The first of a record's key fields (point number and coordinates; file number, points, channels
 /// and receivers) that does not begin with a number, has a second one after a blank, or is blank
 /// where that leaves the record without meaning. Letters after the number are no fault.
-std::optional<SpsFault> find_sps_point_fault(std::string_view line);
-std::optional<SpsFault> find_sps_relation_fault(std::string_view line);
+std::optional<FieldFault> find_sps_point_fault(std::string_view line);
+std::optional<FieldFault> find_sps_relation_fault(std::string_view line);
 
 /// How many columns all numbers of a record end before their columns do, blank ones left out; 0
 /// when they end unequally far or are all left-adjusted. Where it is the same in every record of a
@@ -78,11 +74,12 @@ std::optional<SpsFault> find_sps_relation_fault(std::string_view line);
 int sps_point_slack(std::string_view line);
 int sps_relation_slack(std::string_view line);
 
-/// Appends the record's line with its CR LF. The line name is written as its integer value. Indexes
-/// above 9 are written as 9, depths as magnitudes up to 9999.
-void append_sps_point(std::string& text, char letter, const SpsPoint& point);
+/// Appends the record's line with its CR LF, and gives how many of its numbers did not fit their
+/// columns, which then stay blank. The line name is written as its integer value. Indexes above 9
+/// are written as 9, depths as magnitudes up to 9999; real numbers that are NaN as blanks.
+int append_sps_point(std::string& text, char letter, const SpsPoint& point);
 /// `tape` fills the six columns of the field tape number.
-void append_sps_relation(std::string& text, std::string_view tape, const SpsRelation& relation);
+int append_sps_relation(std::string& text, std::string_view tape, const SpsRelation& relation);
 /// A header line: type and modifier ("H00", "H26"), a description of up to 28 characters and data
 /// of up to 48.
 void append_sps_header(std::string& text, std::string_view type, std::string_view description,

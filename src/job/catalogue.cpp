@@ -2,8 +2,10 @@
 
 #include "flow/unbuilt_flow_item.h"
 #include "geometry/ascii_input.h"
+#include "geometry/merge_p1.h"
 #include "geometry/merge_sps.h"
 #include "geometry/trace_binning.h"
+#include "geometry/write_coordinates.h"
 #include "items/agc.h"
 #include "items/deconvolution.h"
 #include "items/filter.h"
@@ -50,12 +52,14 @@ constexpr Entry kCatalogue[] = {
     {FlowItemKind::kFilter, create<Filter>},
     {FlowItemKind::kDeconvolution, create<Deconvolution>},
     {FlowItemKind::kLinearMoveout, create<LinearMoveout>},
+    {FlowItemKind::kMergeP1, create<MergeP1>},
     {FlowItemKind::kMergeSps, create<MergeSps>},
     {FlowItemKind::kMute, create<Mute>},
     {FlowItemKind::kNormalMoveout, create<NormalMoveout>},
     {FlowItemKind::kTimeShift, create<TimeShift>},
     {FlowItemKind::kTraceMath, create<TraceMath>},
     {FlowItemKind::kTraceBinning, create<TraceBinning>},
+    {FlowItemKind::kWriteCoordinates, create<WriteCoordinates>},
     {FlowItemKind::kTraceSort, create<TraceSort>},
     {FlowItemKind::kStack, create<Stack>},
 };

@@ -229,4 +229,21 @@ void TraceHeaderDefinition::set_double(int index, double value) {
     }
 }
 
+bool TraceHeaderDefinition::store(int index, double value) {
+    const HeaderWord* w = word(index);
+    if (!w || !std::isfinite(value)) return false;
+    const auto fits = [value](double low, double high) { return value >= low && value <= high; };
+    if (static_cast<HeaderType>(w->type) == HeaderType::kR4) {
+        if (!fits(-double{std::numeric_limits<float>::max()}, std::numeric_limits<float>::max())) {
+            return false;
+        }
+    } else {
+        value = std::round(value);
+        const bool wide = static_cast<HeaderType>(w->type) == HeaderType::kI4;
+        if (!(wide ? fits(INT32_MIN, INT32_MAX) : fits(INT16_MIN, INT16_MAX))) return false;
+    }
+    set_double(index, value);
+    return true;
+}
+
 }  // namespace halvern

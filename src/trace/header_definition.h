@@ -64,6 +64,9 @@ public:
     /// I4 and I2 store the value truncated toward zero, I2 its low 16 bits; values beyond 32 bits
     /// are held at the nearest end, NaN stores 0. R4 stores it as a float.
     void set_double(int index, double value);
+    /// Stores a number that somebody worked out: rounded half away from zero for I4 and I2. False,
+    /// and the word stays as it is, when the word is missing or cannot hold the value.
+    [[nodiscard]] bool store(int index, double value);
 
 private:
     const HeaderWord* word(int index) const;  // null when index is outside 0 … count-1

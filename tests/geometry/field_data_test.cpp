@@ -7,7 +7,9 @@
 #include <random>
 
 #include "geometry/ascii_input.h"
+#include "geometry/merge_p1.h"
 #include "geometry/merge_sps.h"
+#include "geometry/write_coordinates.h"
 #include "segy/segy_reader.h"
 #include "support/log_capture.h"
 #include "support/temporary_folder.h"
@@ -67,6 +69,34 @@ TEST_F(MarineLine, MergeGivesTheGeometryOfTheHeaders) {
     MergeSps item({.lines = {"SOURCEFILE=" + *s, "RECEIVERFILE=" + *r, "RELATIONFILE=" + *x}},
                   LogFlag::kLog);
     expect_restored(item, 2, true);
+}
+
+TEST_F(MarineLine, AP1FileOfTheHeadersBringsThemBack) {
+    WriteCoordinates writer({.lines = {"TYPE=1", "FILE=" + folder.file("line")}}, LogFlag::kLog);
+    writer.PrepareRun(reader.line(), reader.definition(), reader.samples(), 480);
+    std::vector<std::string> images;
+    const auto image = [&] {
+        return std::string(reinterpret_cast<const char*>(reader.definition().image()), 240);
+    };
+    for (std::size_t i = 0; i < traces.size(); ++i) {
+        ASSERT_EQ(reader.read_trace(static_cast<std::int64_t>(i)), 1);
+        writer.ProcessTrace(reader.line(), reader.definition(), reader.samples());
+        images.push_back(image());
+    }
+    writer.EndRun();
+    MergeP1 merge({.lines = {"FILE=" + folder.file("line.p190")}}, LogFlag::kLog);
+    merge.PrepareRun(reader.line(), reader.definition(), reader.samples(), 480);
+    for (std::size_t i = 0; i < traces.size(); ++i) {
+        ASSERT_EQ(reader.read_trace(static_cast<std::int64_t>(i)), 1);
+        for (const char* name : {"SRCX", "SRCY", "RECX", "RECY", "COORSCAL"}) {
+            reader.definition().set_double(reader.definition().find(name), -1);
+        }
+        ASSERT_EQ(merge.ProcessTrace(reader.line(), reader.definition(), reader.samples()),
+                  kPassOn);
+        ASSERT_EQ(word("COORUNIT"), 1);  // lengths; the file says degrees
+        reader.definition().set_double(reader.definition().find("COORUNIT"), 3);
+        EXPECT_EQ(image(), images[i]) << i;
+    }
 }
 
 TEST_F(MarineLine, ColumnFilesBringTheHeadersBack) {
