@@ -15,6 +15,7 @@ class App;
 namespace halvern {
 
 class TraceSource;
+struct Finding;
 
 void add_init_command(CLI::App& app);
 void add_config_command(CLI::App& app);
@@ -31,6 +32,9 @@ void add_synthesize_command(CLI::App& app);
 
 /// Prints what a user should know about a file that was read, behind what has been printed of it.
 void print_notes(const TraceSource& source);
+
+/// Prints what a check of the flow of that name found.
+void print_findings(const std::string& name, const std::vector<Finding>& findings, bool csv);
 
 /// Prints "halvern COMMAND: REASON." on standard error and leaves the callback with status 1.
 [[noreturn]] void command_failed(const std::string& command, const std::string& reason);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/say.h"
 #include "cli/table.h"
 #include "desk/command_error.h"
 #include "desk/configuration.h"
@@ -34,10 +35,7 @@ void list(bool csv) {
     for (const ConfigurationKey& key : configuration_keys()) {
         const std::string start = std::string(key.key) + "=";
         bool found = false;
-        for (std::size_t begin = 0; begin < text.size();) {
-            const std::size_t end = std::min(text.find('\n', begin), text.size());
-            const std::string line = text.substr(begin, end - begin);
-            begin = end + 1;
+        for (const std::string& line : split_lines(text)) {
             if (!line.starts_with(start)) continue;
             found = true;
             table.add({key.key, line.substr(start.size()), key.meaning});
@@ -45,12 +43,13 @@ void list(bool csv) {
         if (!found) table.add({key.key, "", key.meaning});
     }
     table.print(csv);
-    if (!csv) std::printf("\nThe file is '%s'.\n", CurrentConfig().path().c_str());
+    if (!csv) say("\nThe file is '%s'.\n", CurrentConfig().path().c_str());
 }
 
 void config(const Options& options) {
-    open_system_directory();
+    open_system_directory(options.assignments.empty() ? Opening::kLook : Opening::kMake);
     if (options.assignments.empty()) return list(options.csv);
+    if (options.csv) throw CLI::ValidationError("--csv", "goes with the list alone");
     const std::string path = CurrentConfig().path();
     const auto text = file_text(path);
     if (!text) throw CommandError("cannot read '" + path + "'; check its permissions");
@@ -58,7 +57,7 @@ void config(const Options& options) {
         throw CommandError("cannot write '" + path + "': " + fault.reason() +
                            "; check disk space and permissions on its directory");
     }
-    std::printf("'%s' changed.\n", path.c_str());
+    say("'%s' changed.\n", path.c_str());
 }
 
 }  // namespace

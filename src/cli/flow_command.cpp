@@ -1,25 +1,25 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
+#include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/say.h"
 #include "cli/table.h"
 #include "cli/terminal_host.h"
 #include "desk/command_error.h"
 #include "desk/flow_check.h"
 #include "desk/flow_parameters.h"
-#include "desk/flow_text.h"
+#include "desk/flows.h"
 #include "desk/prospects.h"
 #include "desk/workplace.h"
-#include "foundation/messages.h"
 #include "foundation/words.h"
-#include "platform/create_file.h"
-#include "platform/replace_file.h"
+#include "platform/terminal.h"
 
 namespace halvern {
 
@@ -35,17 +35,25 @@ file. ITEM is a keyword, as in AGC, or AGC#2 for the second AGC of the flow.)";
 struct Options {
     std::string name;
     std::string item;
+    std::string other;   // a second name
+    std::string before;  // empty: at the end
     std::vector<std::string> words;
     bool csv = false;
     bool force = false;
 };
 
-void write_flow(const std::string& path, const FlowText& flow) {
-    if (replace_file(path, flow.text())) {
-        throw CommandError("Cannot write flow to '" + path +
-                           "'.\nCheck disk space and permissions on this directory");
-    }
-    LogPrint("Writing parameters to '%s'\n", path.c_str());
+void changed(const std::string& path) { say_error("Writing parameters to '%s'\n", path.c_str()); }
+
+// Of the flow that the options name.
+void change(const Options& options, const std::function<void(FlowDocument&)>& work) {
+    open_workplace();
+    const std::string path = flow_path(options.name);
+    if (change_flow(path, work)) changed(path);
+}
+
+std::optional<std::string> place(const Options& options) {
+    if (options.before.empty()) return {};
+    return options.before;
 }
 
 // The kinds as the flow editor's list offers them.
@@ -58,7 +66,7 @@ void items(const Options& options) {
     Table table({"menu", "keyword", "name", "available"});
     FlowItemMenu menu = FlowItemMenu::kNone;
     for (const FlowItemKindEntry* kind : kinds) {
-        const QuietItem item({.kind = kind->kind, .lines = {}});
+        const std::unique_ptr<FlowItem> item = quiet_item({.kind = kind->kind});
         const bool repeated = kind->menu == menu && !options.csv;
         menu = kind->menu;
         table.add({repeated ? "" : std::string(menu_label(menu)), kind->keyword, kind->name,
@@ -67,13 +75,11 @@ void items(const Options& options) {
     table.print(options.csv);
 }
 
-// What a table asks for, "flow edit" being the way to fill it.
-std::string table_words(const Rows& rows) {
-    std::string columns;
-    for (const char* title : rows.columns)
-        columns += (columns.empty() ? "" : ", ") + std::string(title);
-    return "\nA table, one line a row" + (columns.empty() ? "" : ", with the columns " + columns) +
-           ".";
+// What is typed for a row of a table, in the order of the flow file.
+std::string table_words(const char* key, const Rows& rows) {
+    const std::string line =
+        rows.line_form.empty() ? "" : ": " + std::string(key) + "=" + rows.line_form;
+    return "\nA table, one line a row" + line;
 }
 
 // For a person the words of a parameter share a column, and there is one for units where there are
@@ -100,7 +106,8 @@ Table parameter_table(const ParameterList& list, bool csv) {
             cells.insert(cells.end(), {field.prompt, field.help, choices});
         } else {
             std::string words = field.prompt;
-            if (const Rows* rows = std::get_if<Rows>(&parameter.value)) words += table_words(*rows);
+            if (const Rows* rows = std::get_if<Rows>(&parameter.value))
+                words += table_words(parameter.key, *rows);
             for (const std::string& more : {choices, std::string(field.help)}) {
                 if (!more.empty()) words += "\n" + more;
             }
@@ -118,8 +125,8 @@ void item(const Options& options) {
         // Without a place to work in, items are the same; only a configuration's defaults are not.
         if (!CurrentWorkplace().root.empty() || !CurrentWorkplace().prospect.empty()) throw;
     }
-    const FlowItemKind kind = kind_named(options.item);
-    const QuietItem item({.kind = kind, .lines = {}});
+    const FlowItemKind kind = required(kind_named(options.item));
+    const std::unique_ptr<FlowItem> item = quiet_item({.kind = kind});
     if (!is_available(*item)) {
         throw CommandError(std::string(item->GetName()) +
                            " is not available in this version; 'halvern flow items' tells which "
@@ -127,62 +134,85 @@ void item(const Options& options) {
     }
     const Table table = parameter_table(item->Parameters(), options.csv);
     if (!options.csv) {
-        std::printf("%s, keyword %s\n", item->GetName(), flow_item_kind(kind).keyword);
-        if (table.empty()) std::printf("It has no parameters.\n");
+        say("%s, keyword %s\n", item->GetName(), flow_item_kind(kind).keyword);
+        if (table.empty()) say("It has no parameters.\n");
     }
     if (!table.empty() || options.csv) {
-        if (!options.csv) std::printf("\n");
+        if (!options.csv) say("\n");
         table.print(options.csv);
     }
 }
 
 void make(const Options& options) {
-    open_workplace();
+    open_workplace(Opening::kMake);
     const std::string path = flow_path(options.name);
-    std::string text;
-    std::vector<std::vector<std::string>> values;  // by section
+    struct Item {
+        std::string keyword;
+        std::vector<std::string> values;
+    };
+    std::vector<Item> items;
     for (const std::string& word : options.words) {
         if (word.find('=') == std::string::npos) {
-            text += section_text(kind_named(word));
-            values.emplace_back();
-        } else if (values.empty()) {
-            throw CommandError("'" + word + "' stands before the first KEYWORD");
+            items.push_back({word, {}});
+        } else if (items.empty()) {
+            throw CommandError("'" + word + "' comes before the first KEYWORD");
         } else {
-            values.back().push_back(word);
+            items.back().values.push_back(word);
         }
     }
-    FlowText flow(text);
-    for (std::size_t i = 0; i < values.size(); ++i) assign(flow, i, values[i]);
-    // Of two commands that make a flow of one name, one gets it.
-    const std::error_code taken = options.force ? std::error_code() : create_exclusively(path);
-    if (taken == std::errc::file_exists) {
-        throw CommandError("there is a flow '" + path + "' already; --force would replace it");
+    FlowDocument flow;
+    for (Item& item : items) {
+        // A new file is best read by everybody: IBM floating point, unless another is asked for.
+        if (required(kind_named(item.keyword)) == FlowItemKind::kSegyDiskOutput) {
+            item.values.insert(item.values.begin(), "OUTPUTFORMAT=IBM");
+        }
+        add_item(flow, item.keyword, item.values, {});
     }
-    try {
-        write_flow(path, flow);
-    } catch (const CommandError&) {
-        std::error_code ignored;
-        if (!options.force && !taken) std::filesystem::remove(path, ignored);
-        throw;
-    }
-    std::printf("Flow '%s' written with %s.\n", path.c_str(),
-                counted(static_cast<long long>(values.size()), "item").c_str());
+    make_flow(path, flow, options.force);
+    changed(path);
+    say("Flow '%s' written with %s.\n", path.c_str(),
+        counted(static_cast<long long>(items.size()), "item").c_str());
+}
+
+void copy(const Options& options) {
+    open_workplace();
+    const std::string path = flow_path(options.other);
+    make_flow(path, read_flow(flow_path(options.name)), options.force);
+    changed(path);
+}
+
+void remove(const Options& options) {
+    open_workplace();
+    const std::string path = flow_path(options.name);
+    remove_flow(path);
+    say("Flow '%s' removed.\n", path.c_str());
 }
 
 void set(const Options& options) {
-    open_workplace();
-    const std::string path = flow_path(options.name);
-    FlowText flow = FlowText::read(path);
-    assign(flow, flow.find(options.item), options.words);
-    write_flow(path, flow);
+    change(options, [&](FlowDocument& flow) {
+        assign(flow, required(flow.find(options.item)), options.words);
+    });
+}
+
+void add_to(const Options& options) {
+    change(options, [&](FlowDocument& flow) {
+        add_item(flow, options.item, options.words, place(options));
+    });
+}
+
+void drop(const Options& options) {
+    change(options,
+           [&](FlowDocument& flow) { (void)flow.remove(required(flow.find(options.item))); });
+}
+
+void move(const Options& options) {
+    change(options, [&](FlowDocument& flow) { move_item(flow, options.item, place(options)); });
 }
 
 void set_disabled(const Options& options, bool disabled) {
-    open_workplace();
-    const std::string path = flow_path(options.name);
-    FlowText flow = FlowText::read(path);
-    flow.set_disabled(flow.find(options.item), disabled);
-    write_flow(path, flow);
+    change(options, [&](FlowDocument& flow) {
+        flow.set_disabled(required(flow.find(options.item)), disabled);
+    });
 }
 
 void list(const Options& options) {
@@ -192,7 +222,7 @@ void list(const Options& options) {
         std::string line;
         const auto text = file_text(flow_path(name));
         if (!text) line = "(it cannot be read)";
-        const FlowText flow(text.value_or(""));
+        const FlowDocument flow(text.value_or(""));
         for (std::size_t i = 0; i < flow.sections().size(); ++i) {
             line += line.empty() ? "" : " ";
             const std::string item = flow.item_name(i);
@@ -201,8 +231,8 @@ void list(const Options& options) {
         table.add({name, line});
     }
     if (table.empty() && !options.csv) {
-        std::printf("The prospect '%s' has no flow yet; 'halvern flow new' makes one.\n",
-                    CurrentProspect().name().c_str());
+        say("The prospect '%s' has no flow yet; 'halvern flow new' makes one.\n",
+            CurrentProspect().name().c_str());
     } else {
         table.print(options.csv);
     }
@@ -210,37 +240,27 @@ void list(const Options& options) {
 
 void show(const Options& options) {
     open_workplace();
-    const std::string text = FlowText::read(flow_path(options.name)).text();
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    const std::string text = read_flow(flow_path(options.name)).text();
+    const std::string shown = is_terminal(stdout) ? printable(text) : text;
+    std::fwrite(shown.data(), 1, shown.size(), stdout);
 }
 
 void check(const Options& options) {
     open_workplace();
-    const std::vector<Finding> findings = check_flow(FlowText::read(flow_path(options.name)));
-    long long errors = 0;
-    Table table({"line", "weight", "finding"});
-    for (const Finding& finding : findings) {
-        if (finding.error) ++errors;
-        table.add({finding.line > 0 ? std::to_string(finding.line) : "",
-                   finding.error ? "error" : "warning", finding.text});
-    }
-    if (!table.empty() || options.csv) table.print(options.csv);
-    if (!options.csv) {
-        const auto warnings = static_cast<long long>(findings.size()) - errors;
-        std::printf("%s: %s, %s.\n", options.name.c_str(), counted(errors, "error").c_str(),
-                    counted(warnings, "warning").c_str());
-    }
-    if (errors > 0) throw CLI::RuntimeError(EXIT_FAILURE);
+    const std::vector<Finding> findings = check_flow(read_flow(flow_path(options.name)));
+    print_findings(options.name, findings, options.csv);
+    if (has_error(findings)) throw CLI::RuntimeError(EXIT_FAILURE);
 }
 
 void edit(const Options& options) {
     open_workplace();
     const std::string path = flow_path(options.name);
-    FlowText flow = FlowText::read(path);
-    const std::size_t section = flow.find(options.item);
+    FlowDocument flow = read_flow(path);
+    const std::string before = flow.text();
+    const std::size_t section = required(flow.find(options.item));
     int accepted = 0;
     bool asked = true;
-    const bool changed = edit_item(flow, section, [&](FlowItem& item) {
+    const bool differs = edit_item(flow, section, [&](FlowItem& item) {
         asked = is_available(item) && !item.Parameters().empty();
         if (!asked) return;
         TerminalHost host(std::cin, std::cout);
@@ -248,11 +268,32 @@ void edit(const Options& options) {
     });
     if (!asked) throw CommandError(flow.item_name(section) + " has nothing to ask for");
     if (accepted == 0) command_failed("flow edit", "left; the flow is as it was");
-    if (changed) write_flow(path, flow);
-    std::printf("%s\n", changed ? ("Flow '" + path + "' changed.").c_str() : "Nothing changed.");
+    if (!differs) return say("Nothing changed.\n");
+    change_flow(path, [&](FlowDocument& now) {
+        if (now.text() != before) {
+            throw CommandError("the flow was changed by another command meanwhile; edit it again");
+        }
+        now = flow;
+    });
+    changed(path);
+    say("Flow '%s' changed.\n", path.c_str());
 }
 
 }  // namespace
+
+void print_findings(const std::string& name, const std::vector<Finding>& findings, bool csv) {
+    Table table({"line", "weight", "finding"});
+    for (const Finding& finding : findings) {
+        table.add({finding.line > 0 ? std::to_string(finding.line) : "",
+                   finding.error ? "error" : "warning", finding.text});
+    }
+    if (!table.empty() || csv) table.print(csv);
+    if (csv) return;
+    const auto errors = std::ranges::count_if(findings, &Finding::error);
+    const auto warnings = static_cast<std::int64_t>(findings.size()) - errors;
+    say("%s: %s, %s.\n", name.c_str(), counted(errors, "error").c_str(),
+        counted(warnings, "warning").c_str());
+}
 
 void add_flow_command(CLI::App& app) {
     CLI::App* command = app.add_subcommand("flow", "Flows: make, change, check, show them");
@@ -289,7 +330,7 @@ void add_flow_command(CLI::App& app) {
               "      values that are not given have their defaults.",
               make);
     add_name(sub);
-    sub->add_option("items", options->words, "Keywords, each with values behind it")
+    sub->add_option("items", options->words, "Keywords, each with its values after it")
         ->type_name("KEYWORD [KEY=VALUE]")
         ->required();
     sub->add_flag("--force", options->force, "Replace a flow of that name");
@@ -298,6 +339,31 @@ void add_flow_command(CLI::App& app) {
     add_name(sub);
     add_item(sub);
     sub->add_option("values", options->words, "New values")->type_name("KEY=VALUE")->required();
+    const auto add_before = [&](CLI::App* to) {
+        to->add_option("--before", options->before, "Item that it comes before [the end]")
+            ->type_name("ITEM[#n]");
+    };
+    sub = add("add", "Add an item to a flow", "add gain AGC WINDOWSIZE=500 --before SEGYDOUTPUT",
+              add_to);
+    add_name(sub);
+    sub->add_option("keyword", options->item, "Keyword of the item")
+        ->type_name("KEYWORD")
+        ->required();
+    sub->add_option("values", options->words, "Values; others have their defaults")
+        ->type_name("KEY=VALUE");
+    add_before(sub);
+    sub = add("drop", "Take an item out of a flow", "drop gain AGC#2", drop);
+    add_name(sub);
+    add_item(sub);
+    sub = add("move", "Move an item within a flow", "move gain AGC --before FILTER", move);
+    add_name(sub);
+    add_item(sub);
+    add_before(sub);
+    sub = add("copy", "Copy a flow", "copy gain gain2", copy);
+    add_name(sub);
+    sub->add_option("new", options->other, "Name of the copy")->type_name("NEW")->required();
+    sub->add_flag("--force", options->force, "Replace a flow of that name");
+    add_name(add("remove", "Remove a flow", "remove gain", remove));
     for (const bool disabled : {false, true}) {
         sub = disabled ? add("disable", "Keep an item, but do not run it", "disable gain AGC",
                              [](const Options& o) { set_disabled(o, true); })

@@ -1,4 +1,5 @@
 # Completion of the command halvern for bash. The program itself knows what may follow.
+COMP_WORDBREAKS=${COMP_WORDBREAKS//=/}  # "KEY=VALUE" is one word
 _halvern() {
     local i
     mapfile -t COMPREPLY < <("$1" __complete "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/commands.h"
+#include "cli/say.h"
 #include "desk/command_error.h"
 #include "desk/workplace.h"
 #include "foundation/system_paths.h"
@@ -27,8 +28,8 @@ void init(const std::string& asked) {
     if (error) throw CommandError("the current directory is gone; change to another one");
     if (!directory.has_filename()) directory = directory.parent_path();  // "survey/"
     make_system_directory(directory);
-    std::printf("'%s' is a system directory of its own; the commands work in it and below it.\n",
-                SystemDirectory().c_str());
+    say("'%s' is a system directory of its own; the commands work in it and below it.\n",
+        SystemDirectory().c_str());
 }
 
 }  // namespace

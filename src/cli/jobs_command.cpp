@@ -5,9 +5,11 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "cli/commands.h"
 #include "cli/log_follower.h"
+#include "cli/say.h"
 #include "cli/table.h"
 #include "desk/command_error.h"
 #include "desk/jobs.h"
@@ -26,6 +28,8 @@ struct Options {
     int number = 0;
     bool csv = false;
     bool follow = false;
+    bool clean = false;
+    std::vector<int> numbers;
 };
 
 volatile std::sig_atomic_t interrupted = 0;
@@ -41,6 +45,10 @@ std::string traces_text(const JobStatus& status, bool csv) {
 
 void jobs(const Options& options) {
     open_system_directory();
+    if (options.clean) {
+        const int count = clean_jobs(options.numbers);
+        return say("The files of %s removed.\n", counted(count, "job").c_str());
+    }
     Table table({"job", "flow", "state", "traces", "started", "time"});
     for (const int number : job_numbers()) {
         const JobStatus status = job_status(number);
@@ -50,7 +58,7 @@ void jobs(const Options& options) {
                    timed ? clock_text(status.seconds) : ""});
     }
     if (table.empty() && !options.csv) {
-        std::printf("There are no jobs yet; 'halvern run FLOW' starts one.\n");
+        say("There are no jobs yet; 'halvern run FLOW' starts one.\n");
     } else {
         table.print(options.csv);
     }
@@ -92,7 +100,7 @@ void stop(const Options& options) {
     switch (stop_job(options.number, kPatience)) {
         case Stopping::kStopped: {
             const JobStatus status = job_status(options.number);
-            std::printf("%s has ended (%s).\n", job.c_str(), state_name(status.state));
+            say("%s has ended (%s).\n", job.c_str(), state_name(status.state));
             return;
         }
         case Stopping::kStillRuns:
@@ -109,9 +117,15 @@ void stop(const Options& options) {
 
 void add_jobs_command(CLI::App& app) {
     CLI::App* command = app.add_subcommand("jobs", "List the jobs, running and ended");
-    command->footer("Example:\n  halvern jobs --csv > jobs.csv");
+    command->footer("Example:\n  halvern jobs --csv > jobs.csv\n  halvern jobs --clean");
     const auto options = std::make_shared<Options>();
     command->add_flag("--csv", options->csv, "Print the table as CSV");
+    CLI::Option* clean =
+        command->add_flag("--clean", options->clean, "Remove the files of jobs that have ended");
+    command->add_option("jobs", options->numbers, "Numbers of the jobs to clean [all]")
+        ->type_name("N")
+        ->needs(clean)
+        ->check(CLI::Range(1, std::numeric_limits<int>::max()));
     command->callback([options] { jobs(*options); });
 }
 

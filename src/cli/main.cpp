@@ -18,9 +18,10 @@
 
 namespace halvern {
 
-void TerminateJob(int normal) { std::exit(normal == kJobNormal ? EXIT_SUCCESS : EXIT_FAILURE); }
+void TerminateJob(int normal) { throw JobEnded{normal}; }
 
 void command_failed(const std::string& command, const std::string& reason) {
+    std::fflush(stdout);  // in the order of what is said
     say_error("halvern %s: %s.\n", command.c_str(), reason.c_str());
     throw CLI::RuntimeError(EXIT_FAILURE);
 }
@@ -59,7 +60,7 @@ void add_commands(CLI::App& app) {
     app.add_option("-p,--prospect", place.prospect, "Prospect to work in")->type_name("NAME");
     app.footer(kExample);
     app.require_subcommand(1);
-    app.fallthrough();  // the options above may stand behind the command, too
+    app.fallthrough();  // the options above may follow the command, too
     app.parse_complete_callback(choose_system_directory);
     app.failure_message(wrong_usage);
 
@@ -96,6 +97,9 @@ int run(CLI::App& app, int argc, char** argv) {
     } catch (const CommandError& failure) {
         say_error("halvern %s: %s.\n", command_name(app).c_str(), failure.what());
         return EXIT_FAILURE;
+    } catch (const JobEnded&) {
+        say_error("halvern %s: a flow item ended the command.\n", command_name(app).c_str());
+        return EXIT_FAILURE;
     } catch (const CLI::RuntimeError& failure) {  // the command has said what it is
         return failure.get_exit_code();
     } catch (const CLI::ParseError& error) {  // a call for help is one, too
@@ -106,6 +110,7 @@ int run(CLI::App& app, int argc, char** argv) {
 
 // What was printed may have got nowhere: the disk that it went to is full.
 int status_of_output(int status) {
+    for (const std::string& note : CurrentWorkplace().notes) say_error("%s\n", note.c_str());
     std::cout.flush();
     if (std::fflush(stdout) == 0 && !std::ferror(stdout) && std::cout) return status;
     say_error("halvern: standard output cannot be written.\n");
@@ -120,7 +125,7 @@ int main(int argc, char** argv) {
     using namespace halvern;
     CurrentWorkplace().installation = installation_of(argc > 0 ? argv[0] : "");
     choose_system_directory();
-    LogDestination::UseStream(stderr);
+    LogDestination::UseStandardOutput();  // which is nowhere: commands speak for themselves
     CLI::App app("Halvern: quality control and processing of seismic field data.");
     try {
         add_commands(app);

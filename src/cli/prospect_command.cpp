@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/say.h"
 #include "cli/table.h"
 #include "desk/command_error.h"
+#include "desk/flows.h"
 #include "desk/prospects.h"
 #include "desk/workplace.h"
-#include "foundation/messages.h"
 #include "foundation/words.h"
-#include "inspect/captured_log.h"
 
 namespace halvern {
 
@@ -33,7 +33,6 @@ struct Options {
 using Shared = std::shared_ptr<Options>;
 
 void use(const std::string& name) {
-    const CapturedLog log;
     if (RememberProspect(name) != 0) {
         throw CommandError(
             "cannot write 'Halvern.defaults'; check disk space and permissions on the system "
@@ -48,7 +47,7 @@ void list(const Options& options) {
     for (const std::string& name : prospect_names()) {
         std::string directories;
         Prospect prospect;
-        if (CapturedLog log; prospect.open(name) != 0) directories = "(its file cannot be read)";
+        if (prospect.open(name) != 0) directories = "(its file cannot be read)";
         for (const std::string& data : prospect.data_directories()) {
             directories += (directories.empty() ? "" : "\n") + data;
         }
@@ -58,11 +57,11 @@ void list(const Options& options) {
 }
 
 void create(const Options& options) {
-    open_system_directory();
+    open_system_directory(Opening::kMake);
     const Prospect prospect = create_prospect(options.name, options.directories);
     use(options.name);
-    std::printf("Prospect '%s' made and in use; its flows are in '%s'.\n", options.name.c_str(),
-                prospect.path("flow").c_str());
+    say("Prospect '%s' made and in use; its flows are in '%s'.\n", options.name.c_str(),
+        prospect.path("flow").c_str());
 }
 
 void show(const Options& options) {
@@ -83,35 +82,34 @@ void show(const Options& options) {
 }
 
 bool confirmed() {
-    std::printf("Remove it? [y/N] ");
+    say("Remove it? [y/N] ");
     std::fflush(stdout);
     std::string answer;
     std::getline(std::cin, answer);
-    if (!std::cin) std::printf("\n");
+    if (!std::cin) say("\n");
     return answer == "y" || answer == "yes";
 }
 
 void remove(const Options& options) {
     open_system_directory();
     const ProspectRemoval removal = plan_removal(options.name);
-    std::printf("This would remove prospect '%s':\n  %s\n", removal.name.c_str(),
-                removal.file.c_str());
+    say("This would remove prospect '%s':\n  %s\n", removal.name.c_str(), removal.file.c_str());
     for (const std::string& directory : removal.directories) {
-        std::printf("  %s/ (bin, data, flow and its other directories)\n", directory.c_str());
+        say("  %s/ (bin, data, flow and its other directories)\n", directory.c_str());
     }
-    std::printf("  %s, %s in all.\n", counted(removal.files, "file").c_str(),
-                counted(removal.bytes, "byte").c_str());
-    for (const std::string& kept : removal.kept) std::printf("  %s stays.\n", kept.c_str());
+    say("  %s, %s in all.\n", counted(removal.files, "file").c_str(),
+        counted(removal.bytes, "byte").c_str());
+    for (const std::string& kept : removal.kept) say("  %s stays.\n", kept.c_str());
     if (!options.yes && !confirmed()) {
         command_failed("prospect remove", "nothing was removed; 'y' or --yes would do it");
     }
     const std::vector<std::string> left = remove_prospect(removal);
     if (LastProspect() == removal.name) use("default");
     for (const std::string& path : left) {
-        std::printf("'%s' stays: it holds more than a prospect's directories, or is not yours.\n",
-                    path.c_str());
+        say("'%s' stays: it holds more than a prospect's directories, or is not yours.\n",
+            path.c_str());
     }
-    std::printf("Prospect '%s' removed.\n", removal.name.c_str());
+    say("Prospect '%s' removed.\n", removal.name.c_str());
 }
 
 }  // namespace
@@ -146,7 +144,7 @@ void add_prospect_command(CLI::App& app) {
         open_system_directory();
         const std::string name = read_prospect(o.name).name();
         use(name);
-        std::printf("Prospect '%s' is in use.\n", name.c_str());
+        say("Prospect '%s' is in use.\n", name.c_str());
     }))->required();
     CLI::App* showing = add("show", "Show where a prospect keeps its files", "show", show);
     add_name(showing);

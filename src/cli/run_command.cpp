@@ -8,7 +8,9 @@
 
 #include "cli/commands.h"
 #include "cli/log_follower.h"
-#include "desk/flow_text.h"
+#include "cli/say.h"
+#include "desk/flow_check.h"
+#include "desk/flows.h"
 #include "desk/run_job.h"
 #include "desk/workplace.h"
 #include "foundation/prospect.h"
@@ -20,7 +22,7 @@ namespace {
 
 constexpr const char* kExample = R"(Examples:
   halvern run gain
-      runs the flow and shows its log; Ctrl-C leaves the job running.
+      checks the flow, runs it and shows its log; Ctrl-C leaves the job running.
   halvern run gain AGC.WINDOWSIZE=250 SEGYDOUTPUT.FILE=short.sgy --detach
       runs it with other values, which the flow itself does not keep, and comes
       back at once.)";
@@ -29,13 +31,13 @@ struct Options {
     std::string name;
     std::vector<std::string> overrides;
     bool detach = false;
+    bool no_check = false;
 };
 
 volatile std::sig_atomic_t interrupted = 0;
 
 void say_how_to_go_on(int number) {
-    std::printf(
-        "Job %d is running.  'halvern log %d -f' follows its log, 'halvern stop %d' ends it.\n",
+    say("Job %d is running.  'halvern log %d -f' follows its log, 'halvern stop %d' ends it.\n",
         number, number, number);
 }
 
@@ -51,22 +53,30 @@ bool follow(StartedJob& job, LogView& view) {
 void run(const Options& options) {
     open_workplace();
     const std::string path = flow_path(options.name);
-    const std::string text =
-        run_text(FlowText::read(path), CurrentProspect().name(), options.overrides);
+    const FlowDocument flow = with_values(read_flow(path), options.overrides);
+    if (!options.no_check) {
+        if (const auto findings = check_flow(flow); has_error(findings)) {
+            print_findings(options.name, findings, false);
+            command_failed("run", "the flow was not started; --no-check would start it");
+        }
+    }
     const std::string name = std::filesystem::path(path).filename().string();
-    StartedJob job = start_job(name, text);
+    StartedJob job = start_job(name, run_text(flow, CurrentProspect().name()));
     if (options.detach) return say_how_to_go_on(job.files.number);
 
     LogView view(stdout, style_of_standard_output());
     if (!follow(job, view)) {
-        std::printf("\n");
+        say("\n");
         say_how_to_go_on(job.files.number);
         throw CLI::RuntimeError(EXIT_FAILURE);
     }
     const int status = job.process.wait();
     std::fflush(stdout);
     if (status == 0) {
-        std::printf("Job %d is done; its log is '%s'.\n", job.files.number, job.files.log.c_str());
+        say("Job %d is done; its log is '%s'.\n", job.files.number, job.files.log.c_str());
+        if (view.reading().end() == LogReading::End::kNone) {
+            say_error("That log is not whole: check the disk space of its directory.\n");
+        }
         return;
     }
     if (status > 128 && view.reading().end() == LogReading::End::kNone) {
@@ -75,8 +85,7 @@ void run(const Options& options) {
                                   "'");
     }
     command_failed("run", "job " + std::to_string(job.files.number) + " failed; its log is '" +
-                              job.files.log + "', and 'halvern flow check " + options.name +
-                              "' finds what can be known without running");
+                              job.files.log + "'");
 }
 
 }  // namespace
@@ -90,6 +99,7 @@ void add_run_command(CLI::App& app) {
         ->required();
     command->add_option("values", options->overrides, "Values for this run alone")
         ->type_name("ITEM.KEY=VALUE");
+    command->add_flag("--no-check", options->no_check, "Start it whatever a check finds");
     command->add_flag("--detach", options->detach, "Come back at once");
     command->callback([options] { run(*options); });
 }

@@ -10,7 +10,7 @@
 #include "desk/command_error.h"
 #include "desk/configuration.h"
 #include "desk/flow_parameters.h"
-#include "desk/flow_text.h"
+#include "desk/flows.h"
 #include "desk/jobs.h"
 #include "desk/prospects.h"
 #include "desk/workplace.h"
@@ -72,16 +72,39 @@ Words keywords() {
     return words;
 }
 
-Words keys_of(const FlowSection& section, const std::string& start) {
-    const QuietItem item(section);
+// What may be typed after "KEY=": the choices by a word each, or the words of trace headers.
+Words values_for(const Parameter& parameter) {
     Words words;
-    for (const Parameter& parameter : item->Parameters()) {
-        if (parameter.stored) words.push_back(start + parameter.key + "=");
+    for (const Choice& choice : parameter.field.choices) {
+        const std::string text = choice.text;
+        const std::string number = std::to_string(choice.value);
+        const std::string word = text.substr(0, text.find(' '));
+        words.push_back(stored_value(parameter, word) == number ? word : number);
+    }
+    TraceHeaderDefinition header;
+    if (parameter.field.kind == FieldKind::kHeaderWord && header.load(DefaultHeaderPath()) == 0) {
+        for (const HeaderWord& word : header.words()) words.push_back(word.name);
     }
     return words;
 }
 
-Words items_of(const FlowText& flow) {
+// The keys of a section's item after `start`, or the values of the one that `last` ends with.
+Words keys_of(const FlowSection& section, const std::string& start, const std::string& last) {
+    const std::unique_ptr<FlowItem> item = quiet_item(section);
+    Words words;
+    for (const Parameter& parameter : item->Parameters()) {
+        if (!parameter.stored) continue;
+        const std::string key = start + parameter.key + "=";
+        if (!last.starts_with(key)) {
+            words.push_back(key);
+            continue;
+        }
+        for (const std::string& value : values_for(parameter)) words.push_back(key + value);
+    }
+    return words;
+}
+
+Words items_of(const FlowDocument& flow) {
     Words words;
     for (std::size_t i = 0; i < flow.sections().size(); ++i) words.push_back(flow.item_name(i));
     return words;
@@ -95,7 +118,8 @@ Words flow_values(const Typed& typed) {
         Words words = keywords();
         for (std::size_t i = count; i-- > 1;) {  // the keys of the last keyword
             if (!match_keyword(typed.positionals[i])) continue;
-            const Words keys = keys_of({.kind = *match_keyword(typed.positionals[i])}, "");
+            const Words keys =
+                keys_of({.kind = *match_keyword(typed.positionals[i])}, "", typed.last);
             words.insert(words.end(), keys.begin(), keys.end());
             break;
         }
@@ -103,22 +127,29 @@ Words flow_values(const Typed& typed) {
     }
     open_workplace();
     if (count == 0) return flow_names();
-    const FlowText flow = FlowText::read(flow_path(typed.positionals[0]));
+    const FlowDocument flow = read_flow(flow_path(typed.positionals[0]));
     if (typed.path == "run") {
         const std::size_t dot = typed.last.find('.');
         if (dot != std::string::npos) {
-            return keys_of(flow.flow_section(flow.find(typed.last.substr(0, dot))),
-                           typed.last.substr(0, dot + 1));
+            return keys_of(flow.flow_section(required(flow.find(typed.last.substr(0, dot)))),
+                           typed.last.substr(0, dot + 1), typed.last);
         }
         Words words = items_of(flow);
         for (std::string& word : words) word += '.';
         return words;
     }
-    const bool has_item =
-        typed.path == "flow set" || typed.path == "flow edit" || typed.path.ends_with("able");
+    const bool has_item = typed.path == "flow set" || typed.path == "flow edit" ||
+                          typed.path == "flow drop" || typed.path == "flow move" ||
+                          typed.path.ends_with("able");
+    if (typed.path == "flow add") {
+        if (count == 1) return keywords();
+        const auto kind = match_keyword(typed.positionals[1]);
+        return kind ? keys_of({.kind = *kind}, "", typed.last) : Words();
+    }
     if (count == 1 && has_item) return items_of(flow);
     if (count >= 2 && typed.path == "flow set") {
-        return keys_of(flow.flow_section(flow.find(typed.positionals[1])), "");
+        return keys_of(flow.flow_section(required(flow.find(typed.positionals[1]))), "",
+                       typed.last);
     }
     return {};
 }

@@ -1,10 +1,12 @@
 #include "cli/terminal_host.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
 #include "cli/table.h"
 #include "desk/flow_parameters.h"
+#include "foundation/words.h"
 
 namespace halvern {
 
@@ -44,12 +46,19 @@ std::string trimmed(const std::string& text) {
     return text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
 }
 
-// A row's cells, separated by commas or blanks.
+// A row's cells: between commas, where one may be empty, or else between blanks.
 std::vector<std::string> cells_of(const std::string& line) {
     std::vector<std::string> cells;
-    std::size_t at = 0;
-    while ((at = line.find_first_not_of(", \t", at)) != std::string::npos) {
-        const std::size_t end = std::min(line.find_first_of(", \t", at), line.size());
+    if (line.find(',') != std::string::npos) {
+        for (std::size_t at = 0; at <= line.size();) {
+            const std::size_t end = std::min(line.find(',', at), line.size());
+            cells.push_back(trimmed(line.substr(at, end - at)));
+            at = end + 1;
+        }
+        return cells;
+    }
+    for (std::size_t at = 0; (at = line.find_first_not_of(" \t", at)) != std::string::npos;) {
+        const std::size_t end = std::min(line.find_first_of(" \t", at), line.size());
         cells.push_back(line.substr(at, end - at));
         at = end;
     }
@@ -76,7 +85,7 @@ void TerminalHost::Open(ParameterDialog dialog) {
 }
 
 void TerminalHost::ShowMessage(const std::string& text) {
-    out_ << text << (text.ends_with('\n') ? "" : "\n");
+    out_ << printable(text) << (text.ends_with('\n') ? "" : "\n");
 }
 
 // False when the user leaves.
@@ -99,6 +108,10 @@ void TerminalHost::show_question(const Parameter& parameter) {
         for (const std::string& line : wrapped(choices_text(parameter), Table::kWidth - 2)) {
             out_ << "  " << line << "\n";
         }
+    }
+    if (!parameter.field.preview) return;
+    for (const std::string& line : parameter.field.preview()) {
+        out_ << "  " << printable(line) << "\n";
     }
 }
 
@@ -129,10 +142,16 @@ TerminalHost::Answer TerminalHost::answer(const Parameter& parameter, const std:
 bool TerminalHost::ask(const Parameter& parameter) {
     show_question(parameter);
     const std::string prompt =
-        std::string(parameter.field.label) + " [" + value_text(parameter) + "]: ";
+        std::string(parameter.field.label) + " [" + printable(value_text(parameter)) + "]: ";
     for (std::string text;;) {
         const Answer given = answer(parameter, prompt, text);
         if (given != Answer::kValue) return given == Answer::kKeep;
+        if (const auto& check = parameter.field.check) {
+            if (const std::string fault = check(text); !fault.empty()) {
+                ShowMessage(fault);
+                continue;
+            }
+        }
         if (take(parameter, stored_value(parameter, text))) return true;
     }
 }
@@ -140,7 +159,7 @@ bool TerminalHost::ask(const Parameter& parameter) {
 // Puts a value into the variable. False when it is none, or is not meant after all.
 bool TerminalHost::take(const Parameter& parameter, const std::string& value) {
     if (const std::string fault = value_fault(parameter, value); !fault.empty()) {
-        out_ << "'" << value << "' " << fault << ".\n";
+        out_ << "'" << printable(value) << "' " << fault << ".\n";
         return false;
     }
     for (const Choice& choice : parameter.field.choices) {

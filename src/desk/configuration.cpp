@@ -7,8 +7,9 @@
 
 #include "desk/command_error.h"
 #include "desk/flow_parameters.h"
-#include "desk/flow_text.h"
+#include "desk/workplace.h"
 #include "foundation/global_config.h"
+#include "foundation/words.h"
 
 namespace halvern {
 
@@ -99,12 +100,7 @@ std::span<const ConfigurationKey> configuration_keys() { return kKeys; }
 
 std::string edited_configuration(const std::string& text,
                                  const std::vector<std::string>& assignments) {
-    std::vector<std::string> lines;
-    for (std::size_t begin = 0; begin < text.size();) {
-        const std::size_t end = std::min(text.find('\n', begin), text.size());
-        lines.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
+    std::vector<std::string> lines = split_lines(text);
     std::vector<const ConfigurationKey*> replaced;  // lists that a value has begun anew
     for (const std::string& assignment : assignments) {
         auto pair = split_assignment(assignment);
@@ -132,7 +128,7 @@ std::string edited_configuration(const std::string& text,
             replaced.push_back(&key);
         }
         if (std::ranges::count_if(lines, is_key) >= kMostRepeats) {
-            throw CommandError(std::string(key.key) + " may stand " + std::to_string(kMostRepeats) +
+            throw CommandError(std::string(key.key) + " may occur " + std::to_string(kMostRepeats) +
                                " times; more would be ignored");
         }
         lines.push_back(line);

@@ -7,9 +7,10 @@
 #include <map>
 
 #include "desk/command_error.h"
+#include "desk/workplace.h"
 #include "flow/unbuilt_flow_item.h"
 #include "foundation/key_readers.h"
-#include "inspect/captured_log.h"
+#include "foundation/words.h"
 #include "job/catalogue.h"
 
 namespace halvern {
@@ -49,36 +50,24 @@ std::string choice_fault(const Parameter& parameter, const std::string& value) {
     return "is none of the choices: " + list;
 }
 
-// The item's parameter lines by key, keys in the order of the lines.
-struct LinesByKey {
-    std::vector<std::string> keys;
-    std::map<std::string, std::vector<std::string>> values;
-};
-
-LinesByKey written_lines(FlowItem& item) {
+// The parameter's values as a flow file spells them: one, or one a row.
+std::vector<std::string> values_of(const Parameter& parameter) {
+    const Rows* rows = std::get_if<Rows>(&parameter.value);
+    if (!rows) return {value_text(parameter)};
     struct Closer {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
     const std::unique_ptr<std::FILE, Closer> stream(std::tmpfile());
-    if (stream) item.WriteParameters(stream.get());
+    if (stream) rows->write(stream.get(), "");
     if (!stream || std::fflush(stream.get()) != 0 || std::ferror(stream.get())) {
         throw CommandError("cannot write a temporary file; check the disk space in /tmp");
     }
-    LinesByKey result;
     std::rewind(stream.get());
-    std::string line;
-    for (int c; (c = std::fgetc(stream.get())) != EOF;) {
-        if (c != '\n') {
-            line += static_cast<char>(c);
-            continue;
-        }
-        if (const auto pair = split_assignment(line); pair && line.front() != '$') {
-            if (!result.values.contains(pair->first)) result.keys.push_back(pair->first);
-            result.values[pair->first].push_back(pair->second);
-        }
-        line.clear();
-    }
-    return result;
+    std::string text;
+    for (int c; (c = std::fgetc(stream.get())) != EOF;) text += static_cast<char>(c);
+    std::vector<std::string> values = split_lines(text);
+    for (std::string& value : values) value.erase(0, 1);  // the "=" of no key
+    return values;
 }
 
 // The item's spelling of a key; CommandError when it has none such.
@@ -102,14 +91,9 @@ std::string declared_key(const FlowItem& item, const ParameterList& list, const 
 
 }  // namespace
 
-QuietItem::QuietItem(const FlowSection& section) {
-    const CapturedLog log;
-    item_ = CreateFlowItem(section, LogFlag::kQuiet);
-}
-
-QuietItem::~QuietItem() {
-    const CapturedLog log;
-    item_.reset();
+std::unique_ptr<FlowItem> quiet_item(const FlowSection& section) {
+    static const SilentReporter silent;
+    return CreateFlowItem(section, LogFlag::quiet(silent));
 }
 
 bool is_available(const FlowItem& item) {
@@ -127,7 +111,7 @@ const Parameter* parameter_of_line(const ParameterList& list, const std::string&
 
 std::string value_fault(const Parameter& parameter, const std::string& value) {
     if (const std::string key = std::string(parameter.key) + "=";
-        pieces_as_read(key + value).size() > 1) {
+        key.size() + value.size() > FlowDocument::kLongestLine) {
         return "is too long: a line of a flow holds 198 characters, and " + key + " takes " +
                std::to_string(key.size());
     }
@@ -145,7 +129,6 @@ std::string value_fault(const Parameter& parameter, const std::string& value) {
         return number_fault<double>(value, "a number");
     }
     if (const Rows* rows = std::get_if<Rows>(&parameter.value)) {
-        const CapturedLog log;
         return rows->read(value.c_str())
                    ? ""
                    : "is no row of this table; 'halvern flow edit' asks for its columns";
@@ -158,10 +141,19 @@ std::string value_fault(const Parameter& parameter, const std::string& value) {
 }
 
 std::string stored_value(const Parameter& parameter, const std::string& value) {
+    // A choice's text, or a beginning of one of its words that no other choice has.
+    std::vector<std::string> found;
+    const std::string wanted = upper(value);
     for (const Choice& choice : parameter.field.choices) {
-        if (upper(value) == upper(choice.text)) return std::to_string(choice.value);
+        const std::string text = upper(choice.text);
+        if (wanted == text) return std::to_string(choice.value);
+        if (!wanted.empty() && (" " + text).find(" " + wanted) != std::string::npos) {
+            found.push_back(std::to_string(choice.value));
+        }
     }
-    return value;
+    const bool is_number =
+        !value.empty() && value.find_first_not_of("+-0123456789") == std::string::npos;
+    return found.size() == 1 && !is_number ? found.front() : value;
 }
 
 std::string choices_text(const Parameter& parameter) {
@@ -185,8 +177,8 @@ std::optional<std::pair<std::string, std::string>> split_assignment(const std::s
     return std::pair(text.substr(0, equals), text.substr(equals + 1));
 }
 
-void assign(FlowText& flow, std::size_t section, const std::vector<std::string>& assignments) {
-    const QuietItem item(flow.flow_section(section));
+void assign(FlowDocument& flow, std::size_t section, const std::vector<std::string>& assignments) {
+    const std::unique_ptr<FlowItem> item = quiet_item(flow.flow_section(section));
     const ParameterList list = item->Parameters();
     const bool checked = is_available(*item);
     std::vector<std::string> order;
@@ -224,35 +216,33 @@ void assign(FlowText& flow, std::size_t section, const std::vector<std::string>&
 }
 
 std::string section_text(FlowItemKind kind) {
-    const QuietItem item({.kind = kind, .keyword = flow_item_kind(kind).keyword, .lines = {}});
+    const std::unique_ptr<FlowItem> item = quiet_item({.kind = kind});
     std::string text = std::string("$") + flow_item_kind(kind).keyword + "\n";
-    LinesByKey lines = written_lines(*item);
-    for (const std::string& key : lines.keys) {
-        for (const std::string& value : lines.values[key]) {
-            text.append(key).append("=").append(value).append("\n");
+    for (const Parameter& parameter : item->Parameters()) {
+        if (!parameter.stored) continue;
+        for (const std::string& value : values_of(parameter)) {
+            text.append(parameter.key).append("=").append(value).append("\n");
         }
     }
     return text;
 }
 
-bool edit_item(FlowText& flow, std::size_t section, const std::function<void(FlowItem&)>& edit) {
-    const QuietItem item(flow.flow_section(section));
-    LinesByKey before = written_lines(*item);
-    edit(*item);
-    LinesByKey after = written_lines(*item);
-    for (const std::string& key : before.keys) {
-        if (!after.values.contains(key)) after.keys.push_back(key);  // a table that was emptied
-    }
-    bool changed = false;
+bool edit_item(FlowDocument& flow, std::size_t section,
+               const std::function<void(FlowItem&)>& edit) {
+    const std::unique_ptr<FlowItem> item = quiet_item(flow.flow_section(section));
     const ParameterList list = item->Parameters();
-    for (const std::string& key : after.keys) {
-        if (before.values[key] == after.values[key]) continue;
+    std::vector<std::vector<std::string>> before;
+    for (const Parameter& parameter : list) before.push_back(values_of(parameter));
+    edit(*item);
+    bool changed = false;
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        const std::vector<std::string> after = values_of(list[i]);
+        if (!list[i].stored || after == before[i]) continue;
         changed = true;
-        const Parameter* parameter = parameter_of_line(list, key + "=");
-        if (parameter && std::holds_alternative<Rows>(parameter->value)) {
-            flow.set_rows(section, key, after.values[key]);
+        if (std::holds_alternative<Rows>(list[i].value)) {
+            flow.set_rows(section, list[i].key, after);
         } else {
-            flow.set(section, key, after.values[key].back());
+            flow.set(section, list[i].key, after.front());
         }
     }
     return changed;

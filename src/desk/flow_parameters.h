@@ -7,24 +7,13 @@
 #include <utility>
 #include <vector>
 
-#include "desk/flow_text.h"
+#include "flow/flow_document.h"
 #include "flow/flow_item.h"
 
 namespace halvern {
 
-/// An item made from a section, silent in its life and its end.
-class QuietItem {
-public:
-    explicit QuietItem(const FlowSection& section);
-    ~QuietItem();
-    QuietItem(const QuietItem&) = delete;
-    QuietItem& operator=(const QuietItem&) = delete;
-    FlowItem& operator*() const { return *item_; }
-    FlowItem* operator->() const { return item_.get(); }
-
-private:
-    std::unique_ptr<FlowItem> item_;
-};
+/// An item made from a section, of which nothing is heard.
+std::unique_ptr<FlowItem> quiet_item(const FlowSection& section);
 
 /// Whether this version has an item of the kind, not only its name.
 bool is_available(const FlowItem& item);
@@ -36,8 +25,8 @@ const Parameter* parameter_of_line(const ParameterList& list, const std::string&
 /// offered to the item, which keeps them.
 std::string value_fault(const Parameter& parameter, const std::string& value);
 
-/// The value as the flow file stores it: that of a choice, when the choice's text was given in any
-/// case of letters; else as it is.
+/// The value as the flow file stores it: that of a choice, when its text, or the beginning of a
+/// word of it that no other choice has, was given in any case of letters; else as it is.
 std::string stored_value(const Parameter& parameter, const std::string& value);
 
 /// The choices as "0 = ALL Traces", one a line.
@@ -51,13 +40,13 @@ std::optional<std::pair<std::string, std::string>> split_assignment(const std::s
 
 /// Gives parameters of a section new values from "KEY=VALUE" texts; several of one key give the
 /// rows of a table. CommandError when a key is not the item's or a value is not the key's.
-void assign(FlowText& flow, std::size_t section, const std::vector<std::string>& assignments);
+void assign(FlowDocument& flow, std::size_t section, const std::vector<std::string>& assignments);
 
 /// Sections with every parameter at its default.
 std::string section_text(FlowItemKind kind);
 
 /// Lets `edit` change an item of the section, and brings what it changed into the text. True when
 /// there was anything.
-bool edit_item(FlowText& flow, std::size_t section, const std::function<void(FlowItem&)>& edit);
+bool edit_item(FlowDocument& flow, std::size_t section, const std::function<void(FlowItem&)>& edit);
 
 }  // namespace halvern

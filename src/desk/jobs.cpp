@@ -29,14 +29,6 @@ std::string scratch_path(const char* stem, int number) {
     return CurrentConfig().scratch_directory() + kPathSeparator + stem + std::to_string(number);
 }
 
-// The number that `text` begins with behind blanks, or -1.
-long long number_at(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    long long number = -1;
-    (void)std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
 // The job number in a file name of one of the three kinds, or 0.
 int job_number(std::string_view file) {
     for (const std::string_view stem : {"flow", "log", "job"}) {
@@ -82,9 +74,7 @@ std::string JobRecord::text() const {
 
 JobRecord JobRecord::parse(const std::string& text) {
     JobRecord record;
-    for (std::size_t begin = 0; begin < text.size();) {
-        const std::size_t end = std::min(text.find('\n', begin), text.size());
-        const std::string line = text.substr(begin, end - begin);
+    for (const std::string& line : split_lines(text)) {
         std::string value;
         if (ReadKey(line.c_str(), "PROCESS=", value)) record.process = number_at(value);
         if (ReadKey(line.c_str(), "FLOW=", value)) record.flow = value;
@@ -92,37 +82,8 @@ JobRecord JobRecord::parse(const std::string& text) {
         if (ReadKey(line.c_str(), "START=", value)) {
             record.start = static_cast<std::time_t>(number_at(value));
         }
-        begin = end + 1;
     }
     return record;
-}
-
-LogReading::LineKind LogReading::take(std::string_view line) {
-    constexpr std::string_view kTraces = "  Number of Traces:";
-    constexpr std::string_view kReading = "Reading Trace ";
-    if (line.starts_with(kReading)) {
-        if (const long long number = number_at(line.substr(kReading.size())); number >= 0) {
-            read_ = number;
-            return LineKind::kProgress;
-        }
-    }
-    if (line.starts_with(kTraces)) traces_ = number_at(line.substr(kTraces.size()));
-    if (line.starts_with("Job completed normally at ")) {
-        end_ = End::kNormal;
-        if (traces_ >= 0) read_ = traces_;
-    }
-    if (line.starts_with("Job terminated with error at ")) {
-        end_ = asked_to_stop_ ? End::kStopped : End::kError;
-        return LineKind::kError;
-    }
-    if (line == "The job was asked to stop.") asked_to_stop_ = true;
-    if (line.starts_with("*** WARNING")) return LineKind::kWarning;
-    for (const std::string_view start :
-         {"*** ERROR", "PARAMETER ERROR:", "ERROR IN PARAMETER FILE:", "UNDEFINED STRING:",
-          "Cannot ", "CANNOT ", "No flow to process.", "The job "}) {
-        if (line.starts_with(start)) return LineKind::kError;
-    }
-    return LineKind::kPlain;
 }
 
 const char* state_name(JobState state) {
@@ -169,7 +130,7 @@ JobFiles reserve_job(const std::string& flow_text) {
     std::error_code error;
     for (int last = numbers.empty() ? 0 : numbers.back();;) {
         if (last == kLastJob) {
-            throw CommandError("there is no number for a job behind " + std::to_string(last) +
+            throw CommandError("there is no number for a job after " + std::to_string(last) +
                                "; remove the files of that number from '" +
                                CurrentConfig().scratch_directory() + "'");
         }
@@ -235,16 +196,26 @@ JobStatus job_status(int number) {
     return status;
 }
 
-std::string clock_text(double seconds) {
-    const auto whole = static_cast<long long>(std::clamp(seconds, 0.0, 1e12));
-    char text[40];
-    if (whole >= 3600) {
-        std::snprintf(text, sizeof text, "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60,
-                      whole % 60);
-    } else {
-        std::snprintf(text, sizeof text, "%lld:%02lld", whole / 60, whole % 60);
+int clean_jobs(std::vector<int> numbers) {
+    const bool all = numbers.empty();
+    if (all) numbers = job_numbers();
+    int cleaned = 0;
+    for (const int number : numbers) {
+        const JobState state = job_status(number).state;
+        if (state == JobState::kRunning || state == JobState::kStarting) {
+            if (all) continue;
+            throw CommandError("job " + std::to_string(number) + " is " + state_name(state) +
+                               "; 'halvern stop " + std::to_string(number) + "' ends it");
+        }
+        const JobFiles files(number);
+        for (const std::string& path : {files.log, files.record, files.flow}) {
+            std::error_code error;
+            fs::remove(path, error);
+            if (error) throw CommandError("cannot remove '" + path + "': " + error.message());
+        }
+        ++cleaned;
     }
-    return text;
+    return cleaned;
 }
 
 }  // namespace halvern

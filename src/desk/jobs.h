@@ -4,8 +4,9 @@
 #include <ctime>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "desk/log_reading.h"
 
 namespace halvern {
 
@@ -28,26 +29,6 @@ struct JobRecord {
 
     std::string text() const;
     static JobRecord parse(const std::string& text);
-};
-
-/// What a job's log tells, taken line by line while it grows.
-class LogReading {
-public:
-    enum class LineKind { kPlain, kProgress, kWarning, kError };
-    enum class End { kNone, kNormal, kError, kStopped };
-
-    /// Takes one line, without its end.
-    LineKind take(std::string_view line);
-
-    long long traces() const { return traces_; }  ///< of the input; -1: not known
-    long long read() const { return read_; }      ///< so far, as far as the log says
-    End end() const { return end_; }
-
-private:
-    long long traces_ = -1;
-    long long read_ = 0;
-    End end_ = End::kNone;
-    bool asked_to_stop_ = false;
 };
 
 /// Stopped: it ended because it was asked to; killed: it ended without a last line.
@@ -77,7 +58,8 @@ bool job_runs(const JobRecord& record);
 /// The record of a job; empty when there is none.
 JobRecord read_record(const JobFiles& files);
 
-/// "0:03", "1:02:33".
-std::string clock_text(double seconds);
+/// Removes the files of jobs that have ended, of all of them or of those with these numbers, and
+/// gives how many jobs went. CommandError for one that runs or that there is not.
+int clean_jobs(std::vector<int> numbers);
 
 }  // namespace halvern

@@ -4,37 +4,18 @@
 #include <filesystem>
 
 #include "desk/command_error.h"
-#include "desk/flow_text.h"
 #include "desk/workplace.h"
 #include "foundation/global_config.h"
 #include "foundation/scratch.h"
 #include "foundation/system_paths.h"
 #include "foundation/words.h"
-#include "inspect/captured_log.h"
 #include "platform/create_file.h"
-#include "platform/replace_file.h"
 
 namespace halvern {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::vector<std::string> file_names(const std::string& directory) {
-    std::vector<std::string> names;
-    std::error_code error;
-    fs::directory_iterator entry(directory, error);
-    for (; !error && entry != fs::directory_iterator{}; entry.increment(error)) {
-        std::error_code unknown;
-        std::string name = entry->path().filename().string();
-        if (entry->is_regular_file(unknown) && !name.starts_with('.') &&
-            !unfinished_file_owner(name)) {
-            names.push_back(std::move(name));
-        }
-    }
-    std::ranges::sort(names);
-    return names;
-}
 
 fs::path whole_path(const std::string& path) {
     std::error_code error;
@@ -96,7 +77,6 @@ std::vector<std::string> prospect_names() {
 }
 
 Prospect read_prospect(const std::string& name) {
-    const CapturedLog log;
     Prospect prospect;
     // The tree does not tell capitals from small letters; the file says how the prospect is called.
     const fs::path file = Prospect::file_path(name);
@@ -141,7 +121,6 @@ Prospect create_prospect(const std::string& name, const std::vector<std::string>
         throw CommandError("there is a prospect '" + name + "' already; 'halvern prospect use " +
                            name + "' works in it");
     }
-    const CapturedLog log;
     if (prospect.save() != 0) {
         if (!taken) fs::remove(file, error);
         throw CommandError("cannot write '" + file +
@@ -156,12 +135,6 @@ Prospect create_prospect(const std::string& name, const std::vector<std::string>
                            "'; check disk space and permissions there");
     }
     return prospect;
-}
-
-std::vector<std::string> flow_names() {
-    std::vector<std::string> names = file_names(CurrentProspect().path("flow"));
-    std::erase_if(names, [](const std::string& name) { return !is_usable_name(name); });
-    return names;
 }
 
 ProspectRemoval plan_removal(const std::string& asked) {
@@ -192,7 +165,6 @@ ProspectRemoval plan_removal(const std::string& asked) {
 }
 
 std::vector<std::string> remove_prospect(const ProspectRemoval& removal) {
-    const CapturedLog log;
     std::vector<std::string> left;
     std::error_code error;
     for (const std::string& own : removal.directories) {

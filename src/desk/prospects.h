@@ -18,9 +18,6 @@ Prospect read_prospect(const std::string& name);
 /// first one. CommandError when the name is taken or no name, or a directory is missing.
 Prospect create_prospect(const std::string& name, const std::vector<std::string>& directories);
 
-/// Names of the flows in the current prospect, in order; only those that flow_path() takes.
-std::vector<std::string> flow_names();
-
 /// What the removal of a prospect would take away.
 struct ProspectRemoval {
     std::string name;                      ///< as its file spells it

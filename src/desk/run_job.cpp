@@ -13,8 +13,7 @@
 
 namespace halvern {
 
-std::string run_text(FlowText flow, const std::string& prospect,
-                     const std::vector<std::string>& overrides) {
+FlowDocument with_values(FlowDocument flow, const std::vector<std::string>& overrides) {
     std::map<std::size_t, std::vector<std::string>> assignments;  // by section
     for (const std::string& text : overrides) {
         const std::size_t dot = text.find('.');
@@ -22,9 +21,13 @@ std::string run_text(FlowText flow, const std::string& prospect,
         if (dot == std::string::npos || equals == std::string::npos || dot > equals) {
             throw CommandError("'" + text + "' is no ITEM.KEY=VALUE, as in AGC.WINDOWSIZE=500");
         }
-        assignments[flow.find(text.substr(0, dot))].push_back(text.substr(dot + 1));
+        assignments[required(flow.find(text.substr(0, dot)))].push_back(text.substr(dot + 1));
     }
     for (const auto& [section, texts] : assignments) assign(flow, section, texts);
+    return flow;
+}
+
+std::string run_text(const FlowDocument& flow, const std::string& prospect) {
     return "$PROSPECT=" + prospect + "\n" + flow.text();
 }
 
@@ -54,8 +57,9 @@ StartedJob start_job(const std::string& flow_name, const std::string& text) {
     record.process = process->id();
     if (replace_file(files.record, record.text())) {
         // The job runs all the same; only 'jobs' and 'stop' will not know its process.
-        std::fprintf(stderr, "'%s' cannot be written: 'halvern stop %d' will not find the job.\n",
-                     files.record.c_str(), files.number);
+        CurrentWorkplace().notes.push_back(
+            "'" + files.record + "' cannot be written: 'halvern stop " +
+            std::to_string(files.number) + "' will not find the job.");
     }
     return {files, std::move(*process)};
 }

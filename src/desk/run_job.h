@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "desk/flow_text.h"
 #include "desk/jobs.h"
+#include "flow/flow_document.h"
 #include "platform/detached_process.h"
 
 namespace halvern {
@@ -14,10 +14,12 @@ struct StartedJob {
     DetachedProcess process;
 };
 
-/// The text of a run file: the prospect's line, then the flow with some parameters of its own,
-/// "ITEM.KEY=VALUE" or "ITEM#2.KEY=VALUE" each. CommandError when one of them fits nothing.
-std::string run_text(FlowText flow, const std::string& prospect,
-                     const std::vector<std::string>& overrides);
+/// The flow with some values of its own, "ITEM.KEY=VALUE" or "ITEM#2.KEY=VALUE" each. CommandError
+/// when one of them fits nothing.
+FlowDocument with_values(FlowDocument flow, const std::vector<std::string>& overrides);
+
+/// The text of a run file: the prospect's line, then the flow.
+std::string run_text(const FlowDocument& flow, const std::string& prospect);
 
 /// Gives the run a number and its files and starts the job program on it, detached.
 StartedJob start_job(const std::string& flow_name, const std::string& text);

@@ -1,15 +1,17 @@
 #include "desk/workplace.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <cctype>
 
 #include "desk/command_error.h"
 #include "foundation/global_config.h"
 #include "foundation/installation_tree.h"
+#include "foundation/key_readers.h"
 #include "foundation/prospect.h"
 #include "foundation/system_paths.h"
 #include "foundation/words.h"
-#include "inspect/captured_log.h"
 #include "platform/program_path.h"
+#include "platform/replace_file.h"
 #include "platform/text_file.h"
 
 namespace halvern {
@@ -53,11 +55,17 @@ void make_directory(const fs::path& directory) {
     }
 }
 
-// Passes on what the reading of the configuration found wrong.
-void report_fallback(const CapturedLog& log) {
-    for (const std::string& line : log.lines()) {
-        if (line.starts_with("Scratch directory '")) std::fprintf(stderr, "%s\n", line.c_str());
+// What the configuration names as scratch directory and could not be used.
+void note_fallback(const std::string& path) {
+    const Result<std::string> text = read_text_file(path);
+    std::string named;
+    for (const std::string& line : split_lines(text ? *text : "")) {
+        (void)ReadKey(line.c_str(), "SCRATCHDIR=", named);
     }
+    const std::string& used = CurrentConfig().scratch_directory();
+    if (named.empty() || named == used) return;
+    CurrentWorkplace().notes.push_back("Scratch directory '" + named +
+                                       "' does not exist.  Using '" + used + "'.");
 }
 
 }  // namespace
@@ -95,7 +103,7 @@ void choose_system_directory() {
     SetSystemDirectory(directory_upwards(here).value_or(place.installation).string());
 }
 
-void open_system_directory() {
+void open_system_directory(Opening opening) {
     const std::string& root = SystemDirectory();
     const std::string path = TreePath(root, kConfiguration);
     const bool configured = holds(root, kConfiguration);
@@ -103,8 +111,15 @@ void open_system_directory() {
         throw CommandError("'" + root + "' is no system directory, for it holds no " +
                            kConfiguration + "; 'halvern init " + root + "' makes it one");
     }
-    CapturedLog log;
-    CreateInstallationTree();
+    if (!configured && opening == Opening::kLook) {
+        std::error_code ignored;
+        throw CommandError(std::string("there is no ") + kConfiguration + " in '" +
+                           fs::current_path(ignored).string() +
+                           "' or a directory above it, nor in the installation '" + root +
+                           "', so that there is nothing to show yet; 'halvern init DIR' makes a "
+                           "directory to work in");
+    }
+    if (opening == Opening::kMake) CreateInstallationTree();
     if (ReadGlobalConfig(path) != 0) {
         throw CommandError(
             configured ? "cannot read the configuration '" + path + "'; check its permissions"
@@ -112,14 +127,13 @@ void open_system_directory() {
                              "' is not yours to write to; 'halvern init DIR' makes a directory of "
                              "your own, and the commands work in it and below it");
     }
-    report_fallback(log);
+    note_fallback(path);
 }
 
-void open_workplace() {
-    open_system_directory();
+void open_workplace(Opening opening) {
+    open_system_directory(opening);
     const std::string& asked = CurrentWorkplace().prospect;
     const std::string name = asked.empty() ? LastProspect() : asked;
-    CapturedLog log;
     if (CurrentProspect().open(name) == 0) return;
     const std::string file = Prospect::file_path(name);
     if (std::error_code ignored; Prospect::is_name(name) && fs::exists(file, ignored)) {
@@ -153,7 +167,6 @@ void make_system_directory(const fs::path& directory) {
         if (error) throw CommandError("cannot make '" + header.string() + "': " + error.message());
     }
     SetSystemDirectory(directory.string());
-    CapturedLog log;
     CreateInstallationTree();
     if (ReadGlobalConfig(TreePath(directory.string(), kConfiguration)) != 0) {
         throw CommandError("cannot write '" + (directory / kConfiguration).string() +
@@ -171,26 +184,44 @@ std::string installed_program(std::string_view name) {
 
 bool is_usable_name(const std::string& name) {
     constexpr std::size_t kLongest = 180;
+    const auto is_letter_or_digit = [](char c) {
+        return static_cast<unsigned char>(c) >= 0x80 || std::isalnum(static_cast<unsigned char>(c));
+    };
     return Prospect::is_name(name) && name.front() != '.' && name.front() != '-' &&
-           name.size() <= kLongest && is_one_line(name);
+           name.size() <= kLongest && printable(name) == name && is_one_line(name) &&
+           std::ranges::any_of(name, is_letter_or_digit);
 }
 
-std::string flow_path(const std::string& name) {
-    const bool is_path = name.find_first_of("/\\") != std::string::npos;
-    if (is_path && is_one_line(name)) return name;
-    if (!is_usable_name(name)) {
-        throw CommandError("'" + name +
-                           "' cannot name a flow; a file elsewhere is named with a '/', as in "
-                           "./" +
-                           name);
+std::vector<std::string> file_names(const std::string& directory) {
+    std::vector<std::string> names;
+    std::error_code error;
+    fs::directory_iterator entry(directory, error);
+    for (; !error && entry != fs::directory_iterator{}; entry.increment(error)) {
+        std::error_code unknown;
+        std::string name = entry->path().filename().string();
+        if (entry->is_regular_file(unknown) && !name.starts_with('.') &&
+            !unfinished_file_owner(name)) {
+            names.push_back(std::move(name));
+        }
     }
-    return CurrentProspect().path("flow", name);
+    std::ranges::sort(names);
+    return names;
 }
 
 std::optional<std::string> file_text(const std::string& path) {
     Result<std::string> text = read_text_file(path);
     if (!text) return {};
     return std::move(*text);
+}
+
+std::vector<std::string> split_lines(const std::string& text) {
+    std::vector<std::string> lines;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        lines.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return lines;
 }
 
 }  // namespace halvern

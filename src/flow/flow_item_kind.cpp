@@ -59,50 +59,6 @@ constexpr std::array<FlowItemKindEntry, kFlowItemKinds> kKinds = {{
     {Kind::kStack, "Stack", "STACK", Base::kBuffering, Menu::kProcess, 20},
 }};
 
-// A keyword is matched as a prefix of the line, so one that is the start of another stands after
-// it: DECONDISPLAY before DECON, MERGE before P1MERGE does no harm.
-constexpr Kind kMatchOrder[] = {
-    Kind::kSegdTapeInput,
-    Kind::kSegyTapeInput,
-    Kind::kNativeDiskInput,
-    Kind::kNativeDiskOutput,
-    Kind::kSegyDiskInput,
-    Kind::kSegyDiskOutput,
-    Kind::kSegyTapeOutput,
-    Kind::kHeaderMap2d,
-    Kind::kHeaderMap3d,
-    Kind::kTraceDisplay2d,
-    Kind::kSpectralDisplay,
-    Kind::kDeconvolutionDisplay,
-    Kind::kGeometryDisplay,
-    Kind::kMultiComponentDisplay,
-    Kind::kBinningDisplay,
-    Kind::kCoordinateDisplay,
-    Kind::kHeaderMath,
-    Kind::kMergeSps,
-    Kind::kMergeP1,
-    Kind::kTraceSort,
-    Kind::kStack,
-    Kind::kNormalMoveout,
-    Kind::kLinearMoveout,
-    Kind::kAgc,
-    Kind::kTraceMix,
-    Kind::kTimeShift,
-    Kind::kTraceMath,
-    Kind::kMute,
-    Kind::kFilter,
-    Kind::kDeconvolution,
-    Kind::kWriteCoordinates,
-    Kind::kResample,
-    Kind::kAttribute,
-    Kind::kTraceBinning,
-    Kind::kTraceSelect,
-    Kind::kTraceWindow,
-    Kind::kAsciiInput,
-    Kind::kAsciiOutput,
-};
-static_assert(std::size(kMatchOrder) == kFlowItemKinds);
-
 }  // namespace
 
 std::string_view menu_label(FlowItemMenu menu) {
@@ -128,10 +84,16 @@ const FlowItemKindEntry& flow_item_kind(FlowItemKind kind) {
 }
 
 std::optional<FlowItemKind> match_keyword(std::string_view text) {
-    for (const Kind kind : kMatchOrder) {
-        if (text.starts_with(flow_item_kind(kind).keyword)) return kind;
+    const FlowItemKindEntry* longest = nullptr;
+    for (const FlowItemKindEntry& entry : kKinds) {
+        const std::string_view keyword = entry.keyword;
+        if (!text.starts_with(keyword)) continue;
+        if (!longest || keyword.size() > std::string_view(longest->keyword).size()) {
+            longest = &entry;
+        }
     }
-    return std::nullopt;
+    if (!longest) return std::nullopt;
+    return longest->kind;
 }
 
 }  // namespace halvern

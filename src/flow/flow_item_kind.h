@@ -46,8 +46,9 @@ enum class FlowItemKind : int {
     kWriteCoordinates = 35,
     kTraceSort = 36,
     kStack = 37,
+    kNumberOfKinds  ///< is none
 };
-inline constexpr int kFlowItemKinds = 38;
+inline constexpr int kFlowItemKinds = static_cast<int>(FlowItemKind::kNumberOfKinds);
 
 /// The intermediate base a kind derives from.
 enum class FlowItemBase { kInput, kProcess, kBuffering, kDisplay, kExclusive };
@@ -62,18 +63,18 @@ std::string_view menu_label(FlowItemMenu menu);
 struct FlowItemKindEntry {
     FlowItemKind kind;
     const char* name;     ///< item name and menu label
-    const char* keyword;  ///< in flow files, behind "$"
+    const char* keyword;  ///< in flow files, after "$"
     FlowItemBase base;
     FlowItemMenu menu;
     int menu_order;  ///< place in the whole list, counted from 1; 0 when not offered
 };
 
-/// All 38 kinds, indexed by id.
+/// All kinds, indexed by id.
 std::span<const FlowItemKindEntry, kFlowItemKinds> flow_item_kinds();
 const FlowItemKindEntry& flow_item_kind(FlowItemKind kind);
 
-/// The kind whose keyword `text` begins with, tried in the fixed order that keeps every keyword
-/// reachable ("AGCX" is AGC, "DECONDISPLAY" is not DECON). Nothing when none matches.
+/// The kind whose keyword `text` begins with ("AGCX" is AGC), the longest one where several do
+/// ("DECONDISPLAY" is not DECON). Nothing when none matches.
 std::optional<FlowItemKind> match_keyword(std::string_view text);
 
 }  // namespace halvern

@@ -21,10 +21,16 @@ namespace halvern {
 inline constexpr int kJobError = 0;
 inline constexpr int kJobNormal = 1;
 
+/// What TerminateJob throws where there is no job to end: in the front door, which checks flows,
+/// and in the tests. No item catches it.
+struct JobEnded {
+    int normal;  ///< its argument: kJobError or kJobNormal
+};
+
 /// Ends the job: writes its last log line, removes its scratch files and exits the process with
 /// status 1 (kJobError) or 0 (kJobNormal). Every program brings its own: the job program's returns
-/// only while it is already shutting down, the tests' throws, so that a fatal path is an ordinary
-/// assertion. Callers return right after it.
+/// only while it is already shutting down, every other one's throws JobEnded. Callers return right
+/// after it.
 void TerminateJob(int normal);
 
 /// Where the log goes. Chosen once, at start; process-wide.

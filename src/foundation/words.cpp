@@ -4,8 +4,28 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <numeric>
 
 namespace halvern {
+
+namespace {
+
+std::size_t edit_distance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i + 1;
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+}  // namespace
 
 std::string grouped(std::int64_t number) {
     std::string text = std::to_string(number);
@@ -91,6 +111,27 @@ std::string printable(std::string_view text) {
         }
     }
     return shown;
+}
+
+std::string upper(std::string text) {
+    for (char& c : text) {
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return text;
+}
+
+std::string nearest(const std::string& word, const std::vector<std::string>& candidates) {
+    constexpr std::size_t kLongest = 100;
+    if (word.size() > kLongest) return {};
+    std::string found;
+    std::size_t least = word.size() / 3 + 1;  // more is another word
+    for (const std::string& candidate : candidates) {
+        const std::size_t distance = edit_distance(upper(word), upper(candidate));
+        if (distance > least || (distance == least && !found.empty())) continue;
+        least = distance;
+        found = candidate;
+    }
+    return found;
 }
 
 }  // namespace halvern

@@ -21,6 +21,12 @@ std::string counted(std::int64_t number, std::string_view singular);
 /// "FFID,CHAN" as its two parts; blanks around them do not count.
 std::vector<std::string> split_list(std::string_view text);
 
+/// In capitals; ASCII only.
+std::string upper(std::string text);
+
+/// The candidate that differs least from `word`, when it is near; else an empty text.
+std::string nearest(const std::string& word, const std::vector<std::string>& candidates);
+
 /// Whether a name or path can be a line of the files that the commands keep.
 bool is_one_line(std::string_view text);
 

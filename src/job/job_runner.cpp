@@ -95,12 +95,14 @@ void RunJob(const std::vector<std::string>& arguments) {
 
     const std::string flow_path = arguments.size() > kFlowFile ? arguments[kFlowFile] : "";
     job.flow = std::make_unique<FlowParameterFile>(flow_path);
-    if (job.flow->read_site_defaults(TreePath(SystemDirectory(), "defaults")) != 0 ||
+    if (job.flow->load_site_defaults(TreePath(SystemDirectory(), "defaults")) != 0 ||
         job.flow->read(open_prospect) != 0) {
         LogPrint("Cannot Read parameters from '%s'\n", flow_path.c_str());
         return TerminateJob(kJobError);
     }
-    job.head = BuildChain(job.flow->sections(), CreateFlowItem);
+    job.head = BuildChain(job.flow->sections(), [](const FlowSection& section) {
+        return CreateFlowItem(section, LogFlag::kLog);
+    });
     if (!job.head) {
         LogPrint("No flow to process.\n");
         return TerminateJob(kJobError);

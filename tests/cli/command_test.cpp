@@ -83,7 +83,8 @@ TEST_F(CommandAtWork, RunsAFlowToItsEnd) {
 
 TEST_F(CommandAtWork, SaysWhatIsWrongAndWhatToDoNext) {
     expect({
-        {"run gain AGC.WINDOWSIZE=0", 1, "job 1 failed; its log is"},
+        {"run gain AGC.WINDOWSIZE=0", 1, "--no-check would start it"},
+        {"run gain AGC.WINDOWSIZE=0 --no-check", 1, "job 1 failed; its log is"},
         {"run nothing", 1, "'halvern flow list' names those there are"},
         {"run gain AGC.SIZE=0", 1, "AGC has no parameter 'SIZE'"},
         {"flow set gain AGC", 2, "values is required"},
@@ -127,9 +128,10 @@ TEST_F(CommandAtWork, CompletesWhatIsTyped) {
         {"flow show g", "gain\n"},
         {"flow set gain AGC ''", "WINDOWSIZE=\n"},
         {"run gain AGC.", "AGC.WINDOWSIZE=\n"},
+        {"flow set gain SEGYDOUTPUT OUTPUTFORMAT=I", "OUTPUTFORMAT=IEEE\nOUTPUTFORMAT=IBM\n"},
         {"flow new x AG", "AGC\n"},
         {"--root . prospect use ''", "default\n"},
-        {"jobs --c", "--csv\n"},
+        {"jobs --cs", "--csv\n"},
         {"plot x --style w", "wiggle\n"},
         {"info x --headers FFID,CHAN", "FFID,CHAN\nFFID,CHANSET\n"},
         {"info --select FF", "FFID=\n"},

@@ -19,11 +19,11 @@ protected:
     // The flow after an item was asked for with these answers.
     std::string edited(const std::string& text, const std::string& item,
                        const std::string& answers) {
-        FlowText flow(text);
+        FlowDocument flow(text);
         std::istringstream in(answers);
         std::ostringstream out;
         accepted = 0;
-        edit_item(flow, flow.find(item), [&](FlowItem& asked) {
+        edit_item(flow, *flow.find(item), [&](FlowItem& asked) {
             TerminalHost host(in, out);
             asked.ShowInterface(nullptr, 0, 0, &accepted);
         });
@@ -75,7 +75,7 @@ TEST_F(Dialogs, TakeTablesRowByRow) {
     EXPECT_EQ(edited(flow, "NMO", "\n\n"), flow);
     EXPECT_THAT(said, HasSubstr("1500"));
     const std::string changed = edited(flow, "NMO", "\n1 1 0 x\n\n1,1,100,1600\n2 1 0 1500\n\n");
-    EXPECT_EQ(FlowText(changed).lines().size(), 4u) << changed;
+    EXPECT_EQ(FlowDocument(changed).line_count(), 4u) << changed;
     EXPECT_THAT(changed, HasSubstr("1600"));
     EXPECT_THAT(changed, HasSubstr("\nMUTE_THRESH=0\n"));  // not even its spelling changed
 }

@@ -4,10 +4,8 @@
 
 #include <thread>
 
-#include "cli/log_follower.h"
 #include "desk/command_error.h"
 #include "foundation/global_config.h"
-#include "support/log_capture.h"
 #include "support/system_place.h"
 
 namespace halvern {
@@ -91,23 +89,50 @@ TEST(LogLines, AreToldApart) {
     }
 }
 
-// By hand: 3,000 of 12,000 is a quarter, 6 of 24 cells; 2,000 in 4 s is 500 a second, and 9,000
-// more take 18 s.
-TEST(ProgressBar, TellsShareRateAndTimeLeft) {
-    EXPECT_EQ(progress_text(3000, 12000, 2000, 4),
-              "[######..................] 25 %  3,000 of 12,000  500/s  0:18 left");
-    EXPECT_EQ(progress_text(5, 0, 0, 0), "[........................] 0 %  5 of 0");
-    EXPECT_TRUE(progress_text(1LL << 62, 3, 0, 0).starts_with("[########################] 100 %"));
-    EXPECT_EQ(clock_text(3723), "1:02:03");
+TEST_F(Jobs, AreCleanedWhenTheyHaveEnded) {
+    for (const char* name : {"flow1", "flow2", "flow3"})
+        place.folder.write(scratch(name), "$AGC\n");
+    place.folder.write(scratch("log1"), "Job completed normally at 'x'\n");
+    place.folder.write(scratch("job3"), JobRecord{.start = std::time(nullptr)}.text());  // starts
+    EXPECT_THROW(clean_jobs({3}), CommandError);
+    EXPECT_THROW(clean_jobs({9}), CommandError);
+    place.folder.write(scratch("job2"), "PROCESS=999999999\n");
+    EXPECT_EQ(clean_jobs({}), 2);
+    EXPECT_THAT(job_numbers(), ElementsAre(3));
 }
 
-TEST(LogView, ColoursWholeLinesThatCameInPieces) {
-    std::FILE* out = std::tmpfile();
-    LogView view(out, {.colour = true, .progress = false});
-    for (const char* piece : {"a\n*** WARN", "ING in AGC: ", "w\nrest"}) view.take(piece);
-    view.finish();
-    EXPECT_EQ(text_of(out), "a\n\033[33m*** WARNING in AGC: w\033[0m\nrest\n");
-    std::fclose(out);
+// The second pass of a sort reads the input again, in another order.
+TEST(LogProgress, FollowsTheSortedTracesAfterTheInput) {
+    LogReading reading;
+    for (const char* line : {"  Number of Traces:           400", "Reading Trace 300"}) {
+        (void)reading.take(line);
+    }
+    EXPECT_EQ(reading.progress().done, 300);
+    EXPECT_EQ(reading.progress().total, 400);
+    for (const char* line : {"Trace Sort: Sorting 200 traces.", "Reading Trace 3"}) {
+        (void)reading.take(line);
+    }
+    EXPECT_EQ(reading.progress().done, 0);
+    EXPECT_EQ(reading.take("Trace Sort: Writing Sorted Trace #50"), Kind::kProgress);
+    EXPECT_EQ(reading.progress().done, 50);
+    EXPECT_EQ(reading.progress().total, 200);
+    EXPECT_EQ(reading.read(), 300);
+}
+
+TEST(GrowingLogs, GiveWholeLines) {
+    TemporaryFolder folder;
+    GrowingLog log(folder.file("log"));
+    std::vector<std::string> lines;
+    const auto read = [&](bool last) {
+        log.read([&](std::string_view line) { lines.emplace_back(line); }, last);
+    };
+    read(false);
+    folder.write("log", "a\nb");
+    read(false);
+    EXPECT_THAT(lines, ElementsAre("a"));
+    folder.write("log", "a\nbc\nd");
+    read(true);
+    EXPECT_THAT(lines, ElementsAre("a", "bc", "d"));
 }
 
 }  // namespace

@@ -65,25 +65,24 @@ TEST_F(FlowFile, WhatCannotBeReadIsSaid) {
     EXPECT_EQ(file.sections().size(), 1u);
     EXPECT_EQ(log.text(), "CANNOT OPEN PARAMETER FILE: " + missing.path() +
                               "\nCANNOT OPEN PARAMETER FILE: " + directory.path() +
-                              "\nERROR IN PARAMETER FILE: " + file.path() +
-                              "\nUNDEFINED STRING:        FOO BAR\n");
+                              "\nREASON: it is a directory\nERROR IN PARAMETER FILE: " +
+                              file.path() + "\nUNDEFINED STRING:        FOO BAR\n");
 }
 
 // The later line wins, so what a flow says itself overrides what the site says.
-TEST_F(FlowFile, SiteDefaultsStandBeforeTheSectionsOwnLines) {
+TEST_F(FlowFile, SiteDefaultsComeBeforeTheSectionsOwnLines) {
     folder.write("defaults/10", "$AGC\nWINDOWSIZE=500\n$$MUTE\nX=1\n");
     folder.write("defaults/20", "$AGC\nWINDOWSIZE=600\n");
     file = FlowParameterFile(folder.write("flow", "$AGC\nWINDOWSIZE=7\n$MUTE\n"));
-    EXPECT_EQ(file.read_site_defaults(folder.file("absent")), 0);
-    EXPECT_EQ(file.read_site_defaults(folder.file("defaults")), 0);
+    EXPECT_EQ(file.load_site_defaults(folder.file("absent")), 0);
+    EXPECT_EQ(file.load_site_defaults(folder.file("defaults")), 0);
     EXPECT_EQ(file.read({}), 0);
     EXPECT_THAT(file.sections().front().lines,
                 ElementsAre("WINDOWSIZE=500", "WINDOWSIZE=600", "WINDOWSIZE=7"));
     EXPECT_TRUE(file.sections().back().lines.empty());
 }
 
-// Every keyword must find its own kind although they are compared as prefixes in a fixed order, and
-// the two that contain another one must not be taken for it.
+// Every keyword must find its own kind although they are compared as prefixes.
 TEST(FlowItemKinds, EveryKeywordIsReachableAndIdsAreInPlace) {
     int id = 0;
     std::vector<int> order;
@@ -95,7 +94,6 @@ TEST(FlowItemKinds, EveryKeywordIsReachableAndIdsAreInPlace) {
     }
     std::sort(order.begin(), order.end());
     for (std::size_t i = 0; i < order.size(); ++i) EXPECT_EQ(order[i], static_cast<int>(i) + 1);
-    EXPECT_EQ(order.size(), 32u);
     EXPECT_EQ(match_keyword("DECONX"), FlowItemKind::kDeconvolution);
     EXPECT_EQ(match_keyword("agc"), std::nullopt);
     EXPECT_EQ(match_keyword(""), std::nullopt);

@@ -43,7 +43,7 @@ TEST_P(EveryKind, DeclaresItsParametersSoundly) {
     std::set<std::string> keys;
     for (const Parameter& parameter : item->Parameters()) {
         SCOPED_TRACE(parameter.key);
-        EXPECT_TRUE(keys.insert(parameter.key).second) << "stands twice";
+        EXPECT_TRUE(keys.insert(parameter.key).second) << "occurs twice";
         if (std::holds_alternative<Rows>(parameter.value)) continue;
         const bool chosen = !parameter.field.choices.empty();
         const char* letters = std::holds_alternative<Bound<int>>(parameter.value)           ? "d"
@@ -88,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(Catalogue, EveryKind, testing::Range(0, kFlowItemKinds)
                          });
 
 TEST(Catalogue, KnowsNoOtherKind) {
-    EXPECT_FALSE(CreateFlowItem({.kind = static_cast<FlowItemKind>(38)}, LogFlag::kQuiet));
+    EXPECT_FALSE(CreateFlowItem({.kind = FlowItemKind::kNumberOfKinds}, LogFlag::kQuiet));
     EXPECT_FALSE(CreateFlowItem({.kind = static_cast<FlowItemKind>(-1)}, LogFlag::kQuiet));
 }
 

@@ -15,7 +15,7 @@ public:
     explicit AnyItem(FlowItemKind kind) : FlowItem(kind, LogFlag::kQuiet) {}
 };
 
-std::unique_ptr<FlowItem> create_any(const FlowSection& section, LogFlag) {
+std::unique_ptr<FlowItem> create_any(const FlowSection& section) {
     if (section.kind == FlowItemKind::kTraceMix) return nullptr;  // a kind that cannot be made
     return std::make_unique<AnyItem>(section.kind);
 }
@@ -60,6 +60,10 @@ TEST(BuildChain, RefusesWhatCannotRunTogether) {
         "run with other flow items.\n";
     EXPECT_JOB_ERROR(names({{kInput, false}, {kExclusive, false}}), kAlone);
     EXPECT_JOB_ERROR(names({{kExclusive, false}, {kInput, false}}), kAlone);
+    constexpr char kSecond[] =
+        "PARAMETER ERROR:  An input 'SEG-Y Disk Input' must be the first item of its flow";
+    EXPECT_JOB_ERROR(names({{kInput, false}, {kInput, false}}), kSecond);
+    EXPECT_JOB_ERROR(names({{FlowItemKind::kAgc, false}, {kInput, false}}), kSecond);
 }
 
 }  // namespace

@@ -2,6 +2,6 @@
 
 namespace halvern {
 
-void TerminateJob(int normal) { throw testing_support::JobEnded{normal}; }
+void TerminateJob(int normal) { throw JobEnded{normal}; }
 
 }  // namespace halvern

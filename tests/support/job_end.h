@@ -9,11 +9,6 @@
 
 namespace halvern::testing_support {
 
-/// What TerminateJob throws in a test program.
-struct JobEnded {
-    int normal;  ///< its argument: kJobError or kJobNormal
-};
-
 /// Runs `work` and gives the log of it when it ended the job as an error; fails otherwise.
 template <class Work>
 std::string job_error_log(Work&& work) {

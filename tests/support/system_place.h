@@ -19,7 +19,7 @@ public:
                                    folder.path() / "header" / "default");
         CurrentWorkplace() = {};
         SetSystemDirectory(folder.path().string());
-        open_workplace();
+        open_workplace(Opening::kMake);
     }
     ~SystemPlace() { SetSystemDirectory(""); }
 
