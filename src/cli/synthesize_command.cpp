@@ -59,6 +59,7 @@ SyntheticLine asked_line(const Options& options) {
         }
     }
     line.spread = options.spread == "split" ? Spread::kSplit : Spread::kEndOn;
+    if (line.marine) line.statics_ms = line.ground_roll = 0;  // which land has
     line.dead_part = options.dead_percent / 100;
     line.reversed_part = options.reversed_percent / 100;
     if (!options.reflections_ms.empty()) {
@@ -70,6 +71,11 @@ SyntheticLine asked_line(const Options& options) {
         if (const Fault fault = synthetic::sps_fault(line)) {
             throw CLI::ValidationError("--sps",
                                        fault.reason() + ": make a shorter line or leave SPS out");
+        }
+    }
+    if (!options.files.p190.empty()) {
+        if (const auto fault = synthetic::p190_fault(line)) {
+            throw CLI::ValidationError("--p190", fault.reason() + ": make a smaller line");
         }
     }
     return line;
@@ -94,6 +100,12 @@ void check_outputs(const Options& options) {
 }
 
 void synthesize(Options options) {
+    if (std::string& p190 = options.files.p190; !p190.empty() || options.line.marine) {
+        if (p190.empty()) {
+            p190 = std::filesystem::path(options.files.segy).replace_extension().string();
+        }
+        if (!p190.ends_with(".p190")) p190 += ".p190";
+    }
     const SyntheticLine line = asked_line(options);
     if (options.files.header_definition.empty()) {
         options.files.header_definition = DefaultHeaderPath();
@@ -118,7 +130,7 @@ void synthesize(Options options) {
 }  // namespace
 
 void add_synthesize_command(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("synthesize", "Make a synthetic 2-D land line as SEG-Y");
+    CLI::App* command = app.add_subcommand("synthesize", "Make a synthetic 2-D line as SEG-Y");
     command->footer(kExample);
     const auto options = std::make_shared<Options>();
     SyntheticLine& line = options->line;
@@ -126,6 +138,8 @@ void add_synthesize_command(CLI::App& app) {
 
     command->add_option("output", files.segy, "SEG-Y file to write")->required();
     command->add_option("--sps", files.sps, "Also write SPS files: this + .s, .r and .x");
+    command->add_option("--p190", files.p190,
+                        "Also write a P1/90 file: this + .p190 [with --marine: beside the output]");
     command->add_option("--model", options->model, "Also write what is printed to this file");
     command->add_option("--format", options->format, "How samples are written")
         ->check(CLI::IsMember({"ibm", "ieee", "int16"}))
@@ -150,6 +164,11 @@ void add_synthesize_command(CLI::App& app) {
     survey("--gap", line.gap, "Stations left free next to the source");
     survey("--spread", options->spread, "Receivers on both sides or only ahead")
         ->check(CLI::IsMember({"split", "end-on"}));
+    command
+        ->add_flag("--marine", line.marine,
+                   "A towed streamer, channel 1 farthest, instead of a land line; with P1/90")
+        ->group("The survey");
+    survey("--scalar", line.coordinate_scalar, "COORSCAL of the coordinates in the headers");
     survey("--first-ffid", line.first_ffid, "File number of the first shot");
 
     const auto earth = [&](auto&&... option) {
@@ -165,6 +184,7 @@ void add_synthesize_command(CLI::App& app) {
     earth("--velocity", line.velocity_ms, "Reflection velocity at time 0, m/s");
     earth("--velocity-gradient", line.velocity_gradient, "What it gains in a second, m/s");
     earth("--dip", line.dip_ms_per_km, "Zero-offset time gained eastward, ms/km");
+    earth("--relief", line.relief_m, "Height of the surface's hills over its middle, whole m");
     earth("--statics", line.statics_ms, "Largest near-surface delay of a point, ms");
 
     const auto record = [&](auto&&... option) {

@@ -4,8 +4,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
+#include <deque>
+#include <limits>
 #include <span>
 
+#include "geometry/p1_record.h"
 #include "geometry/sps_record.h"
 #include "platform/block_writer.h"
 #include "platform/replace_file.h"
@@ -71,9 +74,10 @@ struct ShotTime {
     int hhmmss() const { return hour * 10000 + minute * 100 + second; }
 };
 
-void append_sps_heading(std::string& text) {
+void append_sps_heading(const SyntheticLine& line, std::string& text) {
     append_sps_header(text, "H00", "SPS format version num.", "SPS001,22.06.26;");
-    append_sps_header(text, "H01", "Description of survey area", "Synthetic land line,,;");
+    append_sps_header(text, "H01", "Description of survey area",
+                      line.marine ? "Synthetic marine line,,;" : "Synthetic land line,,;");
     append_sps_header(text, "H18", "Projection", "None: whole metres on a plane;");
     append_sps_header(text, "H20", "Description of grid units", "1,Metres,1.0;");
     std::string ruler = "H26";  // every fifth column's number ends in it
@@ -88,7 +92,7 @@ void append_sps_heading(std::string& text) {
 
 void write_sources(const SyntheticLine& line, Output& file) {
     std::string text;
-    append_sps_heading(text);
+    append_sps_heading(line, text);
     for (int shot = 0; shot < line.shots; ++shot) {
         const ShotTime time(line, shot);
         const int x = line.source_x(shot);
@@ -99,6 +103,7 @@ void write_sources(const SyntheticLine& line, Output& file) {
                           .static_ms = static_cast<std::int16_t>(-line.source_delay_ms(shot)),
                           .depth = static_cast<float>(line.source_depth(shot)),
                           .uphole_ms = static_cast<std::int16_t>(line.uphole_ms(shot)),
+                          .water_depth = static_cast<float>(line.water_depth(x)),
                           .easting = static_cast<double>(x),
                           .northing = static_cast<double>(line.line_y()),
                           .elevation = static_cast<float>(line.elevation(x)),
@@ -110,7 +115,7 @@ void write_sources(const SyntheticLine& line, Output& file) {
 
 void write_receivers(const SyntheticLine& line, Output& file) {
     std::string text;
-    append_sps_heading(text);
+    append_sps_heading(line, text);
     for (int station = 0; station < line.stations(); ++station) {
         const int x = line.station_x(station);
         append_sps_point(text, 'R',
@@ -118,9 +123,10 @@ void write_receivers(const SyntheticLine& line, Output& file) {
                           .point = line.first_station + station,
                           .index = 1,
                           .static_ms = static_cast<std::int16_t>(-line.receiver_delay_ms(station)),
+                          .water_depth = static_cast<float>(line.water_depth(x)),
                           .easting = static_cast<double>(x),
                           .northing = static_cast<double>(line.line_y()),
-                          .elevation = static_cast<float>(line.elevation(x)),
+                          .elevation = static_cast<float>(line.receiver_elevation(x)),
                           .day = static_cast<std::int16_t>(line.first_day())});
         file.write(text);
     }
@@ -128,7 +134,7 @@ void write_receivers(const SyntheticLine& line, Output& file) {
 
 void write_relations(const SyntheticLine& line, Output& file) {
     std::string text;
-    append_sps_heading(text);
+    append_sps_heading(line, text);
     const int left = line.channels_left();
     for (int shot = 0; shot < line.shots; ++shot) {
         // One record a run of receivers: the gap at the source parts the spread.
@@ -160,6 +166,41 @@ void write_relations(const SyntheticLine& line, Output& file) {
     }
 }
 
+void write_p190(const SyntheticLine& line, Output& file) {
+    std::string text;
+    append_p1_header(text, "H0100", "SURVEY AREA", "SYNTHETIC LINE");
+    append_p1_header(text, "H0202", "TAPE VERSION", "UKOOA-P1/90");
+    append_p1_header(text, "H1800", "PROJECTION", "999 NONE: WHOLE METRES ON A PLANE");
+    append_p1_header(text, "H2000", "GRID UNIT", "1METRES          1.0");
+    for (int shot = 0; shot < line.shots; ++shot) {
+        const ShotTime time(line, shot);
+        const int source_x = line.source_x(shot);
+        constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+        append_p1_position(text, 'S',
+                           {.line = line.line_number,
+                            .point = line.first_station + line.source_station(shot),
+                            .latitude_s = kNone,
+                            .longitude_s = kNone,
+                            .easting = static_cast<double>(source_x),
+                            .northing = static_cast<double>(line.line_y()),
+                            .water_depth = static_cast<float>(line.water_depth(source_x)),
+                            .day = static_cast<std::int16_t>(time.day),
+                            .second = (time.hour * 60 + time.minute) * 60 + time.second});
+        for (int channel = 0; channel < line.channels;) {
+            std::array<NumberedP1Group, kMostP1Groups> groups;
+            std::size_t count = 0;
+            for (; count < groups.size() && channel < line.channels; ++count, ++channel) {
+                const int x = line.station_x(line.receiver_station(shot, channel));
+                groups[count] = {channel + 1,
+                                 {x * 100, line.line_y() * 100,
+                                  static_cast<float>(-line.receiver_elevation(x))}};
+            }
+            append_p1_groups(text, 1, std::span(groups).first(count));
+        }
+        file.write(text);
+    }
+}
+
 /// The text header: what the line is, and what a stack of it must show.
 void write_text_header(const SyntheticLine& line, LineHeader& header) {
     std::string text;
@@ -169,7 +210,7 @@ void write_text_header(const SyntheticLine& line, LineHeader& header) {
         text += number + words;
         text.resize((text.size() + 79) / 80 * 80, ' ');
     };
-    add("SYNTHETIC 2-D LAND LINE, MADE BY HALVERN SYNTHESIZE");
+    add("SYNTHETIC 2-D LINE, MADE BY HALVERN SYNTHESIZE");
     const std::string description = line.description();
     for (std::size_t start = 0; start < description.size() && text.size() < 36 * 80;) {
         const std::size_t end = description.find('\n', start);
@@ -205,14 +246,14 @@ public:
         set(kNumsamps, line.samples);
         set(kSamprate, line.interval_us);
         set(kChanset, 1);
-        set(kCoorscal, 1);
+        set(kCoorscal, line.coordinate_scalar);
         set(kElevscal, 1);
         set(kCoorunit, 1);
         set(kXline, 1);
         set(kFold, 1);
         for (const Word word : {kSouline, kRecline}) set(word, line.line_number);
         for (const Word word : {kSouindex, kRecindex}) set(word, 1);
-        for (const Word word : {kSrcy, kRecy, kCdpy, kBiny}) set(word, line.line_y());
+        for (const Word word : {kSrcy, kRecy, kCdpy, kBiny}) set(word, line.scaled(line.line_y()));
     }
 
     /// What is the same in all traces of a shot.
@@ -227,7 +268,8 @@ public:
         set(kStime, time.second);
         set(kTime, time.day * 1000000.0 + time.hhmmss());
         set(kSoupoint, line.first_station + line.source_station(shot));
-        set(kSrcx, x);
+        set(kSrcx, line.scaled(x));
+        set(kSwatdep, line.water_depth(x));
         set(kSrcelev, line.elevation(x));
         set(kSoudepth, line.source_depth(shot));
         set(kSuphole, line.uphole_ms(shot));
@@ -247,13 +289,14 @@ public:
         set(kOffset, line.offset(shot, channel));
         set(kAzimuth, x < line.source_x(shot) ? 270 : 90);
         set(kRecpoint, line.first_station + station);
-        set(kRecx, x);
-        set(kRecelev, line.elevation(x));
+        set(kRecx, line.scaled(x));
+        set(kRecelev, line.receiver_elevation(x));
+        set(kRwatdep, line.water_depth(x));
         set(kRstatic, -line.receiver_delay_ms(station));
         set(kCdpn, cdp);
         set(kInline, cdp);
-        set(kCdpx, line.cdp_x(cdp));
-        set(kBinx, line.cdp_x(cdp));
+        set(kCdpx, line.scaled(line.cdp_x(cdp)));
+        set(kBinx, line.scaled(line.cdp_x(cdp)));
     }
 
     void set_weight(int weight) { set(kWeight, weight); }
@@ -306,6 +349,8 @@ private:
         kBinx,
         kBiny,
         kFold,
+        kSwatdep,
+        kRwatdep,
         kWords
     };
     static constexpr std::array<const char*, kWords> kNames = {
@@ -315,7 +360,7 @@ private:
         "SOULINE", "SOUPOINT", "SOUINDEX", "SRCX",     "SRCY",     "SRCELEV",  "SOUDEPTH",
         "SUPHOLE", "SSTATIC",  "RECLINE",  "RECPOINT", "RECINDEX", "RECX",     "RECY",
         "RECELEV", "RSTATIC",  "CDPN",     "CDPX",     "CDPY",     "INLINE",   "XLINE",
-        "BINX",    "BINY",     "FOLD"};
+        "BINX",    "BINY",     "FOLD",     "SWATDEP",  "RWATDEP"};
 
     void set(Word word, double value) { definition_.set_double(index_[word], value); }
 
@@ -373,6 +418,7 @@ std::vector<std::string> LineFiles::paths() const {
     if (!sps.empty()) {
         for (const char* ending : {".s", ".r", ".x"}) paths.push_back(sps + ending);
     }
+    if (!p190.empty()) paths.push_back(p190);
     return paths;
 }
 
@@ -386,21 +432,33 @@ Fault sps_fault(const SyntheticLine& line) {
     return {};
 }
 
+Fault p190_fault(const SyntheticLine& line) {
+    if (line.channels > 9999) return Fault("P1/90 receiver groups have numbers up to 9999");
+    if (line.first_station + line.stations() > 999999) {
+        return Fault("P1/90 points have numbers up to 999999");
+    }
+    if (line.station_x(line.stations()) > 9999999) {
+        return Fault("P1/90 holds eastings below 10000000");
+    }
+    return {};
+}
+
 Fault write_line(const SyntheticLine& line, const LineFiles& files) {
     // Nothing takes its place before all of it is written.
     Output segy(files.segy);
     if (Fault fault = write_segy(line, files, segy)) return fault;
+    std::deque<Output> texts;
     if (!files.sps.empty()) {
-        Output sources(files.sps + ".s"), receivers(files.sps + ".r"), relations(files.sps + ".x");
-        write_sources(line, sources);
-        write_receivers(line, receivers);
-        write_relations(line, relations);
-        for (Output* output : {&sources, &receivers, &relations}) {
-            if (Fault fault = output->close()) return fault;
-        }
-        for (Output* output : {&sources, &receivers, &relations}) {
-            if (Fault fault = output->commit()) return fault;
-        }
+        write_sources(line, texts.emplace_back(files.sps + ".s"));
+        write_receivers(line, texts.emplace_back(files.sps + ".r"));
+        write_relations(line, texts.emplace_back(files.sps + ".x"));
+    }
+    if (!files.p190.empty()) write_p190(line, texts.emplace_back(files.p190));
+    for (Output& output : texts) {
+        if (Fault fault = output.close()) return fault;
+    }
+    for (Output& output : texts) {
+        if (Fault fault = output.commit()) return fault;
     }
     return segy.commit();
 }

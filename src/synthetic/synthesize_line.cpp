@@ -22,6 +22,8 @@ std::uint64_t about(Question question, int number) {
 constexpr int kWestEnd = 610000;
 constexpr int kNorthing = 5720000;
 constexpr int kSecondsPerShot = 20;
+constexpr int kGunDepth = 6;  // at sea, m, and below
+constexpr int kCableDepth = 8;
 constexpr int kFirstShotSecond = 7 * 3600;  // of the first day
 
 /// The shape of the surface, -1 … 1.
@@ -81,6 +83,15 @@ Fault SyntheticLine::fault() const {
     const std::int64_t length =
         std::int64_t{channels} + 2 * gap + std::int64_t{shot_stations} * shots;
     if (length * spacing_m > 9000000) return Fault("the line is longer than 9000 km");
+    if (!within(relief_m, 0, 10000)) return Fault("the relief must be 0 to 10000 m");
+    if (coordinate_scalar == 0 || !within(coordinate_scalar, -32767, 32767)) {
+        return Fault("the coordinate scalar must be -32767 to 32767 and not 0");
+    }
+    const auto east = static_cast<double>(kWestEnd + length * spacing_m);
+    const double farthest = scaled(std::max<double>(kNorthing, east));
+    if (farthest > std::numeric_limits<int>::max()) {
+        return Fault("the coordinates do not fit 32 bits with that scalar");
+    }
     if (!within(first_ffid, 0, std::numeric_limits<int>::max() - shots)) {
         return Fault("the first file number must not be negative");
     }
@@ -108,7 +119,10 @@ Fault SyntheticLine::fault() const {
     return {};
 }
 
-int SyntheticLine::channels_left() const { return spread == Spread::kSplit ? channels / 2 : 0; }
+int SyntheticLine::channels_left() const {
+    if (marine) return channels;
+    return spread == Spread::kSplit ? channels / 2 : 0;
+}
 
 int SyntheticLine::source_station(int shot) const {
     const int left = channels_left();
@@ -167,13 +181,21 @@ int SyntheticLine::fold(int number) const {
     return shots_of(0, left - 1) + shots_of(left, channels - 1);
 }
 
-int SyntheticLine::elevation(int x) const { return round_to_int(280 + 40 * relief(x)); }
+int SyntheticLine::elevation(int x) const {
+    return marine ? 0 : round_to_int(280 + relief_m * relief(x));
+}
+int SyntheticLine::receiver_elevation(int x) const { return marine ? -kCableDepth : elevation(x); }
+int SyntheticLine::water_depth(int x) const {
+    return marine ? round_to_int(300 + 40 * relief(x)) : 0;
+}
 
 int SyntheticLine::source_depth(int shot) const {
+    if (marine) return kGunDepth;
     return 8 + static_cast<int>(draw(seed, about(kDepth, shot)) % 8);
 }
 
 int SyntheticLine::uphole_ms(int shot) const {
+    if (marine) return 0;
     return round_to_int(source_depth(shot) * 1000 / direct_velocity);
 }
 
@@ -238,7 +260,10 @@ std::string SyntheticLine::description() const {
     append(text, "stations %d to %d every %d m\n", first_station, first_station + stations() - 1,
            spacing_m);
     append(text, "shots every %d m, %s spread, gap of %d stations\n", shot_stations * spacing_m,
-           spread == Spread::kSplit ? "split" : "end-on", gap);
+           marine                     ? "towed"
+           : spread == Spread::kSplit ? "split"
+                                      : "end-on",
+           gap);
     int nearest = offset(0, 0);
     int farthest = 0;
     for (const int channel : {0, channels_left() - 1, channels_left(), channels - 1}) {

@@ -22,7 +22,7 @@ std::vector<Reflection> default_reflections();
 /// Reflections at these times with the amplitudes of the default ones in turn.
 std::vector<Reflection> reflections_at(const std::vector<double>& t0_ms);
 
-/// A straight 2-D land line from west to east and everything that can be known of it: where sources
+/// A straight 2-D line from west to east and everything that can be known of it: where sources
 /// and receivers are, when every event arrives, which traces are bad. Shots, channels, stations and
 /// reflections are counted from 0 here; numbers as headers have them begin at first_….
 /// Distances are whole metres, so that header words and SPS columns hold them exactly.
@@ -39,6 +39,10 @@ struct SyntheticLine {
     int first_ffid = 1;
     int first_station = 1001;  ///< number of the westernmost station
     int line_number = 101;     ///< of source and receiver points
+    /// At sea: a vessel sails east, its streamer behind it with channel 1 at the far end. There is
+    /// no surface, and every shot has receivers of its own.
+    bool marine = false;
+    int coordinate_scalar = 1;  ///< COORSCAL of the headers, which hold coordinates divided by it
 
     // The earth. Reflections get the velocity velocity_ms + velocity_gradient x t0 in seconds.
     std::vector<Reflection> reflections = default_reflections();
@@ -48,6 +52,7 @@ struct SyntheticLine {
     double direct_velocity = 900;      ///< of the weathered layer, m/s
     double refractor_velocity = 2300;  ///< below it
     double weathering_m = 15;          ///< its thickness
+    int relief_m = 40;                 ///< of the surface, up and down, on land
     double statics_ms = 4;             ///< largest delay below a point, rounded to whole ms
 
     // The record.
@@ -76,11 +81,17 @@ struct SyntheticLine {
     /// CDP numbers begin at 1 in the west and are half a spacing apart.
     int cdp(int shot, int channel) const;
     int cdps() const;
-    double cdp_x(int cdp) const;  ///< of its midpoints
-    int fold(int cdp) const;      ///< traces with that CDP, dead ones counted
-    int elevation(int x) const;   ///< of the surface, m
+    double cdp_x(int cdp) const;          ///< of its midpoints
+    int fold(int cdp) const;              ///< traces with that CDP, dead ones counted
+    int elevation(int x) const;           ///< of the surface, m
+    int receiver_elevation(int x) const;  ///< below 0 at sea
+    int water_depth(int x) const;         ///< 0 on land
     int source_depth(int shot) const;
     int uphole_ms(int shot) const;
+    /// A length as a header holds it beside coordinate_scalar.
+    double scaled(double metres) const {
+        return coordinate_scalar > 0 ? metres / coordinate_scalar : -metres * coordinate_scalar;
+    }
     int channels_left() const;  ///< west of the source
     /// Seconds since midnight of the first day, and that day of the year.
     std::int64_t shot_second(int shot) const;

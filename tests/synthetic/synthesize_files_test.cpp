@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 
+#include "geometry/p1_file.h"
 #include "geometry/sps_data_set.h"
 #include "support/log_capture.h"
 #include "support/temporary_folder.h"
@@ -126,6 +127,45 @@ TEST(SyntheticFiles, SpsAgreesWithTheHeaders) {
     }
 }
 
+// A streamer: what P1/90 has for a trace's SOUPOINT and CHAN is what its header says, in tenths.
+TEST(SyntheticFiles, P190AgreesWithTheHeaders) {
+    const TemporaryFolder folder;
+    const SyntheticLine line{.shots = 7,
+                             .channels = 12,
+                             .samples = 10,
+                             .spacing_m = 25,
+                             .gap = 2,
+                             .marine = true,
+                             .coordinate_scalar = -10,
+                             .statics_ms = 0};
+    const LineFiles files{.segy = folder.file("line.sgy"),
+                          .p190 = folder.file("line.p190"),
+                          .header_definition = standard_header()};
+    const auto failure = write_line(line, files);
+    ASSERT_FALSE(failure) << failure.reason();
+    const auto p190 = P1File::read(files.p190, kTestReport);
+    ASSERT_TRUE(p190) << p190.fault().reason();
+    const std::string text = file_bytes(files.segy);
+    const auto bytes = std::as_bytes(std::span(text));
+    for (std::size_t i = 0; i < 7 * 12; ++i) {
+        const TraceBytes trace{bytes.subspan(3600 + i * 280, 280)};
+        const P1Position& source = p190->sources()[i / 12];
+        const P1Group* group = p190->find_group(source, {}, trace.i4(12), P1Count::kNumber, false);
+        ASSERT_TRUE(group);
+        EXPECT_EQ(trace.i4(16), source.point);
+        EXPECT_EQ(trace.i4(72), 10 * source.easting);
+        EXPECT_EQ(trace.i4(76), 10 * source.northing);
+        EXPECT_EQ(trace.i4(80), 10 * group->easting());
+        EXPECT_EQ(trace.i4(84), 10 * group->northing());
+        EXPECT_EQ(trace.i4(60), source.water_depth);
+        EXPECT_EQ(trace.i4(40), -group->depth);
+        EXPECT_EQ(trace.i2(70), -10);
+        EXPECT_EQ(trace.i2(160) * 3600 + trace.i2(162) * 60 + trace.i2(164), source.second);
+        // Half a spacing, the gap, and the channels that are nearer.
+        EXPECT_EQ(trace.i4(36), 12 + 25 * (2 + 12 - trace.i4(12)));
+    }
+}
+
 TEST(SyntheticFiles, SaysWhyALineCannotBeWritten) {
     const TemporaryFolder folder;
     const SyntheticLine line{.shots = 1, .channels = 1, .samples = 1};
@@ -150,6 +190,9 @@ TEST(SyntheticFiles, SaysWhyALineCannotBeWritten) {
     EXPECT_FALSE(sps_fault(line));
     EXPECT_TRUE(sps_fault({.shots = 10000}));
     EXPECT_TRUE(sps_fault({.channels = 10000}));
+    EXPECT_TRUE(p190_fault({.channels = 10000}));
+    EXPECT_TRUE(SyntheticLine{.coordinate_scalar = -1000}.fault()) << "5,720,000,000";
+    EXPECT_TRUE(SyntheticLine{.coordinate_scalar = 0}.fault());
 }
 
 }  // namespace
