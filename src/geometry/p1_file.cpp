@@ -323,7 +323,7 @@ private:
         if (runs.empty() || runs.front().streamer == runs.back().streamer) return;
         ranges_.clear();
         for (const Run& run : runs) {
-            const auto [low, high] = std::minmax(run.first_number, run.last_number());
+            const auto [low, high] = std::minmax({run.first_number, run.last_number()});
             if (ranges_.empty() || ranges_.back().streamer != run.streamer) {
                 ranges_.push_back({run.streamer, low, high});
             } else {
@@ -405,7 +405,8 @@ const P1Group* P1File::find_group(const P1Position& source, std::optional<int> s
         std::size_t end = at;
         std::int64_t low = runs[at].first_number, high = low;
         for (; end < runs.size() && runs[end].streamer == runs[at].streamer; ++end) {
-            const auto [first, last] = std::minmax(runs[end].first_number, runs[end].last_number());
+            const auto [first, last] =
+                std::minmax({runs[end].first_number, runs[end].last_number()});
             low = std::min<std::int64_t>(low, first);
             high = std::max<std::int64_t>(high, last);
         }
