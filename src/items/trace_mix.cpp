@@ -43,12 +43,12 @@ ParameterList TraceMix::Parameters() {
                    .choices = {{"Weighted mean", kMean}, {"Median", kMedian}}}},
         {.key = "WEIGHTING",
          .format = "%d",
-         .value = Bound{&weighting_, kEqual},
+         .value = Bound{&weighting_, kSame},
          .log = "Weights = %s\n",
          .field = {.label = "Weighting",
                    .prompt = "Weights of the traces?",
                    .help = "Triangle: 1,2,1 for three traces, 1,2,3,2,1 for five.",
-                   .choices = {{"Equal", kEqual}, {"Triangle", kTriangle}, {"Entered", kTyped}},
+                   .choices = {{"Equal", kSame}, {"Triangle", kTriangle}, {"Entered", kTyped}},
                    .applies = mean}},
         {.key = "WEIGHTS",
          .format = "%s",
@@ -133,7 +133,7 @@ void TraceMix::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, Trace
               kMostTraces, traces_);
         return TerminateJob(kJobError);
     }
-    if (method_ < kMean || method_ > kMedian || weighting_ < kEqual || weighting_ > kTyped) {
+    if (method_ < kMean || method_ > kMedian || weighting_ < kSame || weighting_ > kTyped) {
         Error("METHOD must be 0 or 1 and WEIGHTING 0, 1 or 2.  You have entered '%d' and '%d'.\n",
               method_, weighting_);
         return TerminateJob(kJobError);

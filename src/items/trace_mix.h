@@ -28,7 +28,7 @@ public:
     void EndRun() override;
 
 private:
-    enum Weighting { kEqual = 0, kTriangle = 1, kTyped = 2 };
+    enum Weighting { kSame = 0, kTriangle = 1, kTyped = 2 };
     enum Method { kMean = 0, kMedian = 1 };
 
     struct Slot {

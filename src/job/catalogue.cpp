@@ -7,15 +7,19 @@
 #include "geometry/trace_binning.h"
 #include "geometry/write_coordinates.h"
 #include "items/agc.h"
+#include "items/attribute.h"
 #include "items/deconvolution.h"
 #include "items/filter.h"
 #include "items/linear_moveout.h"
 #include "items/mute.h"
 #include "items/normal_moveout.h"
+#include "items/resample.h"
 #include "items/stack.h"
 #include "items/time_shift.h"
 #include "items/trace_math.h"
+#include "items/trace_mix.h"
 #include "items/trace_sort.h"
+#include "items/trace_window.h"
 #include "native/native_disk_input.h"
 #include "native/native_disk_output.h"
 #include "segd/segd_tape_input.h"
@@ -49,6 +53,8 @@ constexpr Entry kCatalogue[] = {
     {FlowItemKind::kNativeDiskOutput, create<NativeDiskOutput>},
     {FlowItemKind::kAgc, create<Agc>},
     {FlowItemKind::kAsciiInput, make_ascii_input},
+    {FlowItemKind::kAsciiInput, create<AsciiInput>},
+    {FlowItemKind::kAttribute, create<Attribute>},
     {FlowItemKind::kFilter, create<Filter>},
     {FlowItemKind::kDeconvolution, create<Deconvolution>},
     {FlowItemKind::kLinearMoveout, create<LinearMoveout>},
@@ -56,10 +62,13 @@ constexpr Entry kCatalogue[] = {
     {FlowItemKind::kMergeSps, create<MergeSps>},
     {FlowItemKind::kMute, create<Mute>},
     {FlowItemKind::kNormalMoveout, create<NormalMoveout>},
+    {FlowItemKind::kResample, create<Resample>},
     {FlowItemKind::kTimeShift, create<TimeShift>},
     {FlowItemKind::kTraceMath, create<TraceMath>},
+    {FlowItemKind::kTraceMix, create<TraceMix>},
     {FlowItemKind::kTraceBinning, create<TraceBinning>},
     {FlowItemKind::kWriteCoordinates, create<WriteCoordinates>},
+    {FlowItemKind::kTraceWindow, create<TraceWindow>},
     {FlowItemKind::kTraceSort, create<TraceSort>},
     {FlowItemKind::kStack, create<Stack>},
 };
