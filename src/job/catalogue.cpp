@@ -10,6 +10,7 @@
 #include "items/attribute.h"
 #include "items/deconvolution.h"
 #include "items/filter.h"
+#include "items/header_math.h"
 #include "items/linear_moveout.h"
 #include "items/mute.h"
 #include "items/normal_moveout.h"
@@ -18,6 +19,7 @@
 #include "items/time_shift.h"
 #include "items/trace_math.h"
 #include "items/trace_mix.h"
+#include "items/trace_select.h"
 #include "items/trace_sort.h"
 #include "items/trace_window.h"
 #include "native/native_disk_input.h"
@@ -51,6 +53,7 @@ constexpr Entry kCatalogue[] = {
     {FlowItemKind::kSegyDiskOutput, create<SegyDiskOutput>},
     {FlowItemKind::kSegyTapeOutput, create<SegyTapeOutput>},
     {FlowItemKind::kNativeDiskOutput, create<NativeDiskOutput>},
+    {FlowItemKind::kHeaderMath, create<HeaderMath>},
     {FlowItemKind::kAgc, create<Agc>},
     {FlowItemKind::kAsciiInput, make_ascii_input},
     {FlowItemKind::kAsciiInput, create<AsciiInput>},
@@ -68,6 +71,7 @@ constexpr Entry kCatalogue[] = {
     {FlowItemKind::kTraceMix, create<TraceMix>},
     {FlowItemKind::kTraceBinning, create<TraceBinning>},
     {FlowItemKind::kWriteCoordinates, create<WriteCoordinates>},
+    {FlowItemKind::kTraceSelect, create<TraceSelect>},
     {FlowItemKind::kTraceWindow, create<TraceWindow>},
     {FlowItemKind::kTraceSort, create<TraceSort>},
     {FlowItemKind::kStack, create<Stack>},
