@@ -9,14 +9,20 @@
 
 #include "fftw.h"
 #include "items/agc.h"
+#include "items/attribute.h"
 #include "items/deconvolution.h"
 #include "items/filter.h"
+#include "items/header_math.h"
 #include "items/linear_moveout.h"
 #include "items/mute.h"
 #include "items/normal_moveout.h"
+#include "items/resample.h"
 #include "items/stack.h"
 #include "items/time_shift.h"
 #include "items/trace_math.h"
+#include "items/trace_mix.h"
+#include "items/trace_select.h"
+#include "items/trace_window.h"
 #include "ratio.h"
 #include "trace/codecs.h"
 
@@ -116,6 +122,20 @@ int main(int argc, char** argv) {
     add("nmo_100_locations_stretch/2", item<NormalMoveout>, velocities(kPlaces, "MUTE_THRESH=50"),
         true);
     add("stack", item<Stack>, {"SORTED=1"});
+    std::vector<std::string> equations(100, "EQUATION=FOLD = (OFFSET + CHAN * 2 - FFID) / 3 % 7");
+    add("header_math_100_equations", item<HeaderMath>, std::move(equations));
+    add("select/0.2", item<TraceSelect>, {"SELECT=OFFSET,0-100000(25)"});
+    add("select_dead", item<TraceSelect>, {"DROPDEAD=1", "DROPBAD=1"});
+    add("window/0.2", item<TraceWindow>, {"START=100", "END=2000"});
+    add("resample_2_to_4_ms/4", item<Resample>, {"INTERVAL=4"});
+    add("resample_2_to_1_ms/4", item<Resample>, {"INTERVAL=1"});
+    add("resample_2_to_3_ms/4", item<Resample>, {"INTERVAL=3"});
+    add("mix_3", item<TraceMix>, {});
+    add("mix_5_median", item<TraceMix>, {"TRACES=5", "METHOD=1"});
+    add("envelope", item<Attribute>, {"TYPE=0"});
+    add("instantaneous_frequency", item<Attribute>, {"TYPE=2"});
+    add("rms", item<Attribute>, {"TYPE=10", "HEADER=SRCX"});
+    add("dominant_frequency", item<Attribute>, {"TYPE=14", "HEADER=SRCX"});
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

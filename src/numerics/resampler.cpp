@@ -5,6 +5,8 @@
 #include <numbers>
 #include <numeric>
 
+#include "numerics/kernels.h"
+
 namespace halvern::numerics {
 
 namespace {
@@ -14,6 +16,8 @@ constexpr std::int64_t kInterpolatorHalf = 32;
 constexpr double kInterpolatorDecibels = 100;
 constexpr double kAntialiasDecibels = 90;
 constexpr std::int64_t kMostHalf = 1'000'000;
+// Products of a ratio's numbers up to here are resampled phase by phase.
+constexpr std::int64_t kSmallRatio = 64;
 constexpr std::int64_t kMostRows = 512;  // linear between two of them: an error of 2e-6
 
 // Kaiser's formulas: the window's shape for an attenuation, and the operator's length for a ramp.
@@ -72,6 +76,7 @@ std::optional<Resampler> Resampler::make(const Change& change) {
     made.padded_.resize(static_cast<std::size_t>(change.samples + 2 * made.half_));
     made.make_weights(cutoff, beta);
     made.make_scales();
+    if (made.step_ * made.phases_ <= kSmallRatio) made.make_phases();
     return made;
 }
 
@@ -97,19 +102,18 @@ void Resampler::make_weights(double cutoff, double beta) {
 
 // What each output's weights within the trace sum up to is what a trace of ones gives.
 void Resampler::make_scales() {
-    const std::int64_t samples = static_cast<std::int64_t>(padded_.size()) - 2 * half_;
-    std::fill_n(padded_.begin() + half_, samples, 1.0);
+    std::fill_n(padded_.begin() + half_, samples(), 1.0);
     for (std::int64_t k = 0; k < outputs(); ++k) {
-        const bool inside = first_sample(k) >= half_ && first_sample(k) + half_ < samples;
-        const double sum = inside ? 1 : value(k, padded_.data());
+        const bool inside = first_sample(k) >= half_ && first_sample(k) + half_ < samples();
+        const double sum = inside ? 1 : value(k);
         scales_[static_cast<std::size_t>(k)] = 1 / sum;
     }
 }
 
-double Resampler::value(std::int64_t output, const double* samples) const {
+double Resampler::value(std::int64_t output) const {
     const auto taps = static_cast<std::size_t>(2 * half_);
     // The first weight is that of the sample half - 1 before the one at or before the output.
-    const double* const from = samples + first_sample(output) + 1;
+    const double* const from = padded_.data() + first_sample(output) + 1;
     const std::int64_t phase = output * step_ % phases_;
     const auto row_weights = [&](std::int64_t row) {
         return weights_.data() + static_cast<std::size_t>(row) * taps;
@@ -123,11 +127,69 @@ double Resampler::value(std::int64_t output, const double* samples) const {
            share * product_sum(row_weights(row + 1), from, taps);
 }
 
+void Resampler::make_phases() {
+    const auto taps = static_cast<std::size_t>(2 * half_);
+    const auto step = static_cast<std::size_t>(step_);
+    stream_length_ = (padded_.size() + step - 1) / step;
+    streams_.assign(step * stream_length_, 0.0);
+    const auto most = static_cast<std::size_t>((outputs() + phases_ - 1) / phases_);
+    sums_.resize(most);
+    part_.resize(most);
+    phase_.resize(static_cast<std::size_t>(phases_));
+    for (std::size_t r = 0; r < phase_.size(); ++r) {
+        const auto output = static_cast<std::int64_t>(r);
+        const double* const row =
+            weights_.data() + static_cast<std::size_t>(output * step_ % phases_) * taps;
+        phase_[r].copies = row[half_ - 1] == 1;  // the others are zero then
+        const auto from = static_cast<std::size_t>(first_sample(output) + 1);
+        for (std::size_t tap = 0; tap < std::min(step, taps); ++tap) {
+            Part part{.weights = {}, .stream = (from + tap) % step, .first = (from + tap) / step};
+            for (std::size_t at = tap; at < taps; at += step) part.weights.push_back(row[at]);
+            phase_[r].parts.push_back(std::move(part));
+        }
+    }
+}
+
+void Resampler::resample_by_phases(std::span<float> out) {
+    const Kernels& run = kernels();
+    const auto step = static_cast<std::size_t>(step_);
+    const auto phases = static_cast<std::size_t>(phases_);
+    for (std::size_t stream = 0; stream < step; ++stream) {
+        double* to = streams_.data() + stream * stream_length_;
+        for (std::size_t at = stream; at < padded_.size(); at += step) *to++ = padded_[at];
+    }
+    for (std::size_t r = 0; r < phases && r < out.size(); ++r) {
+        const std::size_t count = (out.size() - r + phases - 1) / phases;
+        if (phase_[r].copies) {
+            const double* const from =
+                padded_.data() + half_ + first_sample(static_cast<std::int64_t>(r));
+            for (std::size_t m = 0; m < count; ++m) {
+                out[r + m * phases] = static_cast<float>(from[m * step]);
+            }
+            continue;
+        }
+        double* into = sums_.data();
+        for (const Part& part : phase_[r].parts) {
+            run.correlate(part.weights.data(), part.weights.size(),
+                          streams_.data() + part.stream * stream_length_ + part.first,
+                          stream_length_ - part.first, into, count);
+            if (into == part_.data()) {
+                for (std::size_t m = 0; m < count; ++m) sums_[m] += part_[m];
+            }
+            into = part_.data();
+        }
+        for (std::size_t m = 0; m < count; ++m) {
+            out[r + m * phases] = static_cast<float>(scales_[r + m * phases] * sums_[m]);
+        }
+    }
+}
+
 void Resampler::resample(std::span<const float> in, std::span<float> out) {
     std::ranges::copy(in, padded_.begin() + half_);
+    if (!phase_.empty()) return resample_by_phases(out);
     for (std::int64_t k = 0; k < outputs(); ++k) {
         const auto at = static_cast<std::size_t>(k);
-        out[at] = static_cast<float>(scales_[at] * value(k, padded_.data()));
+        out[at] = static_cast<float>(scales_[at] * value(k));
     }
 }
 

@@ -48,10 +48,14 @@ private:
     Resampler() = default;
     void make_weights(double cutoff, double beta);
     void make_scales();
+    void make_phases();
 
-    /// Sum of the products of one output's weights with the samples from `first` on.
-    double value(std::int64_t output, const double* samples) const;
+    /// Sum of the products of one output's weights with the samples: the plain way.
+    double value(std::int64_t output) const;
+    /// The outputs of each phase together, as correlations.
+    void resample_by_phases(std::span<float> out);
     std::int64_t first_sample(std::int64_t output) const { return output * step_ / phases_; }
+    std::int64_t samples() const { return static_cast<std::int64_t>(padded_.size()) - 2 * half_; }
 
     std::int64_t half_ = 0;        // samples on each side that an output sees
     std::int64_t step_ = 0;        // an output follows the one before by step_ / phases_ samples
@@ -60,6 +64,23 @@ private:
     std::vector<double> weights_;  // [rows_ + 1][2 half_]
     std::vector<double> scales_;   // [outputs] what brings the weights inside the trace to 1
     std::vector<double> padded_;   // [half_ + samples + half_] zeros at both ends
+
+    // Where the ratio is one of small numbers: every step_-th sample makes a stream, and a phase's
+    // outputs are the sum over the streams of correlations with every step_-th weight.
+    struct Part {
+        std::vector<double> weights;
+        std::size_t stream;
+        std::size_t first;  // in the stream, of the first output
+    };
+    struct Phase {
+        bool copies = false;  // its outputs coincide with samples
+        std::vector<Part> parts;
+    };
+    std::vector<Phase> phase_;     // [phases_], empty where the plain way is taken
+    std::vector<double> streams_;  // [step_][stream_length_]
+    std::size_t stream_length_ = 0;
+    std::vector<double> sums_;  // [outputs of a phase]
+    std::vector<double> part_;  // likewise
 };
 
 }  // namespace halvern::numerics
