@@ -2,6 +2,7 @@
 
 #include "flow/unbuilt_flow_item.h"
 #include "geometry/ascii_input.h"
+#include "geometry/ascii_output.h"
 #include "geometry/merge_p1.h"
 #include "geometry/merge_sps.h"
 #include "geometry/trace_binning.h"
@@ -57,6 +58,7 @@ constexpr Entry kCatalogue[] = {
     {FlowItemKind::kAgc, create<Agc>},
     {FlowItemKind::kAsciiInput, make_ascii_input},
     {FlowItemKind::kAsciiInput, create<AsciiInput>},
+    {FlowItemKind::kAsciiOutput, create<AsciiOutput>},
     {FlowItemKind::kAttribute, create<Attribute>},
     {FlowItemKind::kFilter, create<Filter>},
     {FlowItemKind::kDeconvolution, create<Deconvolution>},
