@@ -90,16 +90,24 @@ public:
         for (const Column& column : columns) members_.push_back(column.member);
     }
 
-    /// The parameter: its rows are kept in `list`, and lines that are no row are told `report`.
-    /// All three outlive it.
-    Parameter parameter(std::vector<Struct>& list, const Reporter& report, Field field) const {
+    /// The parameter: its rows are kept in `list`, and lines that are no row are told `report`, or
+    /// kept in `malformed` by an item that cannot do without any of them. All of these outlive it.
+    Parameter parameter(std::vector<Struct>& list, const Reporter& report, Field field,
+                        std::vector<std::string>* malformed = nullptr) const {
         Rows rows;
-        rows.clear = [&list] { list.clear(); };
-        rows.read = [this, &list, &report](const char* rest) {
+        rows.clear = [&list, malformed] {
+            list.clear();
+            if (malformed) malformed->clear();
+        };
+        rows.read = [this, &list, &report, malformed](const char* rest) {
             Row row;
             if (parse(rest, row)) {
                 list.push_back(to_struct(row));
                 return true;
+            }
+            if (malformed) {
+                malformed->emplace_back(std::string(words_.key) + "=" + rest);
+                return false;
             }
             report.Warning("The line '%s=%s' is no %s.  It is left out.\n", words_.key, rest,
                            words_.row);
@@ -116,11 +124,12 @@ public:
             for (const Struct& row : list) sheet.push_back(sheet_row(to_row(row)));
             return sheet;
         };
-        rows.assign = [this, &list](const Sheet& sheet) {
+        rows.assign = [this, &list, malformed](const Sheet& sheet) {
             std::vector<Row> read;
             std::string wrong = read_sheet(sheet, read);
             if (!wrong.empty()) return wrong;
             list.clear();
+            if (malformed) malformed->clear();
             for (const Row& row : read) list.push_back(to_struct(row));
             return wrong;
         };

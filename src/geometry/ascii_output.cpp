@@ -5,31 +5,36 @@
 #include <cmath>
 #include <filesystem>
 
+#include "flow/item_checks.h"
 #include "foundation/prospect.h"
-#include "foundation/words.h"
 
 namespace halvern {
 
 namespace {
 
 constexpr const char* kNone = "NONE";
-constexpr std::size_t kLongestLine = 197;  // of a flow; a longer one has been cut
 constexpr int kWidest = 100;
 constexpr int kMostDecimals = 20;
 // What ASCII Data Input looks at from a field's first column on, the line's end counted as one.
 constexpr int kShortestField = 3;
-
-bool whole_number(const std::string& text, int& number) {
-    const char* const end = text.data() + text.size();
-    const auto [behind, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc{} && behind == end;
-}
 
 std::string default_path() {
     return CurrentProspect().is_open() ? CurrentProspect().path("data", kNone) : kNone;
 }
 
 }  // namespace
+
+const RowTable<AsciiOutput::Column> AsciiOutput::Column::kTable(
+    {.key = "COLUMN",
+     .entry = "Header/Width/Decimals",
+     .row = "header word with a width and decimals, as in COLUMN=SRCX,12,1",
+     .window = {0, 1, 2},
+     .quoted = {0, 1, 2},
+     .checked = {0, 1, 2}},
+    {{{.title = "Header", .label = "Header word"}, &Column::word},
+     {{.title = "Width", .label = "Width", .unit = "characters", .least = 1, .most = kWidest},
+      &Column::width},
+     {{.title = "Decimals", .label = "Decimals", .most = kMostDecimals}, &Column::decimals}});
 
 AsciiOutput::AsciiOutput(const FlowSection& section, LogFlag log)
     : ProcessFlowItem(FlowItemKind::kAsciiOutput, log) {
@@ -38,39 +43,6 @@ AsciiOutput::AsciiOutput(const FlowSection& section, LogFlag log)
 
 ParameterList AsciiOutput::Parameters() {
     const auto with_samples = [this] { return samples_ == 1; };
-    Rows columns{.clear = [this] { columns_.clear(); },
-                 .read =
-                     [this](const char* rest) {
-                         columns_.push_back({rest});
-                         return Parse(columns_.back());
-                     },
-                 .write =
-                     [this](std::FILE* stream, const char* key) {
-                         for (const Column& column : columns_) {
-                             std::fprintf(stream, "%s=%s\n", key, column.text.c_str());
-                         }
-                     },
-                 .columns = {"Header", "Width", "Decimals"}};
-    columns.cells = [this] {
-        std::vector<std::vector<std::string>> cells;
-        for (const Column& column : columns_) {
-            cells.push_back(
-                {column.word, std::to_string(column.width), std::to_string(column.decimals)});
-        }
-        return cells;
-    };
-    columns.assign = [this](const std::vector<std::vector<std::string>>& cells) -> std::string {
-        std::vector<Column> assigned;
-        for (const std::vector<std::string>& each : cells) {
-            if (each.at(0).empty() && each.at(1).empty() && each.at(2).empty()) continue;
-            assigned.push_back({each[0] + "," + each[1] + "," + each[2]});
-            if (!Parse(assigned.back())) {
-                return "A column needs a header word, a width and a number of decimals.";
-            }
-        }
-        columns_ = std::move(assigned);
-        return {};
-    };
     return {
         {.key = "FILE",
          .format = "%s",
@@ -79,12 +51,12 @@ ParameterList AsciiOutput::Parameters() {
          .field = {.label = "FileName",
                    .prompt = "Text file to write.",
                    .kind = FieldKind::kOutputFile}},
-        {.key = "COLUMN",
-         .format = "",
-         .value = std::move(columns),
-         .field = {.label = "Columns",
-                   .prompt = "Header words, widths and decimals of the columns?",
-                   .help = "SRCX,12,1 is a column of 12 characters with one decimal."}},
+        Column::kTable.parameter(
+            columns_, *this,
+            {.label = "Columns",
+             .prompt = "Header words, widths and decimals of the columns?",
+             .help = "SRCX,12,1 is a column of 12 characters with one decimal."},
+            &malformed_),
         {.key = "HEADING",
          .format = "%d",
          .value = Bound{&heading_, 1},
@@ -153,7 +125,9 @@ ParameterList AsciiOutput::Parameters() {
 
 void AsciiOutput::LogParameters() {
     LogParameter("FILE");
-    for (const Column& column : columns_) Message("COLUMN=%s\n", column.text.c_str());
+    for (const Column& column : columns_)
+        Message("Column = %s, width %d, decimals %d\n", column.word.c_str(), column.width,
+                column.decimals);
     for (const char* key : {"HEADING", "SEPARATOR", "CHANGEHEADER"}) LogParameter(key);
     if (samples_ != 1) return;
     for (const char* key : {"START", "END", "EVERYSAMPLE"}) LogParameter(key);
@@ -164,45 +138,33 @@ std::string AsciiOutput::RefuseParameters() {
     return {};
 }
 
-bool AsciiOutput::Parse(Column& column) {
-    const std::vector<std::string> parts = split_list(column.text);
-    if (parts.size() != 3) return false;
-    column.word = parts[0];
-    return !column.word.empty() && whole_number(parts[1], column.width) &&
-           whole_number(parts[2], column.decimals) && column.width >= 1 &&
-           column.width <= kWidest && column.decimals >= 0 && column.decimals <= kMostDecimals;
-}
-
 bool AsciiOutput::CheckColumns(const TraceHeaderDefinition& header) {
+    if (!malformed_.empty()) {
+        Error(
+            "'%s' is no column: a header word, its width and its decimals are due, as in "
+            "COLUMN=SRCX,12,1.\n",
+            malformed_.front().c_str());
+        return false;
+    }
     if (columns_.empty() && samples_ != 1) {
         Error("There is no column to write.\n");
         return false;
     }
-    for (Column& column : columns_) {
-        if (column.text.size() + std::size("COLUMN=") - 1 > kLongestLine || !Parse(column)) {
-            Error(
-                "'COLUMN=%s' is no header word with a width from 1 to %d and decimals from 0 to "
-                "%d.\n",
-                column.text.c_str(), kWidest, kMostDecimals);
+    words_.clear();
+    for (const Column& column : columns_) {
+        if (column.width < 1 || column.width > kWidest || column.decimals < 0 ||
+            column.decimals > kMostDecimals) {
+            Error("The column of '%s' needs a width from 1 to %d and decimals from 0 to %d.\n",
+                  column.word.c_str(), kWidest, kMostDecimals);
             return false;
         }
-        column.index = header.find(column.word);
-        if (column.index >= 0) continue;
-        Error(
-            "Cannot read header '%s' from the trace header definition.\n"
-            "Add it to the trace header definition and re-run.\n",
-            column.word.c_str());
-        return false;
+        words_.push_back(RequireHeaderWord(*this, header, column.word.c_str()));
+        if (words_.back() < 0) return false;
     }
-    change_index_ = change_word_ == kNone ? -1 : header.find(change_word_);
-    if (change_word_ != kNone && change_index_ < 0) {
-        Error(
-            "Cannot read header '%s' from the trace header definition.\n"
-            "Add it to the trace header definition and re-run.\n",
-            change_word_.c_str());
-        return false;
-    }
-    return true;
+    change_index_ = -1;
+    if (change_word_ == kNone) return true;
+    change_index_ = RequireHeaderWord(*this, header, change_word_.c_str());
+    return change_index_ >= 0;
 }
 
 bool AsciiOutput::CheckSamples(const LineHeader& line) {
@@ -320,8 +282,8 @@ int AsciiOutput::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceS
     any_ = true;
     if (!target_ && !Begin()) return kKeepBack;
     line_.clear();
-    for (const Column& column : columns_) {
-        AddNumber(header.get_double(column.index), column.width, column.decimals);
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        AddNumber(header.get_double(words_[i]), columns_[i].width, columns_[i].decimals);
     }
     if (samples_ == 1) {
         const std::span<const float> trace = samples.floats(header);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "flow/process_flow_item.h"
+#include "flow/row_table.h"
 #include "platform/block_writer.h"
 #include "platform/replace_file.h"
 
@@ -27,21 +28,19 @@ public:
     void EndRun() override;
 
     std::string RefuseParameters() override;
+    std::string FileWritten() const override { return file_; }
 
 private:
     enum Separator { kFixed = 0, kComma = 1 };
 
     struct Column {
-        std::string text;  // "WORD,width,decimals" as entered
-        // Parsed:
         std::string word;
         int width = 0;
         int decimals = 0;
-        int index = -1;  // of the word
+        static const RowTable<Column> kTable;
     };
 
     ParameterList Parameters() override;
-    static bool Parse(Column& column);
     bool CheckColumns(const TraceHeaderDefinition& header);
     bool CheckSamples(const LineHeader& line);
     bool Begin();
@@ -52,6 +51,7 @@ private:
 
     std::string file_;
     std::vector<Column> columns_;
+    std::vector<std::string> malformed_;  // lines that are no column
     int heading_{};
     int separator_{};          // a Separator
     std::string change_word_;  // or "NONE"
@@ -65,6 +65,7 @@ private:
     // Of a run.
     std::optional<ReplacedFile> target_;  // from the first line on
     BlockWriter out_;
+    std::vector<int> words_;  // [columns] their indexes
     std::string line_;
     int change_index_ = -1;
     double change_value_{};

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <numbers>
 
-#include "items/checks.h"
-
 namespace halvern {
 
 namespace {
@@ -152,6 +150,8 @@ void Attribute::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, Trac
     interval_ = line.sample_interval();
     target_word_ = along_word_ = offset_word_ = -1;
     not_stored_ = 0;
+    shortened_ = {};
+    delay_.prepare(header);
     const bool known =
         (type_ >= kEnvelope && type_ <= kMeanSquare) || (type_ >= kRms && type_ <= kFirstBreak);
     if (!known) {
@@ -186,9 +186,11 @@ int Attribute::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSam
         } else {
             Instantaneous(trace);
         }
+        if (!IsRepeating()) shortened_.look(samples, trace);
         samples.set_floats(trace);
         return kPassOn;
     }
+    delay_.look(*this, header);
     const double number = scale_ * Measure(trace, ReferenceMs(header));
     if (!header.store(target_word_, number) && !IsRepeating()) ++not_stored_;
     return kPassOn;
@@ -304,6 +306,7 @@ void Attribute::EndRun() {
         Warning("'%s' cannot hold the number of %lld traces: it was left as it was.\n",
                 word_.c_str(), static_cast<long long>(not_stored_));
     }
+    shortened_.report(*this);
     hilbert_.reset();
     spectrum_.reset();
     work_ = {};

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "flow/item_checks.h"
 #include "flow/process_flow_item.h"
 #include "items/time_window.h"
 #include "numerics/hilbert.h"
@@ -73,6 +74,8 @@ private:
     std::optional<numerics::HilbertTransform> hilbert_;
     std::optional<numerics::SpectralMeasurer> spectrum_;
     std::vector<double> work_;  // [samples]
+    HeaderWarning delay_{HeaderWarning::kDelay};
+    ShortenedTraces shortened_;
     std::int64_t not_stored_ = 0;
 };
 

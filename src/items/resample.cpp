@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "items/checks.h"
+#include "flow/item_checks.h"
 
 namespace halvern {
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <numeric>
 
+#include "flow/item_checks.h"
 #include "foundation/words.h"
-#include "items/checks.h"
 
 namespace halvern {
 

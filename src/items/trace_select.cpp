@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "items/checks.h"
+#include "flow/item_checks.h"
 #include "platform/text_file.h"
 
 namespace halvern {
@@ -15,18 +15,6 @@ constexpr const char* kNone = "NONE";
 constexpr std::size_t kLongestLine = 197;  // of a flow; a longer one has been cut
 constexpr std::int64_t kMostListBytes = std::int64_t{1} << 30;
 constexpr int kDeadTrace = 2;  // TRACEID
-
-std::string row_line(const std::string& text) { return "SELECT=" + text; }
-
-// "WORD" and "RANGES" of a row; an empty word where there is no comma.
-std::pair<std::string, std::string> split_row(const std::string& text) {
-    const std::size_t comma = text.find(',');
-    if (comma == std::string::npos) return {};
-    std::string word = text.substr(0, comma);
-    while (!word.empty() && (word.back() == ' ' || word.back() == '\t')) word.pop_back();
-    word.erase(0, std::min(word.find_first_not_of(" \t"), word.size()));
-    return {word, text.substr(comma + 1)};
-}
 
 // The next word of a line, which is taken off it.
 std::string_view next_field(std::string_view& line) {
@@ -45,53 +33,30 @@ bool read_number(std::string_view field, int& number) {
 
 }  // namespace
 
+const RowTable<TraceSelect::Row> TraceSelect::Row::kTable(
+    {.key = "SELECT",
+     .entry = "Header/Ranges",
+     .row = "header word with ranges, as in SELECT=FFID,1-10,20-40(2)",
+     .window = {0, 1},
+     .quoted = {0, 1},
+     .checked = {0, 1}},
+    {{{.title = "Header", .label = "Header word"}, &Row::word},
+     {{.title = "Ranges", .label = "Ranges"}, &Row::ranges}});
+
 TraceSelect::TraceSelect(const FlowSection& section, LogFlag log)
     : ProcessFlowItem(FlowItemKind::kTraceSelect, log) {
     Configure(section);
 }
 
 ParameterList TraceSelect::Parameters() {
-    Rows rows{.clear = [this] { rows_.clear(); },
-              .read =
-                  [this](const char* rest) {
-                      rows_.push_back({rest});
-                      return !split_row(rest).first.empty();
-                  },
-              .write =
-                  [this](std::FILE* stream, const char* key) {
-                      for (const Row& row : rows_) {
-                          std::fprintf(stream, "%s=%s\n", key, row.text.c_str());
-                      }
-                  },
-              .columns = {"Header", "Ranges"}};
-    rows.cells = [this] {
-        std::vector<std::vector<std::string>> cells;
-        for (const Row& row : rows_) {
-            const auto [word, ranges] = split_row(row.text);
-            cells.push_back({word, ranges});
-        }
-        return cells;
-    };
-    rows.assign = [this](const std::vector<std::vector<std::string>>& cells) -> std::string {
-        std::vector<Row> assigned;
-        for (const std::vector<std::string>& each : cells) {
-            if (each.at(0).empty() && each.at(1).empty()) continue;
-            if (each[0].empty() || !parse_ranges(each[1])) {
-                return "A row needs a header word and a list of ranges, as in 1-10,20-40(2).";
-            }
-            assigned.push_back({each[0] + "," + each[1]});
-        }
-        rows_ = std::move(assigned);
-        return {};
-    };
     return {
-        {.key = "SELECT",
-         .format = "",
-         .value = std::move(rows),
-         .field = {.label = "Select",
-                   .prompt = "Header words and the ranges that match?",
-                   .help = "FFID,1-10,20-40(2) matches the traces whose FFID is 1 to 10, 20, 22, "
-                           "... 40."}},
+        Row::kTable.parameter(
+            rows_, *this,
+            {.label = "Select",
+             .prompt = "Header words and the ranges that match?",
+             .help = "FFID,1-10,20-40(2) matches the traces whose FFID is 1 to 10, 20, 22, ... "
+                     "40."},
+            &malformed_),
         {.key = "MATCH",
          .format = "%d",
          .value = Bound{&match_, kAll},
@@ -157,7 +122,7 @@ ParameterList TraceSelect::Parameters() {
 }
 
 void TraceSelect::LogParameters() {
-    for (const Row& row : rows_) Message("%s\n", row_line(row.text).c_str());
+    for (const Row& row : rows_) Message("%s\n", row.line().c_str());
     for (const char* key : {"MATCH", "ACTION"}) LogParameter(key);
     if (drop_dead_ == 1) Message("Dead traces are dropped.\n");
     if (drop_bad_ == 1) Message("Traces that are not finite are dropped.\n");
@@ -170,28 +135,36 @@ void TraceSelect::LogParameters() {
 
 std::string TraceSelect::RefuseParameters() {
     for (const Row& row : rows_) {
-        if (row_line(row.text).size() > kLongestLine) {
-            return "A row must not be longer than 197 characters: " + row.text.substr(0, 40) +
-                   "...";
+        const std::string line = row.line();
+        if (line.size() > kLongestLine) {
+            return "A row must not be longer than 197 characters: " + line.substr(0, 40) + "...";
         }
     }
     return {};
 }
 
-bool TraceSelect::ReadRow(Row& row, const TraceHeaderDefinition& header) {
-    row.matched = 0;
-    const auto [word, ranges] = split_row(row.text);
-    const std::optional<RangeList> parsed = parse_ranges(ranges);
-    if (row_line(row.text).size() > kLongestLine) {
+bool TraceSelect::PassesEveryTrace() const {
+    return action_ >= kKill && drop_dead_ != 1 && drop_bad_ != 1;
+}
+
+std::vector<std::string> TraceSelect::FilesRead() const {
+    if (list_file_ == kNone) return {};
+    return {list_file_};
+}
+
+bool TraceSelect::ReadRow(const Row& row, const TraceHeaderDefinition& header) {
+    const std::string line = row.line();
+    std::optional<RangeList> ranges = parse_ranges(row.ranges);
+    if (line.size() > kLongestLine) {
         Error("The row '%s' has been cut: a line of a flow holds 197 characters.  Divide it.\n",
-              row_line(row.text).c_str());
-    } else if (word.empty() || !parsed || parsed->empty()) {
+              line.c_str());
+    } else if (row.word.empty() || !ranges || ranges->empty()) {
         Error("'%s' is no header word with ranges, as in SELECT=FFID,1-10,20-40(2).\n",
-              row_line(row.text).c_str());
+              line.c_str());
     } else {
-        row.ranges = *parsed;
-        row.word = RequireHeaderWord(*this, header, word.c_str());
-        return row.word >= 0;
+        const int word = RequireHeaderWord(*this, header, row.word.c_str());
+        if (word >= 0) criteria_.push_back({line, word, std::move(*ranges)});
+        return word >= 0;
     }
     TerminateJob(kJobError);
     return false;
@@ -236,7 +209,13 @@ void TraceSelect::PrepareRun(LineHeader&, TraceHeaderDefinition& header, TraceSa
             match_, action_, every_);
         return TerminateJob(kJobError);
     }
-    for (Row& row : rows_) {
+    if (!malformed_.empty()) {
+        Error("'%s' is no header word with ranges, as in SELECT=FFID,1-10,20-40(2).\n",
+              malformed_.front().c_str());
+        return TerminateJob(kJobError);
+    }
+    criteria_.clear();
+    for (const Row& row : rows_) {
         if (!ReadRow(row, header)) return;
     }
     list_.clear();
@@ -253,7 +232,7 @@ void TraceSelect::PrepareRun(LineHeader&, TraceHeaderDefinition& header, TraceSa
     }
     trace_id_word_ = header.find("TRACEID");
     place_ = listed_ = nth_ = traces_ = matched_ = dead_ = bad_ = 0;
-    if (rows_.empty() && list_file_ == kNone && every_ <= 1) {
+    if (criteria_.empty() && list_file_ == kNone && every_ <= 1) {
         Message("Nothing selects traces by their headers.\n");
     }
 }
@@ -279,7 +258,7 @@ bool TraceSelect::Matches(const TraceHeaderDefinition& header) {
         any = any || matches;
         count += matches && !IsRepeating();
     };
-    for (Row& row : rows_) {
+    for (Criterion& row : criteria_) {
         take(in_ranges(header.get_double(row.word), row.ranges), row.matched);
     }
     if (list_file_ != kNone) take(IsListed(header), listed_);
@@ -330,8 +309,8 @@ void TraceSelect::EndRun() {
     const auto say = [this](const char* what, std::int64_t count) {
         Message("%s = %lld\n", what, static_cast<long long>(count));
     };
-    for (const Row& row : rows_) {
-        Message("Traces that match %s = %lld\n", row_line(row.text).c_str(),
+    for (const Criterion& row : criteria_) {
+        Message("Traces that match %s = %lld\n", row.line.c_str(),
                 static_cast<long long>(row.matched));
     }
     if (list_file_ != kNone) say("Traces that match the list", listed_);

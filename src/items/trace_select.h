@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "flow/process_flow_item.h"
+#include "flow/row_table.h"
 #include "trace/ranges.h"
 
 namespace halvern {
@@ -24,6 +25,8 @@ public:
     void EndRun() override;
 
     std::string RefuseParameters() override;
+    bool PassesEveryTrace() const override;
+    std::vector<std::string> FilesRead() const override;
 
 protected:
     /// Every N-th depends on the order of the traces.
@@ -34,10 +37,17 @@ private:
     enum Action { kKeep = 0, kDrop = 1, kKill = 2, kReverse = 3 };
 
     struct Row {
-        std::string text;  // "WORD,RANGES" as entered
-        // Of a run.
-        int word = -1;
-        RangeList ranges = {};
+        std::string word;
+        std::string ranges;
+        static const RowTable<Row> kTable;
+
+        std::string line() const { return "SELECT=" + word + "," + ranges; }
+    };
+    /// A row of a run.
+    struct Criterion {
+        std::string line;
+        int word;
+        RangeList ranges;
         std::int64_t matched = 0;
     };
     /// A trace of the list; channel 0 stands for the whole record.
@@ -48,7 +58,7 @@ private:
     };
 
     ParameterList Parameters() override;
-    bool ReadRow(Row& row, const TraceHeaderDefinition& header);
+    bool ReadRow(const Row& row, const TraceHeaderDefinition& header);
     bool ReadList();
     bool Matches(const TraceHeaderDefinition& header);
     bool IsListed(const TraceHeaderDefinition& header) const;
@@ -56,8 +66,9 @@ private:
     bool IsDropped(const TraceHeaderDefinition& header, TraceSamples& samples);
 
     std::vector<Row> rows_;
-    int match_{};   // a Match
-    int action_{};  // an Action
+    std::vector<std::string> malformed_;  // lines that are no row
+    int match_{};                         // a Match
+    int action_{};                        // an Action
     int drop_dead_{};
     int drop_bad_{};
     std::string list_file_;   // or "NONE"
@@ -65,6 +76,7 @@ private:
     std::string every_word_;  // or "NONE"
 
     // Of a run.
+    std::vector<Criterion> criteria_;
     std::vector<Listed> list_;  // in order
     int ffid_word_ = -1;
     int chan_word_ = -1;

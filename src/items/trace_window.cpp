@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "items/checks.h"
-
 namespace halvern {
 
 TraceWindow::TraceWindow(const FlowSection& section, LogFlag log)
@@ -54,6 +52,7 @@ void TraceWindow::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, Tr
     if (!RequireSampleInterval(*this, line)) return;
     interval_ = line.sample_interval();
     no_time_ = 0;
+    delay_.prepare(header);
     if (reference_ < kFirstSample || reference_ > kHeader) {
         Error("The reference must be 0, 1 or 2.  You have entered '%d'.\n", reference_);
         return TerminateJob(kJobError);
@@ -88,6 +87,7 @@ void TraceWindow::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, Tr
 }
 
 int TraceWindow::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceSamples& samples) {
+    if (reference_ != kAbsolute) delay_.look(*this, header);
     const std::span<const float> trace = samples.floats(header);
     const std::span<float> window = NewSamples(header);
     std::ranges::fill(window, 0.0f);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "flow/item_checks.h"
 #include "items/reshaping_item.h"
 #include "items/time_window.h"
 
@@ -34,7 +35,8 @@ private:
 
     // Of a run.
     SampleInterval interval_;
-    int reference_word_ = -1;   // DELAY or the user's word
+    int reference_word_ = -1;  // DELAY or the user's word
+    HeaderWarning delay_{HeaderWarning::kDelay};
     std::int64_t no_time_ = 0;  // traces whose word holds no number
 };
 

@@ -57,7 +57,6 @@ constexpr Entry kCatalogue[] = {
     {FlowItemKind::kHeaderMath, create<HeaderMath>},
     {FlowItemKind::kAgc, create<Agc>},
     {FlowItemKind::kAsciiInput, make_ascii_input},
-    {FlowItemKind::kAsciiInput, create<AsciiInput>},
     {FlowItemKind::kAsciiOutput, create<AsciiOutput>},
     {FlowItemKind::kAttribute, create<Attribute>},
     {FlowItemKind::kFilter, create<Filter>},

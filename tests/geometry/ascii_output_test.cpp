@@ -88,9 +88,9 @@ TEST_F(AsciiOutputs, RefuseWhatCannotBeWritten) {
         const char* words;
     } kCases[] = {
         {{}, "no column"},
-        {{"COLUMN=FFID"}, "'COLUMN=FFID' is no header word with a width"},
-        {{"COLUMN=FFID,0,0"}, "is no header word with a width"},
-        {{"COLUMN=FFID,4,x"}, "is no header word with a width"},
+        {{"COLUMN=FFID"}, "'COLUMN=FFID' is no column"},
+        {{"COLUMN=FFID,0,0"}, "'FFID' needs a width from 1"},
+        {{"COLUMN=FFID,4,x"}, "is no column"},
         {{"COLUMN=NOWORD,4,0"}, "Cannot read header 'NOWORD'"},
         {{"COLUMN=FFID,4,0", "CHANGEHEADER=NOWORD"}, "Cannot read header 'NOWORD'"},
         {{"SAMPLES=1", "START=40"}, "No sample lies"},
