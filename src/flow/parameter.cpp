@@ -85,7 +85,7 @@ bool read_line(const ParameterList& list, const char* line) {
 
 void write_lines(const ParameterList& list, std::FILE* stream) {
     for (const Parameter& parameter : list) {
-        if (!parameter.stored) continue;
+        if (!parameter.stored || !parameter.written) continue;
         if (const auto* rows = std::get_if<Rows>(&parameter.value)) {
             rows->write(stream, parameter.key);
         } else {

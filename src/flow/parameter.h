@@ -42,6 +42,7 @@ struct Field {
     const char* help = "";             ///< shown on request
     std::vector<Choice> choices = {};  ///< empty: free entry
     FieldKind kind = FieldKind::kEntry;
+    bool optional = false;  ///< of a file or a header word: "NONE" is an answer, too
     int position = 0;  ///< order in the window, ascending; equal positions keep the list's order
     std::function<bool()> applies = {};  ///< empty: always; tells from the variables' values
     /// Why an entry, as typed, is not taken over, or an empty text.
@@ -75,8 +76,9 @@ struct Parameter {
     /// fit the variable. Null: not logged.
     const char* log = nullptr;
     Field field = {};
-    int longest = 199;   ///< characters that a text holds; longer entries are cut
-    bool stored = true;  ///< false: asked in the window, but never in the flow file
+    int longest = 199;    ///< characters that a text holds; longer entries are cut
+    bool stored = true;   ///< false: asked in the window, but never in the flow file
+    bool written = true;  ///< false: read from the flow file, but left out of what is written
 };
 using ParameterList = std::vector<Parameter>;
 

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "platform/text_file.h"
+
 namespace halvern {
 
 namespace {
@@ -15,6 +17,15 @@ std::string_view trimmed(std::string_view cell) {
     const std::size_t first = cell.find_first_not_of(kBlanks);
     if (first == std::string_view::npos) return {};
     return cell.substr(first, cell.find_last_not_of(kBlanks) - first + 1);
+}
+
+/// The next value of a line in a file, which is taken off it.
+std::string_view next_field(std::string_view& line) {
+    constexpr std::string_view kBetween = " \t,";
+    line.remove_prefix(std::min(line.find_first_not_of(kBetween), line.size()));
+    const std::string_view field = line.substr(0, line.find_first_of(kBetween));
+    line.remove_prefix(field.size());
+    return field;
 }
 
 /// Takes the value of `cell`'s type from the front of `text`; false where there is none.
@@ -149,6 +160,66 @@ std::string CellTable::read_sheet(const Sheet& sheet, std::vector<Row>& rows) co
                    std::string(cells[c]) + "'.  Fix before accepting spreadsheet.";
         }
         rows.push_back(std::move(values));
+    }
+    return {};
+}
+
+std::vector<std::size_t> CellTable::read_headings(std::string_view line) const {
+    std::vector<std::size_t> order;
+    while (!line.empty()) {
+        const std::string_view word = next_field(line);
+        if (word.empty()) break;
+        std::size_t column = 0;
+        for (; column < columns_.size(); ++column) {
+            const TableColumn& each = columns_[column];
+            const std::string heading =
+                each.heading ? each.heading : changed(each.label, std::toupper);
+            if (changed(std::string(word), std::toupper) == heading) break;
+        }
+        if (column == columns_.size() || std::ranges::find(order, column) != order.end()) return {};
+        order.push_back(column);
+    }
+    return order;
+}
+
+bool CellTable::read_values(std::string_view line, std::span<const std::size_t> order,
+                            Row& row) const {
+    row = kinds_;
+    for (const std::size_t column : order) {
+        std::string_view field = next_field(line);
+        if (field.empty()) return false;
+        if (auto* text = std::get_if<std::string>(&row[column])) {
+            *text = field;
+        } else if (!take(field, row[column]) || !field.empty()) {
+            return false;
+        }
+    }
+    return next_field(line).empty();
+}
+
+Fault CellTable::read_file(const std::string& path, std::vector<Row>& rows) const {
+    constexpr std::int64_t kMostBytes = std::int64_t{1} << 28;
+    const Result<std::string> file = read_text_file(path, kMostBytes);
+    if (!file) return file.fault();
+    const std::string key = std::string(words_.key) + "=";
+    std::vector<std::size_t> order;  // of the columns; empty before a line of headings
+    int number = 0;
+    for (std::string_view rest = *file; !rest.empty();) {
+        std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        line = trimmed(line);
+        ++number;
+        if (line.empty() || line.front() == '#') continue;
+        if (std::isalpha(static_cast<unsigned char>(line.front())) != 0 && !line.starts_with(key)) {
+            order = read_headings(line);
+            if (!order.empty()) continue;
+        }
+        Row row;
+        if (line.starts_with(key)) line.remove_prefix(key.size());
+        if (order.empty() ? !parse(line, row) : !read_values(line, order, row)) {
+            return Fault("line " + std::to_string(number) + " is no " + words_.row);
+        }
+        rows.push_back(std::move(row));
     }
     return {};
 }

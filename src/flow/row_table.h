@@ -3,14 +3,16 @@
 #include <cstddef>
 #include <initializer_list>
 #include <limits>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
 
+#include "flow/flow_item.h"
 #include "flow/parameter.h"
-#include "foundation/report.h"
+#include "platform/fault.h"
 
 namespace halvern {
 
@@ -22,9 +24,10 @@ using Cell = std::variant<double, int, std::string>;
 
 /// What a column is called, and which values one expects in it.
 struct TableColumn {
-    const char* title;      ///< above the column in the window
-    const char* label;      ///< in messages: "Offset"
-    const char* unit = "";  ///< "ms"
+    const char* title;              ///< above the column in the window
+    const char* label;              ///< in messages: "Offset"
+    const char* unit = "";          ///< "ms"
+    const char* heading = nullptr;  ///< above its values in a file; null: the label in capitals
     /// Magnitudes beyond these are doubted, not refused; zero never is.
     double least = 0;
     double most = std::numeric_limits<double>::infinity();
@@ -62,6 +65,11 @@ public:
     /// The rows of a sheet; those that are empty throughout are left out. Gives what is wrong with
     /// the first row at fault, or an empty text.
     std::string read_sheet(const Sheet& sheet, std::vector<Row>& rows) const;
+    /// The rows of a text file: lines as in a flow file, with or without their key, or, after a
+    /// line of headings, values in the order of these, with blanks, tabs or commas between them; a
+    /// column that has no heading there holds 0 or nothing. Empty lines and those that begin with
+    /// "#" are passed over. A fault names the line that is no row.
+    Fault read_file(const std::string& path, std::vector<Row>& rows) const;
 
 protected:
     CellTable(TableWords words, Row kinds, std::vector<TableColumn> columns)
@@ -70,6 +78,10 @@ protected:
     TableWords words_;
 
 private:
+    /// The column of each value of a line after the line of headings; empty: it is none.
+    std::vector<std::size_t> read_headings(std::string_view line) const;
+    bool read_values(std::string_view line, std::span<const std::size_t> order, Row& row) const;
+
     Row kinds_;  // a value of each column's type
     std::vector<TableColumn> columns_;
 };
@@ -137,6 +149,29 @@ public:
         rows.doubt = [this](const std::string& rest) { return doubt(rest); };
         return {
             .key = words_.key, .format = "", .value = std::move(rows), .field = std::move(field)};
+    }
+
+    /// The rows that a run uses: those typed, or those of `file`, where that is not "NONE". Ends
+    /// the job, and gives false, when there are both or the file cannot be read.
+    bool find_rows(const FlowItem& item, const std::vector<Struct>& typed, const std::string& file,
+                   std::vector<Struct>& rows) const {
+        rows = typed;
+        if (file == "NONE") return true;
+        std::vector<Row> read;
+        const Fault fault = typed.empty() ? read_file(file, read) : Fault();
+        if (!typed.empty()) {
+            item.Error("Both a table and the table file '%s' are given.  Remove one of them.\n",
+                       file.c_str());
+        } else if (fault) {
+            item.Error("Cannot read the table file '%s': %s.\n", file.c_str(),
+                       fault.reason().c_str());
+        } else {
+            for (const Row& row : read) rows.push_back(to_struct(row));
+            item.Message("Rows of the table file = %d\n", static_cast<int>(rows.size()));
+            return true;
+        }
+        TerminateJob(kJobError);
+        return false;
     }
 
 private:

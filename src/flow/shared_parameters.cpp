@@ -45,4 +45,20 @@ const char* output_type_line(SampleFormat format) {
     }
 }
 
+Parameter table_file_parameter(std::string& path) {
+    constexpr const char* kNone = "NONE";
+    const bool chosen = !path.empty() && path != kNone;
+    return {.key = "FILE",
+            .format = "%s",
+            .value = Bound{&path, kNone},
+            .log = chosen ? "Table file = %s\n" : nullptr,
+            .field = {.label = "File",
+                      .prompt = "Text file with the table?",
+                      .help = "In place of the rows below: lines as in a flow, or columns under "
+                              "headings.\nNONE: the rows below.",
+                      .kind = FieldKind::kInputFile,
+                      .optional = true},
+            .written = chosen};
+}
+
 }  // namespace halvern

@@ -19,4 +19,8 @@ SampleFormat chosen_output_format(int entered);
 /// The log line about the format chosen.
 const char* output_type_line(SampleFormat format);
 
+/// FILE: a text file with an item's table, in place of rows in the flow. Written and logged only
+/// where one was chosen.
+Parameter table_file_parameter(std::string& path);
+
 }  // namespace halvern

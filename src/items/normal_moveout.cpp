@@ -6,7 +6,7 @@
 #include <map>
 #include <utility>
 
-#include "flow/row_table.h"
+#include "flow/shared_parameters.h"
 #include "numerics/moveout.h"
 
 namespace halvern {
@@ -35,11 +35,18 @@ ParameterList NormalMoveout::Parameters() {
          .log = "Stretch Mute Percentage = %3.1f\n",
          .field = {.label = "Stretch",
                    .prompt = "Enter the stretch mute percentage (0 means no mute)"}},
-        TableParameter(),
+        table_file_parameter(file_),
+        Table().parameter(typed_, *this,
+                          {.label = "Spread", .prompt = "Enter the time/velocity pairs."}),
     };
 }
 
-Parameter NormalMoveout::TableParameter() {
+std::vector<std::string> NormalMoveout::FilesRead() const {
+    if (file_ == "NONE") return {};
+    return {file_};
+}
+
+const RowTable<NormalMoveout::Entry>& NormalMoveout::Table() {
     static const RowTable<Entry> kTable(
         {.key = "TIME_VEL",
          .entry = "Time/Velocity",
@@ -55,10 +62,10 @@ Parameter NormalMoveout::TableParameter() {
            .least = 100,
            .most = 30000},
           &Entry::velocity},
-         {{.title = "Crossline Number", .label = "Crossline"}, &Entry::crossline},
+         {{.title = "Crossline Number", .label = "Crossline", .heading = "XLINE"},
+          &Entry::crossline},
          {{.title = "Inline Number", .label = "Inline"}, &Entry::in_line}});
-    return kTable.parameter(entries_, *this,
-                            {.label = "Spread", .prompt = "Enter the time/velocity pairs."});
+    return kTable;
 }
 
 DialogTexts NormalMoveout::WindowTexts() const {
@@ -71,7 +78,7 @@ DialogTexts NormalMoveout::WindowTexts() const {
 void NormalMoveout::LogParameters() {
     ProcessFlowItem::LogParameters();
     Message("Pair# XLINE  INLINE --TIME-- VELOCITY\n");
-    for (int number = 1; const Entry& entry : entries_) {
+    for (int number = 1; const Entry& entry : typed_) {
         Message("%5d %6d %6d %8.1f %8.1f\n", number++, entry.crossline, entry.in_line,
                 entry.time_ms, entry.velocity);
     }
@@ -79,6 +86,7 @@ void NormalMoveout::LogParameters() {
 
 void NormalMoveout::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples&,
                                int) {
+    if (!Table().find_rows(*this, typed_, file_, entries_)) return;
     if (entries_.empty()) {
         Error("There are no time/velocity pairs.  Enter at least one pair before running.\n");
         return TerminateJob(kJobError);

@@ -8,6 +8,7 @@
 #include "flow/header_words.h"
 #include "flow/item_checks.h"
 #include "flow/process_flow_item.h"
+#include "flow/row_table.h"
 
 namespace halvern {
 
@@ -21,6 +22,7 @@ public:
     NormalMoveout(const FlowSection& section, LogFlag log);
 
     void LogParameters() override;
+    std::vector<std::string> FilesRead() const override;
 
     /// Spreads the table over the samples: locations x samples velocities. Ends the job on a table
     /// that is empty or that no moveout can be made of, and without the header words.
@@ -47,7 +49,7 @@ private:
 
     ParameterList Parameters() override;
     DialogTexts WindowTexts() const override;
-    Parameter TableParameter();
+    static const RowTable<Entry>& Table();
 
     bool CheckEntries();
     void GroupEntries();
@@ -56,10 +58,12 @@ private:
     void FindSources(double offset);
     void MuteStretched(double offset_squared);
 
-    float mute_percent_{};        // stretch mute as entered; 0: none
-    std::vector<Entry> entries_;  // as entered
+    float mute_percent_{};      // stretch mute as entered; 0: none
+    std::vector<Entry> typed_;  // the table as entered
+    std::string file_;          // that it is in instead, or "NONE"
 
     // Of a run.
+    std::vector<Entry> entries_;
     HeaderWords words_;
     HeaderWarning delay_{HeaderWarning::kDelay};
     double stretch_limit_{};  // a fraction; 0: none

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "flow/shared_parameters.h"
 #include "numerics/offset_table.h"
 #include "numerics/paired_sort.h"
 
@@ -11,6 +12,13 @@ namespace halvern {
 
 Parameter OffsetTableItem::TableParameter() {
     return table_.parameter(rows_, *this, {.label = "Spread", .prompt = words_.prompt});
+}
+
+Parameter OffsetTableItem::FileParameter() { return table_file_parameter(file_); }
+
+std::vector<std::string> OffsetTableItem::FilesRead() const {
+    if (file_ == "NONE") return {};
+    return {file_};
 }
 
 DialogTexts OffsetTableItem::WindowTexts() const {
@@ -44,13 +52,15 @@ void OffsetTableItem::WarnOfNegative(double offset) const {
 
 void OffsetTableItem::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples&,
                                  int) {
-    if (rows_.empty()) {
+    std::vector<OffsetRow> rows;
+    if (!table_.find_rows(*this, rows_, file_, rows)) return;
+    if (rows.empty()) {
         Error("There are no %s pairs.  Enter at least one pair before running.\n", words_.pairs);
         return TerminateJob(kJobError);
     }
     offsets_.clear();
     values_.clear();
-    for (int number = 1; const OffsetRow& row : rows_) {
+    for (int number = 1; const OffsetRow& row : rows) {
         if (const std::string fault = Fault(row); !fault.empty()) {
             Error("%s Pair #%d (%3.1f, %3.1f) %s.\n", words_.entry, number, row.offset, row.value,
                   fault.c_str());

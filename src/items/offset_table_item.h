@@ -33,6 +33,8 @@ public:
     /// The parameters, then the pairs.
     void LogParameters() override;
 
+    std::vector<std::string> FilesRead() const override;
+
     /// Checks the pairs and brings them into the order of their offsets. Ends the job when there
     /// are none, when one is not usable, without the header word OFFSET or a sample interval.
     void PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples& samples,
@@ -45,6 +47,8 @@ protected:
         : ProcessFlowItem(kind, log), words_(words), table_(table) {}
 
     /// The table as a parameter.
+    /// The file that holds it instead.
+    Parameter FileParameter();
     Parameter TableParameter();
     DialogTexts WindowTexts() const override;
 
@@ -68,9 +72,10 @@ private:
     const OffsetTableWords& words_;
     const RowTable<OffsetRow>& table_;
     std::vector<OffsetRow> rows_;  // as entered
+    std::string file_;             // that the rows are in instead, or "NONE"
 
     // Of a run.
-    std::vector<double> offsets_;  // [rows], ascending
+    std::vector<double> offsets_;  // [rows of the run], ascending
     std::vector<double> values_;   // [rows]
     int offset_word_ = -1;
     double interval_ms_{};

@@ -100,7 +100,8 @@ ParameterList TraceSelect::Parameters() {
                    .help = "A line each; CHAN 0 is the whole record.  Where a reason and an action "
                            "follow, lines with 'kill' match, and to reverse those with "
                            "'reverse'.\nNONE: no list.",
-                   .kind = FieldKind::kInputFile}},
+                   .kind = FieldKind::kInputFile,
+                   .optional = true}},
         {.key = "EVERY",
          .format = "%d",
          .value = Bound{&every_, 0},

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "support/item_bench.h"
+#include "support/temporary_folder.h"
 
 namespace halvern {
 namespace {
@@ -78,6 +79,45 @@ TEST(Mute, ShowsItsPairsAsASheet) {
     EXPECT_THAT(sheet.cells(), ElementsAre(ElementsAre("1.0", "2.0")));
     EXPECT_EQ(sheet.assign({{"", ""}, {" -7.5 ", "+2e1"}}), "");
     EXPECT_EQ(written(bench.item()), "$MUTE\nOFFSET_TIME=-7.5,20.0\n");
+}
+
+// The pair at 0 and 100 ms and the one at 1000 and 200 ms: at 500 they give 150 ms, 37.5 samples.
+TEST(MuteFiles, GiveTheTableAsAFlowOrAsColumns) {
+    TemporaryFolder folder;
+    for (const char* text :
+         {"0,100\n1000,200\n", "# far\r\n\r\nOFFSET_TIME=0,100\r\n1000.0, 200.0",
+          "OFFSET TIME\n0 100\n1000\t200\n", "time, offset\n200,1000\n100,0\n"}) {
+        ItemBench<Mute> bench({.interval_us = 4000, .samples = 60},
+                              {"FILE=" + folder.write("mute.txt", text)});
+        bench.set("OFFSET", 500);
+        const auto muted = bench.process(std::vector<float>(60, 1));
+        EXPECT_EQ(std::ranges::count(muted, 0.0f), 38) << text;
+        EXPECT_THAT(written(bench.item()), HasSubstr("FILE=" + folder.file("mute.txt") + "\n"));
+    }
+    ItemBench<Mute> typed({.samples = 60}, {"OFFSET_TIME=0,100"});
+    EXPECT_EQ(written(typed.item()), "$MUTE\nOFFSET_TIME=0.0,100.0\n");
+}
+
+TEST(MuteFiles, EndTheJobWhereTheyAreNoTable) {
+    TemporaryFolder folder;
+    const struct {
+        std::string text;
+        const char* words;
+    } kCases[] = {
+        {"", "There are no offset/time pairs"},
+        {"0,100\n1000\n", "line 2 is no offset/time pair"},
+        {"OFFSET DEPTH\n0 100\n", "line 1 is no offset/time pair"},
+        {"OFFSET TIME\n0 100 7\n", "line 2 is no offset/time pair"},
+        {"OFFSET TIME\n0 1OO\n", "line 2 is no offset/time pair"},
+    };
+    for (const auto& [text, words] : kCases) {
+        ItemBench<Mute> bench({.samples = 60}, {"FILE=" + folder.write("mute.txt", text)});
+        EXPECT_JOB_ERROR(bench.prepare(), words) << text;
+    }
+    ItemBench<Mute> missing({.samples = 60}, {"FILE=" + folder.file("missing")});
+    EXPECT_JOB_ERROR(missing.prepare(), "Cannot read the table file");
+    ItemBench<Mute> both({.samples = 60}, {"FILE=" + folder.file("mute.txt"), "OFFSET_TIME=0,100"});
+    EXPECT_JOB_ERROR(both.prepare(), "Both a table and the table file");
 }
 
 }  // namespace
