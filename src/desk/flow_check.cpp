@@ -292,7 +292,7 @@ void FlowCheck::check_use(const Link& link, const Parameter& parameter, const st
     switch (parameter.field.kind) {
         case FieldKind::kInputFile:
             if (is_none(value)) {
-                error(line, key + ": no file has been chosen");
+                if (!parameter.field.optional) error(line, key + ": no file has been chosen");
             } else if (std::error_code failed; !fs::exists(value, failed)) {
                 error(line, key + ": the file " + in_quotes(value) + " does not exist");
             } else if (const auto file = InputFile::open(value); !file) {

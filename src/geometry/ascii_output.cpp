@@ -37,7 +37,7 @@ const RowTable<AsciiOutput::Column> AsciiOutput::Column::kTable(
      {{.title = "Decimals", .label = "Decimals", .most = kMostDecimals}, &Column::decimals}});
 
 AsciiOutput::AsciiOutput(const FlowSection& section, LogFlag log)
-    : ProcessFlowItem(FlowItemKind::kAsciiOutput, log) {
+    : OutputFlowItem(FlowItemKind::kAsciiOutput, log) {
     Configure(section);
 }
 
@@ -194,11 +194,9 @@ bool AsciiOutput::CheckSamples(const LineHeader& line) {
 void AsciiOutput::PrepareRun(LineHeader& line, TraceHeaderDefinition& header, TraceSamples&, int) {
     lines_ = too_wide_ = 0;
     any_ = false;
-    if (file_ == kNone || file_.ends_with("/NONE") || file_.empty()) {
-        Error("Output file '%s' has not been properly selected\n", file_.c_str());
+    if (!CheckOutputPath(file_, false) || !CheckColumns(header) || !CheckSamples(line)) {
         return TerminateJob(kJobError);
     }
-    if (!CheckColumns(header) || !CheckSamples(line)) return TerminateJob(kJobError);
     std::error_code failed;
     const std::filesystem::path path = std::filesystem::absolute(file_, failed);
     if (std::filesystem::is_directory(path, failed) ||

@@ -15,7 +15,7 @@ namespace halvern {
 /// Writes header words, and samples where they are asked for, as columns of a text file: a line a
 /// trace, or only where a word changes. The file is written beside its place and renamed at the end
 /// of the run; without a trace it is left as it was.
-class AsciiOutput final : public ProcessFlowItem {
+class AsciiOutput final : public OutputFlowItem {
 public:
     AsciiOutput(const FlowSection& section, LogFlag log);
 
@@ -28,7 +28,11 @@ public:
     void EndRun() override;
 
     std::string RefuseParameters() override;
-    std::string FileWritten() const override { return file_; }
+    std::vector<std::string> FilesWritten() const override { return {file_}; }
+
+protected:
+    /// A trace that comes again has its line already.
+    bool RepeatsItself() const override { return true; }
 
 private:
     enum Separator { kFixed = 0, kComma = 1 };

@@ -41,8 +41,8 @@ ParameterList LinearMoveout::Parameters() {
          .field = {.label = "Timeshift",
                    .prompt = "Time shift (in msec.)?",
                    .help = "Enter the timeshift to apply before LMO."}},
-        FileParameter(),
         TableParameter(),
+        FileParameter(),
     };
 }
 

@@ -14,7 +14,7 @@ public:
                      TraceSamples& samples) override;
 
 private:
-    ParameterList Parameters() override { return {FileParameter(), TableParameter()}; }
+    ParameterList Parameters() override { return {TableParameter(), FileParameter()}; }
 };
 
 }  // namespace halvern

@@ -35,9 +35,9 @@ ParameterList NormalMoveout::Parameters() {
          .log = "Stretch Mute Percentage = %3.1f\n",
          .field = {.label = "Stretch",
                    .prompt = "Enter the stretch mute percentage (0 means no mute)"}},
-        table_file_parameter(file_),
         Table().parameter(typed_, *this,
                           {.label = "Spread", .prompt = "Enter the time/velocity pairs."}),
+        table_file_parameter(file_),
     };
 }
 

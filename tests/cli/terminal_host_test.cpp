@@ -72,9 +72,9 @@ TEST_F(Dialogs, AskOnlyForWhatApplies) {
 
 TEST_F(Dialogs, TakeTablesRowByRow) {
     const std::string flow = "$NMO\nMUTE_THRESH=0\nTIME_VEL=0.0,1500.0,1,1\n";
-    EXPECT_EQ(edited(flow, "NMO", "\n\n"), flow);
+    EXPECT_EQ(edited(flow, "NMO", "\n\n\n"), flow);
     EXPECT_THAT(said, HasSubstr("1500"));
-    const std::string changed = edited(flow, "NMO", "\n1 1 0 x\n\n1,1,100,1600\n2 1 0 1500\n\n");
+    const std::string changed = edited(flow, "NMO", "\n1 1 0 x\n\n1,1,100,1600\n2 1 0 1500\n\n\n");
     EXPECT_EQ(FlowDocument(changed).line_count(), 4u) << changed;
     EXPECT_THAT(changed, HasSubstr("1600"));
     EXPECT_THAT(changed, HasSubstr("\nMUTE_THRESH=0\n"));  // not even its spelling changed
