@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <initializer_list>
 #include <limits>
 #include <span>
@@ -99,7 +100,10 @@ public:
 
     RowTable(TableWords words, std::initializer_list<Column> columns)
         : CellTable(std::move(words), kinds_of(columns), words_of(columns)) {
-        for (const Column& column : columns) members_.push_back(column.member);
+        for (const Column& column : columns) {
+            std::visit([this]<class T>(T Struct::*member) { this->add_member(member); },
+                       column.member);
+        }
     }
 
     /// The parameter: its rows are kept in `list`, and lines that are no row are told `report`, or
@@ -188,23 +192,30 @@ private:
         return words;
     }
 
+    // One function a member in each direction: what is made for one type never sees the others.
+    template <class T>
+    void add_member(T Struct::*member) {
+        members_.push_back(
+            {[member](Struct& to, const Cell& cell) { to.*member = std::get<T>(cell); },
+             [member](const Struct& from) { return Cell(from.*member); }});
+    }
+    struct Access {
+        std::function<void(Struct& to, const Cell& cell)> set;
+        std::function<Cell(const Struct& from)> get;
+    };
+
     Struct to_struct(const Row& row) const {
         Struct made{};
-        for (std::size_t i = 0; i < members_.size(); ++i) {
-            std::visit([&]<class T>(T Struct::*member) { made.*member = std::get<T>(row[i]); },
-                       members_[i]);
-        }
+        for (std::size_t i = 0; i < members_.size(); ++i) members_[i].set(made, row[i]);
         return made;
     }
     Row to_row(const Struct& from) const {
         Row row;
-        for (const Member& each : members_) {
-            std::visit([&](auto member) { row.emplace_back(from.*member); }, each);
-        }
+        for (const Access& member : members_) row.push_back(member.get(from));
         return row;
     }
 
-    std::vector<Member> members_;
+    std::vector<Access> members_;
 };
 
 }  // namespace halvern

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 #include "geometry/p1_columns.h"
 
@@ -23,11 +22,17 @@ bool put_angle(ColumnRecord& record, double seconds, Columns degrees, Columns si
     if (std::isnan(seconds)) return true;
     if (!(std::fabs(seconds) <= most * 3600)) return false;
     const auto hundredths = std::llround(std::fabs(seconds) * 100);
-    char text[48];
-    std::snprintf(text, sizeof text, "%0*lld%02lld%02lld.%02lld%c", degrees.width(),
-                  hundredths / 360000, hundredths / 6000 % 60, hundredths / 100 % 60,
-                  hundredths % 100, seconds < 0 ? negative : positive);
-    record.text({degrees.first, side.last}, text);
+    const auto padded = [](long long number, int width) {
+        const std::string digits = std::to_string(number);
+        return std::string(std::max<std::size_t>(static_cast<std::size_t>(width), digits.size()) -
+                               digits.size(),
+                           '0') +
+               digits;
+    };
+    record.text({degrees.first, side.last},
+                padded(hundredths / 360000, degrees.width()) + padded(hundredths / 6000 % 60, 2) +
+                    padded(hundredths / 100 % 60, 2) + '.' + padded(hundredths % 100, 2) +
+                    (seconds < 0 ? negative : positive));
     return true;
 }
 
