@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "foundation/words.h"
 #include "platform/text_file.h"
 
 namespace halvern {
@@ -17,15 +18,6 @@ std::string_view trimmed(std::string_view cell) {
     const std::size_t first = cell.find_first_not_of(kBlanks);
     if (first == std::string_view::npos) return {};
     return cell.substr(first, cell.find_last_not_of(kBlanks) - first + 1);
-}
-
-/// The next value of a line in a file, which is taken off it.
-std::string_view next_field(std::string_view& line) {
-    constexpr std::string_view kBetween = " \t,";
-    line.remove_prefix(std::min(line.find_first_not_of(kBetween), line.size()));
-    const std::string_view field = line.substr(0, line.find_first_of(kBetween));
-    line.remove_prefix(field.size());
-    return field;
 }
 
 /// Takes the value of `cell`'s type from the front of `text`; false where there is none.

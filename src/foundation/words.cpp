@@ -65,6 +65,14 @@ std::vector<std::string> split_list(std::string_view text) {
     return parts;
 }
 
+std::string_view next_field(std::string_view& line) {
+    constexpr std::string_view kBetween = " \t\r,";
+    line.remove_prefix(std::min(line.find_first_not_of(kBetween), line.size()));
+    const std::string_view field = line.substr(0, line.find_first_of(kBetween));
+    line.remove_prefix(field.size());
+    return field;
+}
+
 bool is_one_line(std::string_view text) {
     return std::ranges::none_of(
         text, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; });

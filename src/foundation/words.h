@@ -27,6 +27,10 @@ std::string upper(std::string text);
 /// The candidate that differs least from `word`, when it is near; else an empty text.
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates);
 
+/// The next value of a line of text, which is taken off it: up to the next blank, tab,
+/// comma or carriage return. Empty at the end.
+std::string_view next_field(std::string_view& line);
+
 /// Whether a name or path can be a line of the files that the commands keep.
 bool is_one_line(std::string_view text);
 

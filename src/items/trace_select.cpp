@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "flow/item_checks.h"
+#include "foundation/words.h"
 #include "platform/text_file.h"
 
 namespace halvern {
@@ -15,15 +16,6 @@ constexpr const char* kNone = "NONE";
 constexpr std::size_t kLongestLine = 197;  // of a flow; a longer one has been cut
 constexpr std::int64_t kMostListBytes = std::int64_t{1} << 30;
 constexpr int kDeadTrace = 2;  // TRACEID
-
-// The next word of a line, which is taken off it.
-std::string_view next_field(std::string_view& line) {
-    constexpr std::string_view kBlanks = " \t\r,";
-    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
-    const std::string_view field = line.substr(0, line.find_first_of(kBlanks));
-    line.remove_prefix(field.size());
-    return field;
-}
 
 bool read_number(std::string_view field, int& number) {
     const char* const end = field.data() + field.size();
