@@ -100,12 +100,12 @@ TEST_F(JobAndCommand, SegyOnAnImage) {
     constexpr std::size_t kSecond = 3208 + 408 + 260, kEnd = kSecond + 2 * 260;
     std::string damaged = one;
     damaged[kSecond] = 7;
-    const std::string traces = one.substr(0, kEnd);
+    const std::string whole = one.substr(0, kEnd);
     compare_segy_image(damaged, 1, Words::kSome);
     compare_segy_image(one.substr(0, kSecond + 99), 1, Words::kSome);
-    compare_segy_image(traces + block("short"), 3, Words::kSome);
-    compare_segy_image(traces + block("bad", 0x80000000), 3, Words::kSome);
-    compare_segy_image(traces + filemark() + block(std::string(3200, 'C')), 3, Words::kSome);
+    compare_segy_image(whole + block("short"), 3, Words::kSome);
+    compare_segy_image(whole + block("bad", 0x80000000), 3, Words::kSome);
+    compare_segy_image(whole + filemark() + block(std::string(3200, 'C')), 3, Words::kSome);
     if (const auto path = field_data("marine_shots.segy")) {
         compare_segy_image(image_of(std::span(&*path, 1)), 480, Words::kSome);
     }

@@ -26,8 +26,8 @@ std::string job_error_log(Work&& work) {
 }  // namespace halvern::testing_support
 
 /// `statement` ends the job as an error, and the log holds `words`.
-#define EXPECT_JOB_ERROR(statement, words)                                                        \
-    EXPECT_PRED2([](const std::string& log,                                                       \
-                    const std::string& wanted) { return log.find(wanted) != std::string::npos; }, \
-                 ::halvern::testing_support::job_error_log([&] { statement; }),                   \
+#define EXPECT_JOB_ERROR(statement, words)                                                         \
+    EXPECT_PRED2([](const std::string& said,                                                       \
+                    const std::string& wanted) { return said.find(wanted) != std::string::npos; }, \
+                 ::halvern::testing_support::job_error_log([&] { statement; }),                    \
                  std::string(words))
