@@ -14,7 +14,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 raises a false alarm inside std::string's operator+. Its pass that notes what functions
-  # write loses stores: at -O1 a line header's interval, which it takes for overwritten.
+  # write loses stores: at -O1 a line header's interval, which it takes for overwritten. Without the
+  # flag LineHeader.ListsADefinitionFiveSlotsALine fails at -O1.
   target_compile_options(halvern_options INTERFACE -Wno-restrict -fno-ipa-modref)
   if(HALVERN_PRECOMPILE)
     # More of them: what is precompiled no longer counts as the system's own.

@@ -45,7 +45,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         FlowParameterFile flow(flow_path());
         (void)flow.read([](const std::string&) { return 0; });
-        const std::unique_ptr<FlowItem> head = BuildChain(flow.sections(), CreateFlowItem);
+        const std::unique_ptr<FlowItem> head = BuildChain(
+            flow.sections(),
+            [](const FlowSection& section) { return CreateFlowItem(section, LogFlag::kLog); });
         if (!head) return 0;
         const std::size_t count = write_items(head.get());
         FlowParameterFile again(flow_path());

@@ -9,6 +9,7 @@
 
 #include "flow/record_encoder.h"
 #include "foundation/messages.h"
+#include "foundation/report.h"
 #include "segy/segy_reader.h"
 
 void halvern::TerminateJob(int) { __builtin_trap(); }  // the description has all that is needed
@@ -105,6 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         SegyOpening::kOpened) {
         return 0;
     }
+    const SilentReporter silent;
     constexpr SampleFormat kFormats[] = {SampleFormat::kIeee, SampleFormat::kIbm,
                                          SampleFormat::kInt16};
     std::int64_t read = 0;
@@ -115,8 +117,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             __builtin_trap();
         }
         for (const SampleFormat format : kFormats) {
-            RecordEncoder encoder(reader.definition(), format, data[0] & 2 ? count : count / 2,
-                                  reader.layout().interval, data[0]);
+            RecordEncoder encoder(silent, reader.definition(), format,
+                                  data[0] & 2 ? count : count / 2, reader.layout().interval,
+                                  data[0]);
             (void)segy_output_line(reader.line(), format, encoder.samples(), encoder.interval());
             (void)encoder.encode(reader.definition(), reader.samples());
         }
