@@ -294,8 +294,8 @@ std::optional<Expression> Expression::compile(std::string_view text, Variables& 
 }
 
 Expression::Value Expression::evaluate(const Variables& variables) const {
-    double stack[kDeepest];
-    double* top = stack - 1;  // where the last value waits
+    double stack[1 + kDeepest];
+    double* top = stack;  // where the last value waits; the first place stays empty
     bool divided_by_zero = false;
     const int end = static_cast<int>(steps_.size());
     const auto binary = [&top](double result) { *--top = result; };
