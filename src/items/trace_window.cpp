@@ -103,7 +103,11 @@ int TraceWindow::ProcessTrace(LineHeader&, TraceHeaderDefinition& header, TraceS
     const std::int64_t begin = std::clamp<std::int64_t>(first, 0, length);
     const std::int64_t end =
         std::clamp<std::int64_t>(first + static_cast<std::int64_t>(window.size()), begin, length);
-    std::copy(trace.begin() + begin, trace.begin() + end, window.begin() + (begin - first));
+    const auto part =
+        trace.subspan(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
+    if (!part.empty()) {
+        std::ranges::copy(part, window.subspan(static_cast<std::size_t>(begin - first)).begin());
+    }
     FinishTrace(header, {.stored = samples.stored_count() - first,
                          .start = StartSample(header) - first,
                          .time = first * interval_.internal()});

@@ -102,7 +102,7 @@ void Resampler::make_weights(double cutoff, double beta) {
 
 // What each output's weights within the trace sum up to is what a trace of ones gives.
 void Resampler::make_scales() {
-    std::fill_n(padded_.begin() + half_, samples(), 1.0);
+    std::fill_n(padded_.begin() + static_cast<std::ptrdiff_t>(half_), samples(), 1.0);
     for (std::int64_t k = 0; k < outputs(); ++k) {
         const bool inside = first_sample(k) >= half_ && first_sample(k) + half_ < samples();
         const double sum = inside ? 1 : value(k);
@@ -185,7 +185,7 @@ void Resampler::resample_by_phases(std::span<float> out) {
 }
 
 void Resampler::resample(std::span<const float> in, std::span<float> out) {
-    std::ranges::copy(in, padded_.begin() + half_);
+    std::ranges::copy(in, padded_.begin() + static_cast<std::ptrdiff_t>(half_));
     if (!phase_.empty()) return resample_by_phases(out);
     for (std::int64_t k = 0; k < outputs(); ++k) {
         const auto at = static_cast<std::size_t>(k);
