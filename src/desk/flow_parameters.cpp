@@ -50,24 +50,27 @@ std::string choice_fault(const Parameter& parameter, const std::string& value) {
     return "is none of the choices: " + list;
 }
 
-// The parameter's values as a flow file spells them: one, or one a row.
-std::vector<std::string> values_of(const Parameter& parameter) {
+// The lines of the parameter in a flow file; none of what is left out of it.
+std::vector<std::string> lines_of(const Parameter& parameter) {
+    if (!parameter.stored || !parameter.written) return {};
+    if (const Rows* rows = std::get_if<Rows>(&parameter.value)) return rows->lines(parameter.key);
+    return {std::string(parameter.key) + "=" + value_text(parameter)};
+}
+
+// The key of the table that a parameter's rows belong to; empty: it has no rows.
+std::string table_of(const Parameter& parameter) {
     const Rows* rows = std::get_if<Rows>(&parameter.value);
-    if (!rows) return {value_text(parameter)};
-    struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    const std::unique_ptr<std::FILE, Closer> stream(std::tmpfile());
-    if (stream) rows->write(stream.get(), "");
-    if (!stream || std::fflush(stream.get()) != 0 || std::ferror(stream.get())) {
-        throw CommandError("cannot write a temporary file; check the disk space in /tmp");
+    if (!rows) return {};
+    return rows->table.empty() ? parameter.key : rows->table;
+}
+
+// All keys whose lines make that table.
+std::vector<std::string> keys_of(const ParameterList& list, const std::string& table) {
+    std::vector<std::string> keys;
+    for (const Parameter& parameter : list) {
+        if (table_of(parameter) == table) keys.emplace_back(parameter.key);
     }
-    std::rewind(stream.get());
-    std::string text;
-    for (int c; (c = std::fgetc(stream.get())) != EOF;) text += static_cast<char>(c);
-    std::vector<std::string> values = split_lines(text);
-    for (std::string& value : values) value.erase(0, 1);  // the "=" of no key
-    return values;
+    return keys;
 }
 
 // The item's spelling of a key; CommandError when it has none such.
@@ -181,8 +184,9 @@ void assign(FlowDocument& flow, std::size_t section, const std::vector<std::stri
     const std::unique_ptr<FlowItem> item = quiet_item(flow.flow_section(section));
     const ParameterList list = item->Parameters();
     const bool checked = is_available(*item);
-    std::vector<std::string> order;
-    std::map<std::string, std::vector<std::string>> values;
+    std::vector<std::string> order;             // of values and tables, as they first come
+    std::map<std::string, std::string> values;  // by key: the last one given
+    std::map<std::string, std::vector<std::string>> tables;  // by key: the rows given
     for (const std::string& assignment : assignments) {
         const auto pair = split_assignment(assignment);
         if (!pair) throw CommandError("'" + assignment + "' is no KEY=VALUE");
@@ -201,16 +205,22 @@ void assign(FlowDocument& flow, std::size_t section, const std::vector<std::stri
                 throw CommandError(reason.append(": '").append(value).append("' ").append(fault));
             }
         }
-        if (!values.contains(key)) order.push_back(key);
-        values[key].push_back(value);
+        const Parameter* parameter = parameter_of_line(list, key + "=");
+        const std::string table = parameter ? table_of(*parameter) : "";
+        const std::string& place = table.empty() ? key : table;
+        if (std::ranges::find(order, place) == order.end()) order.push_back(place);
+        if (table.empty()) {
+            values[key] = value;
+        } else if (std::vector<std::string>& lines = tables[table];
+                   key != table || !value.empty()) {
+            lines.push_back(key + "=" + value);  // "KEY=" alone takes all rows away
+        }
     }
     for (const std::string& key : order) {
-        const Parameter* parameter = parameter_of_line(list, key + "=");
-        if (parameter && std::holds_alternative<Rows>(parameter->value)) {
-            std::erase(values[key], "");  // "KEY=" alone takes all rows away
-            flow.set_rows(section, key, values[key]);
+        if (const auto lines = tables.find(key); lines != tables.end()) {
+            flow.set_rows(section, keys_of(list, key), lines->second);
         } else {
-            flow.set(section, key, values[key].back());
+            flow.set(section, key, values[key]);
         }
     }
 }
@@ -219,10 +229,7 @@ std::string section_text(FlowItemKind kind) {
     const std::unique_ptr<FlowItem> item = quiet_item({.kind = kind});
     std::string text = std::string("$") + flow_item_kind(kind).keyword + "\n";
     for (const Parameter& parameter : item->Parameters()) {
-        if (!parameter.stored) continue;
-        for (const std::string& value : values_of(parameter)) {
-            text.append(parameter.key).append("=").append(value).append("\n");
-        }
+        for (const std::string& line : lines_of(parameter)) text.append(line).append("\n");
     }
     return text;
 }
@@ -232,17 +239,18 @@ bool edit_item(FlowDocument& flow, std::size_t section,
     const std::unique_ptr<FlowItem> item = quiet_item(flow.flow_section(section));
     const ParameterList list = item->Parameters();
     std::vector<std::vector<std::string>> before;
-    for (const Parameter& parameter : list) before.push_back(values_of(parameter));
+    for (const Parameter& parameter : list) before.push_back(lines_of(parameter));
     edit(*item);
     bool changed = false;
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        const std::vector<std::string> after = values_of(list[i]);
-        if (!list[i].stored || after == before[i]) continue;
+    for (std::size_t i = 0; const Parameter& parameter : item->Parameters()) {
+        const std::vector<std::string> after = lines_of(parameter);
+        if (after == before[i++]) continue;
         changed = true;
-        if (std::holds_alternative<Rows>(list[i].value)) {
-            flow.set_rows(section, list[i].key, after);
+        // A value that is no longer written is replaced by what it is now.
+        if (const std::string table = table_of(parameter); !table.empty()) {
+            flow.set_rows(section, keys_of(list, table), after);
         } else {
-            flow.set(section, list[i].key, after.front());
+            flow.set(section, parameter.key, value_text(parameter));
         }
     }
     return changed;

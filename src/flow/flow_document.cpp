@@ -188,17 +188,20 @@ void FlowDocument::set(std::size_t section, const std::string& key, const std::s
     find_sections();
 }
 
-void FlowDocument::set_rows(std::size_t section, const std::string& key,
-                            const std::vector<std::string>& values) {
+void FlowDocument::set_rows(std::size_t section, const std::vector<std::string>& keys,
+                            const std::vector<std::string>& lines) {
     const Section at = sections_[section];
-    const std::string start = key + "=";
+    const auto belongs = [&keys](const std::string& line) {
+        return std::ranges::any_of(
+            keys, [&line](const std::string& key) { return line.starts_with(key + "="); });
+    };
     std::size_t place = after_parameters(at);
     for (std::size_t i = at.end; i-- > at.begin + 1;) {  // backwards: indices before stay
-        if (!lines_[i].text.starts_with(start)) continue;
+        if (!belongs(lines_[i].text)) continue;
         erase_line(i);
         place = i;
     }
-    for (std::size_t i = values.size(); i-- > 0;) insert_line(at, place, start + values[i]);
+    for (std::size_t i = lines.size(); i-- > 0;) insert_line(at, place, lines[i]);
     find_sections();
 }
 

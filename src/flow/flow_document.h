@@ -64,9 +64,9 @@ public:
     /// Makes the section's lines of `key` hold one value: in the last of them, which is the one
     /// that counts, or in a new one after the section's parameters.
     void set(std::size_t section, const std::string& key, const std::string& value);
-    /// Makes the section's lines of `key` exactly these values, in their order.
-    void set_rows(std::size_t section, const std::string& key,
-                  const std::vector<std::string>& values);
+    /// Makes the section's lines of these keys exactly these lines, in their order.
+    void set_rows(std::size_t section, const std::vector<std::string>& keys,
+                  const std::vector<std::string>& lines);
 
     /// Puts a section's text in before the section of that index; at its number: after the last.
     void insert(std::size_t section, const std::string& text);

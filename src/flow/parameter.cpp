@@ -87,7 +87,9 @@ void write_lines(const ParameterList& list, std::FILE* stream) {
     for (const Parameter& parameter : list) {
         if (!parameter.stored || !parameter.written) continue;
         if (const auto* rows = std::get_if<Rows>(&parameter.value)) {
-            rows->write(stream, parameter.key);
+            for (const std::string& line : rows->lines(parameter.key)) {
+                std::fprintf(stream, "%s\n", line.c_str());
+            }
         } else {
             std::fprintf(stream, "%s=%s\n", parameter.key, value_text(parameter).c_str());
         }

@@ -55,7 +55,11 @@ struct Field {
 struct Rows {
     std::function<void()> clear;                 ///< SetDefaults
     std::function<bool(const char* rest)> read;  ///< the text after "KEY="; false: malformed
-    std::function<void(std::FILE*, const char* key)> write;  ///< one "KEY=…\n" a row
+    /// The rows as lines of the flow file, "KEY=…" each.
+    std::function<std::vector<std::string>(const std::string& key)> lines;
+    /// Where lines of several keys make one table, in their order: the key whose parameter has it;
+    /// empty: this one's.
+    std::string table = {};
     /// The rows as a spreadsheet for the window: column titles, and the cells as text.
     std::vector<const char*> columns = {};
     std::function<std::vector<std::vector<std::string>>()> cells = {};

@@ -129,10 +129,10 @@ public:
                            words_.row);
             return false;
         };
-        rows.write = [this, &list](std::FILE* stream, const char* key) {
-            for (const Struct& row : list) {
-                std::fprintf(stream, "%s=%s\n", key, line_of(to_row(row)).c_str());
-            }
+        rows.lines = [this, &list](const std::string& key) {
+            std::vector<std::string> lines;
+            for (const Struct& row : list) lines.push_back(key + "=" + line_of(to_row(row)));
+            return lines;
         };
         rows.columns = titles();
         rows.cells = [this, &list] {

@@ -95,11 +95,12 @@ Rows rows_of(std::vector<AsciiField>& list, bool match) {
         list.push_back(match ? AsciiField::parse_match(rest) : AsciiField::parse_data(rest));
         return true;
     };
-    rows.write = [&list, match](std::FILE* stream, const char* key) {
+    rows.lines = [&list, match](const std::string& key) {
+        std::vector<std::string> lines;
         for (const AsciiField& field : list) {
-            const std::string text = match ? field.match_text() : field.data_text();
-            std::fprintf(stream, "%s=%s\n", key, text.c_str());
+            lines.push_back(key + "=" + (match ? field.match_text() : field.data_text()));
         }
+        return lines;
     };
     rows.cells = [&list, match] {
         Cells cells;

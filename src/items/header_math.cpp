@@ -46,11 +46,11 @@ ParameterList HeaderMath::Parameters() {
     // Both keys fill one table, whose order counts; the first of them writes it.
     Rows equations{.clear = [this] { rows_.clear(); },
                    .read = reader(false),
-                   .write =
-                       [this](std::FILE* stream, const char*) {
-                           for (const Row& row : rows_) {
-                               std::fprintf(stream, "%s\n", Line(row).c_str());
-                           }
+                   .lines =
+                       [this](const std::string&) {
+                           std::vector<std::string> lines;
+                           for (const Row& row : rows_) lines.push_back(Line(row));
+                           return lines;
                        },
                    .columns = {"Word", "Expression"}};
     equations.cells = [this] {
@@ -99,8 +99,10 @@ ParameterList HeaderMath::Parameters() {
                        "first(WORD), first(WORD,KEY)"}},
         {.key = kCondition,
          .format = "",
-         .value =
-             Rows{.clear = [] {}, .read = reader(true), .write = [](std::FILE*, const char*) {}}},
+         .value = Rows{.clear = [] {},
+                       .read = reader(true),
+                       .lines = [](const std::string&) { return std::vector<std::string>(); },
+                       .table = kEquation}},
     };
 }
 

@@ -81,6 +81,16 @@ TEST_F(Flows, ReplaceTheRowsOfATableAsAWhole) {
     EXPECT_THAT(flow.text(), Not(HasSubstr("TIME_VEL")));
 }
 
+TEST_F(Flows, KeepEquationsAndConditionsInTheOrderTheyAreGiven) {
+    FlowDocument math(section_text(FlowItemKind::kHeaderMath));
+    assign(math, 0, {"EQUATION=CHAN = 1", "WHERE=FFID > 2", "EQUATION=FOLD = 2", "WHERE="});
+    const std::string expected =
+        "$HEADERMATH\nEQUATION=CHAN = 1\nWHERE=FFID > 2\nEQUATION=FOLD = 2\nWHERE=\n";
+    EXPECT_EQ(math.text(), expected);
+    EXPECT_FALSE(edit_item(math, 0, [](FlowItem&) {}));
+    EXPECT_EQ(math.text(), expected);
+}
+
 TEST_F(Flows, RefuseWhatFitsNothing) {
     FlowDocument flow(text);
     const std::vector<std::array<std::string, 3>> kCases = {

@@ -48,11 +48,13 @@ public:
                                    pairs.emplace_back(rest);
                                    return true;
                                },
-                           .write =
-                               [this](std::FILE* stream, const char* key) {
+                           .lines =
+                               [this](const std::string& key) {
+                                   std::vector<std::string> lines;
                                    for (const std::string& pair : pairs) {
-                                       std::fprintf(stream, "%s=%s\n", key, pair.c_str());
+                                       lines.push_back(key + "=" + pair);
                                    }
+                                   return lines;
                                }}},
         };
     }
